@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "libs/utils/src/IpAddress.h"
+#include "service/traffic/Counters.h"
+#include "service/traffic/Moment.h"
+#include "service/traffic/TrafficSample.h"
+
+namespace service {
+
+using ApplicationId = std::int32_t;  ///< 1 and up; never reused, not even after the history was cleaned
+using ConnectionId = std::int32_t;   ///< 1 and up; never reused
+
+/** One application as it stands. */
+struct ApplicationRecord {
+    ApplicationId id = 0;
+    std::string name;
+    std::string path;
+    Counters counters;  ///< since `firstSeen`
+    Moment firstSeen;
+    Moment lastSeen;
+};
+
+/** One connection as it stands. */
+struct ConnectionRecord {
+    ConnectionId id = 0;
+    ApplicationId applicationId = 0;
+    Moment start;
+    Moment end;  ///< closed, or last seen moving bytes
+    Direction direction = Direction::Undefined;
+    std::int32_t socketDomain = 0;
+    std::int32_t socketType = 0;
+    std::int32_t socketProtocol = 0;
+    ByteCount bytes;
+    IpAddress remote;
+    IpAddress local;
+};
+
+/** The sums over all applications. */
+struct TotalsRecord {
+    Counters counters;
+    Moment start;  ///< when counting began
+};
+
+/** What a ledger starts from: the last run's end, or nothing. */
+struct LedgerState {
+    TotalsRecord totals;
+    std::vector<ApplicationRecord> applications;
+    ApplicationId nextApplicationId = 1;
+    ConnectionId nextConnectionId = 1;
+};
+
+/**
+ * What changed in a ledger since the changes were taken last. All of it stands at `moment`; the sum of the
+ * counters of all applications equals `totals` at that moment.
+ */
+struct LedgerChanges {
+    Moment moment;
+    TotalsRecord totals;
+    std::vector<ApplicationRecord> applications;
+    std::vector<ConnectionRecord> connections;
+    ApplicationId nextApplicationId = 1;
+    ConnectionId nextConnectionId = 1;
+    bool wiped = false;  ///< the ledger was cleared before these changes: what the store holds is void
+
+    bool empty() const { return applications.empty() && connections.empty() && !wiped; }
+};
+
+}  // namespace service

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "protocol/DaemonConnectionInfo.h"
+#include "service/ledger/Records.h"
+#include "service/store/ConnectionQuery.h"
+#include "service/traffic/Moment.h"
+
+namespace service {
+
+/**
+ * Answers questions about the past from the database, through a connection of its own: readers never wait for the
+ * writer. For one thread.
+ */
+class HistoryReader {
+  public:
+    /** Opens the database at `path`, which a `Store` has made. Null with the reason in `error`. */
+    static std::unique_ptr<HistoryReader> open(const std::string& path, std::string& error);
+
+    /**
+     * Cumulative bytes of one application (or of all, without an id) in one protocol class (or in all) up to and
+     * including `moment`: the last kept row at or before it, one index seek per class; 0 before the first.
+     */
+    ByteCount totalUpTo(std::optional<ApplicationId> application, std::optional<ProtocolClass> protocolClass,
+                        Moment moment);
+
+    /** Ids of the connections that pass the query's filter, in its order. */
+    std::vector<ConnectionId> connections(const ConnectionQuery& query);
+
+    /** Fills a wire record from the row of that id; false when there is none. */
+    bool connection(ConnectionId id, DaemonConnectionInfo& info);
+};
+
+}  // namespace service

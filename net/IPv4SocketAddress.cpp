@@ -7,7 +7,7 @@ namespace Net {
 
 namespace {
 
-constexpr int dataLength = 14;     // port, address and eight bytes of zero
+constexpr int dataLength = 14;    // port, address and eight bytes of zero
 constexpr int addressOffset = 2;  // within the data, behind the port
 
 }  // namespace
@@ -20,12 +20,16 @@ IPv4SocketAddress::IPv4SocketAddress(const IPv4Address& address, unsigned short 
     std::copy_n(address.GetBytes(), 4, GetData() + addressOffset);
 }
 
-IPv4SocketAddress& IPv4SocketAddress::operator=(const IPv4SocketAddress& /*other*/) { return *this; }
+IPv4SocketAddress& IPv4SocketAddress::operator=(const IPv4SocketAddress& /*other*/) {
+    return *this;
+}
 
 unsigned short IPv4SocketAddress::GetPort() const {
     return static_cast<unsigned short>(GetData()[0] << 8 | GetData()[1]);
 }
 
-IPv4Address IPv4SocketAddress::GetIPAddress() const { return IPv4Address(GetData() + addressOffset); }
+IPv4Address IPv4SocketAddress::GetIPAddress() const {
+    return IPv4Address(GetData() + addressOffset);
+}
 
 }  // namespace Net

@@ -6,7 +6,8 @@
 
 namespace Net {
 
-/** An IPv4 address with a port: a 16-byte image, bytes 2-3 the port (big-endian), 4-7 the address, 8-15 zero. */
+/** An IPv4 address with a port: a 16-byte image, bytes 2-3 the port (big-endian), 4-7 the address, 8-15 zero.
+ */
 class IPv4SocketAddress : public SocketAddress {
   public:
     /** 0.0.0.0 with port 0. */

@@ -14,8 +14,8 @@ class LocalSocketAddress : public SocketAddress {
     LocalSocketAddress() = default;
 
     /**
-     * The image's length byte is 6 whatever the path, on purpose: the four data bytes that it accounts for are all
-     * that `GetDataLength`, copies and system calls see. The whole path is stored behind it.
+     * The image's length byte is 6 whatever the path, on purpose: the four data bytes that it accounts for
+     * are all that `GetDataLength`, copies and system calls see. The whole path is stored behind it.
      */
     explicit LocalSocketAddress(const std::string& path);
 

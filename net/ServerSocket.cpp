@@ -35,7 +35,9 @@ ServerSocket::~ServerSocket() {
     ::close(m_Descriptor);
 }
 
-void ServerSocket::onSocketAccepted(Socket* socket) { delete socket; }
+void ServerSocket::onSocketAccepted(Socket* socket) {
+    delete socket;
+}
 
 void ServerSocket::listen() {
     m_IsListening = true;

@@ -31,8 +31,8 @@ class ServerSocket {
     void listen();
 
     /**
-     * Wakes a `listen` that waits on another thread and returns when it has ended (looked at once a second); at
-     * once when none is in progress.
+     * Wakes a `listen` that waits on another thread and returns when it has ended (looked at once a second);
+     * at once when none is in progress.
      */
     void breakListen();
 

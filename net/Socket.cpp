@@ -34,8 +34,8 @@ auto uninterrupted(Call call) {
 }
 
 /**
- * A frame leaves in two writes, header and body. With Nagle's algorithm on, the second would wait for the peer's
- * delayed acknowledgement of the first: 44 ms a request. Ignored by sockets that are not TCP.
+ * A frame leaves in two writes, header and body. With Nagle's algorithm on, the second would wait for the
+ * peer's delayed acknowledgement of the first: 44 ms a request. Ignored by sockets that are not TCP.
  */
 void setOptions(int descriptor) {
     const int on = 1;
@@ -68,7 +68,9 @@ Socket::Socket(int descriptor, const SocketAddress& address) : m_Descriptor(desc
     setOptions(descriptor);
 }
 
-Socket::~Socket() { ::close(m_Descriptor); }
+Socket::~Socket() {
+    ::close(m_Descriptor);
+}
 
 long Socket::read(void* data, unsigned long length) {
     return uninterrupted([&] { return ::read(m_Descriptor, data, length); });

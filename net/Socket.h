@@ -9,8 +9,8 @@ namespace Net {
 /**
  * A connected stream socket. Nothing is thrown or reported: the caller asks `isValid`.
  *
- * One thread may read while another writes. A peer that is gone makes `write` fail, it never raises SIGPIPE; an
- * interrupted call is made again, so that signals never look like failures.
+ * One thread may read while another writes. A peer that is gone makes `write` fail, it never raises SIGPIPE;
+ * an interrupted call is made again, so that signals never look like failures.
  */
 class Socket {
   public:

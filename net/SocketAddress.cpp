@@ -31,7 +31,9 @@ SocketAddress::SocketAddress(const sockaddr* image) {
     m_Image.assign(bytes, bytes + std::max<int>(bytes[0], headerLength));
 }
 
-SocketAddress::SocketAddress(const SocketAddress& other) { *this = other; }
+SocketAddress::SocketAddress(const SocketAddress& other) {
+    *this = other;
+}
 
 SocketAddress& SocketAddress::operator=(const SocketAddress& other) {
     if (this == &other) {

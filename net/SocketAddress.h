@@ -10,9 +10,9 @@ struct sockaddr;
 namespace Net {
 
 /**
- * A socket address of any family. It owns an image laid out as a BSD sockaddr on every system: byte 0 the image's
- * length with these two header bytes, byte 1 the family, then the family's data. Where the host's own layout
- * differs, the image is translated at the system call (`HostAddress`).
+ * A socket address of any family. It owns an image laid out as a BSD sockaddr on every system: byte 0 the
+ * image's length with these two header bytes, byte 1 the family, then the family's data. Where the host's own
+ * layout differs, the image is translated at the system call (`HostAddress`).
  */
 class SocketAddress {
   public:
@@ -20,8 +20,8 @@ class SocketAddress {
     SocketAddress();
 
     /**
-     * `dataLength` bytes (0 to 253, what the length byte can say) behind the header, copied from `data` or zero
-     * when it is null.
+     * `dataLength` bytes (0 to 253, what the length byte can say) behind the header, copied from `data` or
+     * zero when it is null.
      */
     SocketAddress(AddressFamily family, const void* data, int dataLength);
 

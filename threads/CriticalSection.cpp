@@ -28,8 +28,8 @@ int lockUntil(pthread_mutex_t* mutex, const timespec& deadline) {
         const int result = pthread_mutex_trylock(mutex);
         timespec now{};
         clock_gettime(CLOCK_REALTIME, &now);
-        const bool isLate =
-            now.tv_sec > deadline.tv_sec || (now.tv_sec == deadline.tv_sec && now.tv_nsec >= deadline.tv_nsec);
+        const bool isLate = now.tv_sec > deadline.tv_sec ||
+                            (now.tv_sec == deadline.tv_sec && now.tv_nsec >= deadline.tv_nsec);
         if (result != EBUSY || isLate) {
             return result;
         }
@@ -38,7 +38,9 @@ int lockUntil(pthread_mutex_t* mutex, const timespec& deadline) {
     }
 }
 #else
-int lockUntil(pthread_mutex_t* mutex, const timespec& deadline) { return pthread_mutex_timedlock(mutex, &deadline); }
+int lockUntil(pthread_mutex_t* mutex, const timespec& deadline) {
+    return pthread_mutex_timedlock(mutex, &deadline);
+}
 #endif
 
 int lockMutex(pthread_mutex_t* mutex, long timeout) {
@@ -66,7 +68,9 @@ CriticalSection::CriticalSection() {
     }
 }
 
-CriticalSection::~CriticalSection() { pthread_mutex_destroy(&m_Mutex); }
+CriticalSection::~CriticalSection() {
+    pthread_mutex_destroy(&m_Mutex);
+}
 
 void CriticalSection::Lock(long timeout) {
     if (lockMutex(&m_Mutex, timeout) != 0) {

@@ -5,4 +5,6 @@ CriticalSectionLock::CriticalSectionLock(CriticalSection& section, long timeout)
     m_Section.Lock(timeout);
 }
 
-CriticalSectionLock::~CriticalSectionLock() noexcept(false) { m_Section.Unlock(); }
+CriticalSectionLock::~CriticalSectionLock() noexcept(false) {
+    m_Section.Unlock();
+}

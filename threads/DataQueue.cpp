@@ -5,7 +5,9 @@
 #include <cstring>
 #include <new>
 
-DataQueue::~DataQueue() { Flush(); }
+DataQueue::~DataQueue() {
+    Flush();
+}
 
 bool DataQueue::Write(char* data, long length) {
     if (data == nullptr || length < 1) {

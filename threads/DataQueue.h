@@ -2,8 +2,8 @@
 #pragma once
 
 /**
- * An unbounded first-in-first-out queue of bytes: a chain of chunks that the queue owns. A chunk is freed at the
- * moment its last byte is read. Not locked: one thread at a time.
+ * An unbounded first-in-first-out queue of bytes: a chain of chunks that the queue owns. A chunk is freed at
+ * the moment its last byte is read. Not locked: one thread at a time.
  */
 class DataQueue {
   public:
@@ -19,12 +19,13 @@ class DataQueue {
      */
     bool Write(char* data, long length);
 
-    /** Appends a copy of `length` bytes. False when `data` is null, `length` is below 1 or no memory is left. */
+    /** Appends a copy of `length` bytes. False when `data` is null, `length` is below 1 or no memory is left.
+     */
     bool WriteCopy(const char* data, long length);
 
     /**
-     * Moves exactly `length` bytes to `out`. False, and nothing changes, when fewer are queued, `out` is null or
-     * `length` is below 1.
+     * Moves exactly `length` bytes to `out`. False, and nothing changes, when fewer are queued, `out` is null
+     * or `length` is below 1.
      */
     bool Read(char* out, long length);
 

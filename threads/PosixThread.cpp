@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "threads/PosixThread.h"
 
+#include <signal.h>
+
 PosixThread::PosixThread(bool destroyOnFinish) : m_DestroyOnFinish(destroyOnFinish) {
     pthread_attr_init(&m_Attributes);
     pthread_attr_setdetachstate(&m_Attributes, PTHREAD_CREATE_JOINABLE);

@@ -7,10 +7,12 @@
 #include <mutex>
 
 /**
- * A thread whose body is a virtual operation of a subclass. It can be started again after its body has returned.
+ * A thread whose body is a virtual operation of a subclass. It can be started again after its body has
+ * returned.
  *
- * `run`, `waitForStop`, `kill` and the destructor belong to the owning thread. A subclass's destructor must make
- * its body return and wait for it: when this class's destructor runs, the body's object is already half gone.
+ * `run`, `waitForStop`, `kill` and the destructor belong to the owning thread. A subclass's destructor must
+ * make its body return and wait for it: when this class's destructor runs, the body's object is already half
+ * gone.
  */
 class PosixThread {
   public:
@@ -26,7 +28,8 @@ class PosixThread {
     PosixThread(const PosixThread&) = delete;
     PosixThread& operator=(const PosixThread&) = delete;
 
-    /** Starts the thread unless it runs. Reports nothing: a thread that could not be made leaves the object idle. */
+    /** Starts the thread unless it runs. Reports nothing: a thread that could not be made leaves the object
+     * idle. */
     void run();
 
     /** True from `run` until the body has returned. */
@@ -49,9 +52,10 @@ class PosixThread {
     std::atomic<bool> m_IsRunning{false};
     const bool m_DestroyOnFinish;
 
-    // The running thread zeroes m_Handle itself, so a joiner that relied on it could miss a thread that is about to
-    // return and free the object under it. The owner joins through a handle of its own.
+    // The running thread zeroes m_Handle itself, so a joiner that relied on it could miss a thread that is
+    // about to return and free the object under it. The owner joins through a handle of its own.
     pthread_t m_Joinable{};
     bool m_HasJoinable = false;
-    std::mutex m_Starting;  ///< held by `run` until the handles are stored; the new thread passes through it first
+    std::mutex
+        m_Starting;  ///< held by `run` until the handles are stored; the new thread passes through it first
 };

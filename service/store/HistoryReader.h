@@ -14,8 +14,8 @@
 namespace service {
 
 /**
- * Answers questions about the past from the database, through a connection of its own: readers never wait for the
- * writer. For one thread.
+ * Answers questions about the past from the database, through a connection of its own: readers never wait for
+ * the writer. For one thread.
  */
 class HistoryReader {
   public:
@@ -23,8 +23,9 @@ class HistoryReader {
     static std::unique_ptr<HistoryReader> open(const std::string& path, std::string& error);
 
     /**
-     * Cumulative bytes of one application (or of all, without an id) in one protocol class (or in all) up to and
-     * including `moment`: the last kept row at or before it, one index seek per class; 0 before the first.
+     * Cumulative bytes of one application (or of all, without an id) in one protocol class (or in all) up to
+     * and including `moment`: the last kept row at or before it, one index seek per class; 0 before the
+     * first.
      */
     ByteCount totalUpTo(std::optional<ApplicationId> application, std::optional<ProtocolClass> protocolClass,
                         Moment moment);

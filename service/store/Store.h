@@ -17,7 +17,8 @@ class Store {
     /** What the last run left; for a new database an empty state that starts at `now`. */
     LedgerState load(Moment now);
 
-    /** Appends one second's changes in one transaction. False when the disk would not take them: nothing is written. */
+    /** Appends one second's changes in one transaction. False when the disk would not take them: nothing is
+     * written. */
     bool append(const LedgerChanges& changes);
 };
 

@@ -14,7 +14,8 @@ namespace service {
  */
 class StoreWriter {
   public:
-    /** Both must outlive the writer. `onWiped` is called on the writer's thread after a cleared ledger's wipe is on disk. */
+    /** Both must outlive the writer. `onWiped` is called on the writer's thread after a cleared ledger's wipe
+     * is on disk. */
     StoreWriter(Ledger& ledger, Store& store, std::function<void()> onWiped);
 
     /** Writes at once instead of at the next second; any thread. */

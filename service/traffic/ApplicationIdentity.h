@@ -11,7 +11,8 @@ struct ApplicationIdentity {
     std::string name;  ///< what a person calls it
 };
 
-/** Path of the application that stands for traffic whose owner could not be found out. It is never guessed. */
+/** Path of the application that stands for traffic whose owner could not be found out. It is never guessed.
+ */
 inline constexpr char unknownApplicationPath[] = "(unknown)";
 
 }  // namespace service

@@ -36,7 +36,9 @@ struct ByteCount {
 struct Counters {
     std::array<ByteCount, protocolClassCount> byClass;
 
-    ByteCount& operator[](ProtocolClass protocolClass) { return byClass[static_cast<std::size_t>(protocolClass)]; }
+    ByteCount& operator[](ProtocolClass protocolClass) {
+        return byClass[static_cast<std::size_t>(protocolClass)];
+    }
     const ByteCount& operator[](ProtocolClass protocolClass) const {
         return byClass[static_cast<std::size_t>(protocolClass)];
     }

@@ -17,8 +17,8 @@ enum class Direction : std::int32_t { Input = 0, Output = 1, Undefined = 2 };
 /**
  * What one connection did since the previous poll of its source.
  *
- * A sample is complete in itself: whoever meets its key for the first time can open a connection from it, also in
- * the middle of the connection's life.
+ * A sample is complete in itself: whoever meets its key for the first time can open a connection from it,
+ * also in the middle of the connection's life.
  */
 struct TrafficSample {
     std::uint64_t connectionKey = 0;  ///< unique within the source for the daemon's life
@@ -29,8 +29,8 @@ struct TrafficSample {
     Direction direction = Direction::Undefined;
     IpAddress local;
     IpAddress remote;
-    Moment opened;      ///< when the source saw it first
-    ByteCount moved;    ///< bytes since the previous poll, never negative
+    Moment opened;        ///< when the source saw it first
+    ByteCount moved;      ///< bytes since the previous poll, never negative
     bool closed = false;  ///< true once, in the connection's last sample
 };
 

@@ -9,7 +9,8 @@
 
 namespace service {
 
-/** Where the daemon's figures come from. Used by one thread at a time, the one that polls it about once a second. */
+/** Where the daemon's figures come from. Used by one thread at a time, the one that polls it about once a
+ * second. */
 class TrafficSource {
   public:
     virtual ~TrafficSource() = default;
@@ -17,7 +18,8 @@ class TrafficSource {
     /** Short name for the log: "diag", "demo". */
     virtual std::string_view name() const = 0;
 
-    /** Connections that are new, moved bytes or ended since the previous call; `now` is the moment of this one. */
+    /** Connections that are new, moved bytes or ended since the previous call; `now` is the moment of this
+     * one. */
     virtual std::vector<TrafficSample> poll(Moment now) = 0;
 };
 

@@ -3,7 +3,9 @@
 
 #include <algorithm>
 
-std::size_t IpAddress::addressLength(std::int32_t family) { return family == IPv4 ? 4 : family == IPv6 ? 16 : 0; }
+std::size_t IpAddress::addressLength(std::int32_t family) {
+    return family == IPv4 ? 4 : family == IPv6 ? 16 : 0;
+}
 
 bool IpAddress::isEmpty() const {
     return port == 0 && family == IPv4 &&

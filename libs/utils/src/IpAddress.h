@@ -24,7 +24,8 @@ class IpAddress {
     /** Compares family, port and the bytes that the family uses. */
     bool operator==(const IpAddress& other) const;
 
-    /** 24 bytes: family, port widened to 32 bits, all 16 address bytes. False at the first field that fails. */
+    /** 24 bytes: family, port widened to 32 bits, all 16 address bytes. False at the first field that fails.
+     */
     template <class Serializer>
     bool SerializeTo(Serializer& serializer) const {
         return serializer.WriteInt(family) && serializer.WriteInt(port) &&

@@ -12,7 +12,9 @@ int stringToInt(const std::string& text) {
     return std::sscanf(text.c_str(), "%i", &value) == 1 ? value : 0;
 }
 
-std::string intToString(int value) { return std::to_string(value); }
+std::string intToString(int value) {
+    return std::to_string(value);
+}
 
 IpAddress stringToIp(const std::string& text, int family) {
     IpAddress address;

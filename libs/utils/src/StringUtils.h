@@ -13,8 +13,8 @@ int stringToInt(const std::string& text);
 std::string intToString(int value);
 
 /**
- * The address that `text` gives as decimal bytes joined by full stops, 4 for IPv4 and 16 for IPv6 (not the colon
- * notation). All zero when there are too few; what is too many is ignored. The port is 0.
+ * The address that `text` gives as decimal bytes joined by full stops, 4 for IPv4 and 16 for IPv6 (not the
+ * colon notation). All zero when there are too few; what is too many is ignored. The port is 0.
  */
 IpAddress stringToIp(const std::string& text, int family);
 

@@ -32,10 +32,13 @@ Time Time::fromEpoch(long secondsSinceEpoch) {
     const std::time_t moment = secondsSinceEpoch;
     std::tm local{};
     localtime_r(&moment, &local);
-    return Time(local.tm_mday, local.tm_mon + 1, local.tm_year + 1900, local.tm_sec, local.tm_min, local.tm_hour);
+    return Time(local.tm_mday, local.tm_mon + 1, local.tm_year + 1900, local.tm_sec, local.tm_min,
+                local.tm_hour);
 }
 
-Time Time::now() { return fromEpoch(std::time(nullptr)); }
+Time Time::now() {
+    return fromEpoch(std::time(nullptr));
+}
 
 std::string Time::toString(const Time& time) {
     std::array<char, 80> text{};  // six integers of at most 11 characters and five separators

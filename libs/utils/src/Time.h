@@ -5,8 +5,8 @@
 #include <string>
 
 /**
- * A calendar time on the machine's local clock, without a zone. The fields stand in the order in which they travel.
- * All zero means: not set. No range is checked.
+ * A calendar time on the machine's local clock, without a zone. The fields stand in the order in which they
+ * travel. All zero means: not set. No range is checked.
  */
 class Time {
   public:
@@ -24,8 +24,8 @@ class Time {
     bool operator==(const Time&) const = default;
 
     /**
-     * Seconds since the epoch, with the daylight-saving flag of the present moment whatever the season of `time`:
-     * a time in the other half of the year converts with today's offset. That is meant so.
+     * Seconds since the epoch, with the daylight-saving flag of the present moment whatever the season of
+     * `time`: a time in the other half of the year converts with today's offset. That is meant so.
      */
     static long toEpoch(const Time& time);
     static Time fromEpoch(long secondsSinceEpoch);

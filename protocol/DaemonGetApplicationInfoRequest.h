@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstdint>
+#include <tuple>
+
+#include "protocol/WireMessage.h"
+
+/** Asks for a row of an applications cursor; answered with `DaemonApplicationInfo`. */
+struct DaemonGetApplicationInfoRequest : WireMessage<DaemonGetApplicationInfoRequest> {
+    static constexpr int MessageType = 18;
+
+    std::int32_t iteratorId = 0;
+    std::int32_t index = 0;  ///< from 0
+
+    template <class Self>
+    static auto Fields(Self& self) {
+        return std::tie(self.iteratorId, self.index);
+    }
+};

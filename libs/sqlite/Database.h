@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+struct sqlite3;
+
+namespace SQLite {
+
+enum class OpenMode { ReadOnly, ReadWriteCreate };
+
+/**
+ * A connection to one SQLite 3 database file; closed by the destructor.
+ *
+ * One thread at a time may use it together with its queries and transactions, all of which it must outlive.
+ * Nothing here throws: what fails returns false and leaves its reason in `GetLastError`.
+ */
+class Database {
+  public:
+    /** Turns a blob (a NULL arrives as an empty one) into text; called inside a query, must not throw. */
+    using BlobToText = std::string (*)(std::span<const std::uint8_t>);
+
+    Database() = default;
+    ~Database();
+
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    /** Opens `path` (":memory:" for a private one in memory), closing what was open before. */
+    bool Open(const std::string& path, OpenMode mode);
+    void Close();
+    bool IsOpen() const { return m_Handle != nullptr; }
+
+    /** Runs any number of statements that give no rows of interest. Stops at the first that fails. */
+    bool Execute(const std::string& sql);
+
+    /** Lets SQL call `function` as `name(blob)`. It must depend on its argument only. */
+    bool AddFunction(const std::string& name, BlobToText function);
+
+    /** What went wrong last, in SQLite's words. */
+    std::string GetLastError() const;
+
+    /** SQLite's own handle, owned by this object; null when closed. */
+    sqlite3* GetHandle() const { return m_Handle; }
+
+  private:
+    sqlite3* m_Handle = nullptr;
+    std::string m_OpenError;  ///< why the last `Open` failed
+};
+
+}  // namespace SQLite

@@ -20,12 +20,10 @@ class Transaction {
     /** False when it could not begin (the reason is in the database's `GetLastError`), or has ended. */
     bool IsActive() const { return m_Active; }
 
-    /** False when nothing was made durable; it is rolled back then. */
+    /** False, with the reason in the database's `GetLastError`, when nothing was made durable. */
     bool Commit();
 
   private:
-    void Rollback();
-
     Database& m_Database;
     bool m_Active;
 };

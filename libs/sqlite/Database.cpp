@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "libs/sqlite/Database.h"
+
+#include <sqlite3.h>
+
+namespace SQLite {
+
+namespace {
+
+/** How long a statement waits for another connection's lock before it fails. */
+constexpr int busyTimeoutMs = 5000;
+
+void callBlobToText(sqlite3_context* context, int, sqlite3_value** arguments) {
+    const auto function = reinterpret_cast<Database::BlobToText>(sqlite3_user_data(context));
+    const auto* bytes = static_cast<const std::uint8_t*>(sqlite3_value_blob(arguments[0]));
+    const auto size = static_cast<std::size_t>(sqlite3_value_bytes(arguments[0]));
+    const std::string text = function({bytes, size});
+    sqlite3_result_text(context, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
+}
+
+}  // namespace
+
+Database::~Database() {
+    Close();
+}
+
+bool Database::Open(const std::string& path, OpenMode mode) {
+    Close();
+    const int access =
+        mode == OpenMode::ReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+    if (sqlite3_open_v2(path.c_str(), &m_Handle, access | SQLITE_OPEN_NOMUTEX, nullptr) != SQLITE_OK) {
+        m_OpenError = sqlite3_errmsg(m_Handle);
+        Close();
+        return false;
+    }
+    sqlite3_extended_result_codes(m_Handle, 1);
+    sqlite3_busy_timeout(m_Handle, busyTimeoutMs);
+    return true;
+}
+
+void Database::Close() {
+    // The second form also copes with a query that lives longer than it should: it closes with the last of
+    // them.
+    sqlite3_close_v2(m_Handle);
+    m_Handle = nullptr;
+}
+
+bool Database::Execute(const std::string& sql) {
+    return IsOpen() && sqlite3_exec(m_Handle, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+}
+
+bool Database::AddFunction(const std::string& name, BlobToText function) {
+    return IsOpen() && sqlite3_create_function(m_Handle, name.c_str(), 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC,
+                                               reinterpret_cast<void*>(function), callBlobToText, nullptr,
+                                               nullptr) == SQLITE_OK;
+}
+
+std::string Database::GetLastError() const {
+    return IsOpen() ? sqlite3_errmsg(m_Handle) : m_OpenError;
+}
+
+}  // namespace SQLite

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "net/Socket.h"
+
+#include <gtest/gtest.h>
+#include <netinet/tcp.h>
+#include <signal.h>
+
+#include <array>
+#include <chrono>
+#include <thread>
+
+#include "tests/support/Listener.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+TEST(Socket, IsInvalidWhereNothingListens) {
+    const Net::IPv4SocketAddress address = Listener().address();
+    Net::Socket socket(address, Net::Stream);
+    EXPECT_FALSE(socket.isValid());
+    const auto start = Clock::now();
+    EXPECT_FALSE(socket.isDataAvailable());
+    EXPECT_LT(Clock::now() - start, 4ms) << "an invalid socket must not wait";
+    EXPECT_EQ(socket.write("x", 1), -1);
+}
+
+TEST(Socket, MovesBytesAndSeesTheEndOfTheStream) {
+    const Listener listener;
+    Net::Socket socket(listener.address(), Net::Stream);
+    ASSERT_TRUE(socket.isValid());
+    const int peer = listener.accept();
+    EXPECT_FALSE(socket.isDataAvailable());
+    EXPECT_EQ(socket.write("hello", 5), 5);
+    std::array<char, 8> buffer{};
+    EXPECT_EQ(::read(peer, buffer.data(), buffer.size()), 5);
+    EXPECT_EQ(::write(peer, "ok", 2), 2);
+    EXPECT_TRUE(socket.isDataAvailable());
+    EXPECT_EQ(socket.read(buffer.data(), buffer.size()), 2);
+    ::close(peer);
+    EXPECT_TRUE(socket.isDataAvailable());
+    EXPECT_EQ(socket.read(buffer.data(), buffer.size()), 0);
+}
+
+TEST(Socket, WritingToADeadPeerFailsAndDoesNotEndTheProgram) {
+    const Listener listener;
+    Net::Socket socket(listener.address(), Net::Stream);
+    const int peer = listener.accept();
+    const linger atOnce{1, 0};
+    setsockopt(peer, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+    ::close(peer);
+    EXPECT_EQ(socket.write("x", 1), -1);
+    EXPECT_EQ(socket.write("x", 1), -1) << "the second write is the one that would raise SIGPIPE";
+}
+
+TEST(Socket, SignalsDoNotShowAsFailures) {
+    struct sigaction action {};
+    action.sa_handler = [](int) {};
+    sigaction(SIGUSR1, &action, nullptr);  // without SA_RESTART: system calls are interrupted
+    const Listener listener;
+    Net::Socket socket(listener.address(), Net::Stream);
+    const int peer = listener.accept();
+    long result = -2;
+    std::thread reader([&] {
+        char byte = 0;
+        result = socket.read(&byte, 1);
+    });
+    for (int i = 0; i < 20; ++i) {
+        pthread_kill(reader.native_handle(), SIGUSR1);
+        std::this_thread::sleep_for(1ms);
+    }
+    EXPECT_EQ(::write(peer, "x", 1), 1);
+    reader.join();
+    EXPECT_EQ(result, 1);
+    ::close(peer);
+}
+
+}  // namespace

@@ -60,7 +60,7 @@ DaemonConnection* sSharedDaemonConnection = nullptr;
 void daemonConnectionSharedInstanceCleaner() {
     if (sSharedDaemonConnection != nullptr) {
         sSharedDaemonConnection->stopEventsListener();
-        delete std::exchange(sSharedDaemonConnection, nullptr);
+        delete sSharedDaemonConnection;
     }
 }
 
@@ -154,6 +154,7 @@ DaemonConnection::DaemonConnection()
 }
 
 DaemonConnection::~DaemonConnection() {
+    sSharedDaemonConnection = nullptr;
     stopEventsListener();
     while (!m_ApplicationsIteratorsList.empty()) {
         deleteApplicationsIterator(m_ApplicationsIteratorsList.front());

@@ -23,10 +23,13 @@ namespace {
 
 constexpr unsigned short daemonPort = 10023;
 
+// Before main: a user without privileges may enter one only while the process has a single thread.
+const bool hasPrivateNetwork = enterPrivateNetwork();
+
 class DaemonConnectionTest : public testing::Test {
   protected:
     void SetUp() override {
-        if (!enterPrivateNetwork()) {
+        if (!hasPrivateNetwork) {
             GTEST_SKIP() << "this system does not allow a network namespace";
         }
     }

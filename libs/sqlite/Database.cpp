@@ -10,12 +10,16 @@ namespace {
 /** How long a statement waits for another connection's lock before it fails. */
 constexpr int busyTimeoutMs = 5000;
 
-void callBlobToText(sqlite3_context* context, int, sqlite3_value** arguments) {
-    const auto function = reinterpret_cast<Database::BlobToText>(sqlite3_user_data(context));
+void callBlobFunction(sqlite3_context* context, int, sqlite3_value** arguments) {
+    const auto function = reinterpret_cast<Database::BlobFunction>(sqlite3_user_data(context));
     const auto* bytes = static_cast<const std::uint8_t*>(sqlite3_value_blob(arguments[0]));
     const auto size = static_cast<std::size_t>(sqlite3_value_bytes(arguments[0]));
-    const std::string text = function({bytes, size});
-    sqlite3_result_text(context, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
+    const Database::Value value = function({bytes, size});
+    if (const auto* text = std::get_if<std::string>(&value)) {
+        sqlite3_result_text(context, text->data(), static_cast<int>(text->size()), SQLITE_TRANSIENT);
+    } else {
+        sqlite3_result_int64(context, std::get<std::int64_t>(value));
+    }
 }
 
 }  // namespace
@@ -49,9 +53,9 @@ bool Database::Execute(const std::string& sql) {
     return IsOpen() && sqlite3_exec(m_Handle, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
-bool Database::AddFunction(const std::string& name, BlobToText function) {
+bool Database::AddFunction(const std::string& name, BlobFunction function) {
     return IsOpen() && sqlite3_create_function(m_Handle, name.c_str(), 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC,
-                                               reinterpret_cast<void*>(function), callBlobToText, nullptr,
+                                               reinterpret_cast<void*>(function), callBlobFunction, nullptr,
                                                nullptr) == SQLITE_OK;
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <variant>
 
 struct sqlite3;
 
@@ -19,8 +20,12 @@ enum class OpenMode { ReadOnly, ReadWriteCreate };
  */
 class Database {
   public:
-    /** Turns a blob (a NULL arrives as an empty one) into text; called inside a query, must not throw. */
-    using BlobToText = std::string (*)(std::span<const std::uint8_t>);
+    /** What a function in SQL may give back. */
+    using Value = std::variant<std::int64_t, std::string>;
+
+    /** A function of a blob (a NULL arrives as an empty one) that depends on nothing else and never throws.
+     */
+    using BlobFunction = Value (*)(std::span<const std::uint8_t>);
 
     Database() = default;
     ~Database();
@@ -36,8 +41,8 @@ class Database {
     /** Runs any number of statements that give no rows of interest. Stops at the first that fails. */
     bool Execute(const std::string& sql);
 
-    /** Lets SQL call `function` as `name(blob)`. It must depend on its argument only. */
-    bool AddFunction(const std::string& name, BlobToText function);
+    /** Lets SQL call `function` as `name(blob)`. */
+    bool AddFunction(const std::string& name, BlobFunction function);
 
     /** What went wrong last, in SQLite's words. */
     std::string GetLastError() const;

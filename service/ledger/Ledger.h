@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <mutex>
 #include <optional>
 #include <set>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "service/ledger/Records.h"
@@ -17,7 +19,8 @@ namespace service {
 /**
  * The truth of now: every application with its cumulative counters, and the connections that are alive.
  *
- * Any thread may call it; one mutex guards everything and is held for short, bounded work only.
+ * Any thread may call it; one mutex guards everything and is held for short, bounded work only. Memory is
+ * bounded by what lives: a connection that ended is kept only until its last state has been taken.
  */
 class Ledger {
   public:
@@ -26,13 +29,19 @@ class Ledger {
     Ledger(const Ledger&) = delete;
     Ledger& operator=(const Ledger&) = delete;
 
-    /** Enters what a source reported. Samples of unknown applications and connections open new ones. */
+    /**
+     * Enters what a source reported. Samples of unknown applications and connections open new ones. A
+     * connection that was handed on belongs to the application that moved bytes over it last.
+     */
     void apply(const std::vector<TrafficSample>& samples, Moment now);
 
-    /** Forgets every application, connection and count; ids go on. Counting starts anew at `now`. */
+    /**
+     * Forgets every application, connection and count; ids go on. Counting starts anew at `now`: a connection
+     * that lives on gets a new record at its next sample, with the bytes from there.
+     */
     void clear(Moment now);
 
-    /** What changed since the last call; for the one thread that writes the history. */
+    /** What changed since the last call, in the order of ids; for the one thread that writes the history. */
     LedgerChanges takeChanges(Moment now);
 
     /** Ids of the applications that were seen for the first time since the last call, oldest first. */
@@ -49,6 +58,33 @@ class Ledger {
     std::optional<ConnectionRecord> liveConnection(ConnectionId id) const;
 
     TotalsRecord totals() const;
+
+  private:
+    using ConnectionKey = std::uint64_t;
+
+    // All of these expect the mutex to be held.
+    void enter(const TrafficSample& sample, Moment now);
+    ApplicationRecord& applicationOf(const ApplicationIdentity& identity, Moment now);
+    ConnectionRecord& connectionOf(const TrafficSample& sample, ApplicationId application, Moment now);
+    void closeConnection(ConnectionKey key);
+
+    mutable std::mutex m_Mutex;  ///< guards everything below
+
+    TotalsRecord m_Totals;
+    std::map<ApplicationId, ApplicationRecord> m_Applications;
+    std::unordered_map<std::string, ApplicationId> m_ApplicationIds;  ///< by path
+    std::unordered_map<ConnectionKey, ConnectionRecord> m_Live;
+    std::unordered_map<ConnectionId, ConnectionKey> m_LiveKeys;
+    ApplicationId m_NextApplicationId;
+    ConnectionId m_NextConnectionId;
+
+    // Since the changes were taken last:
+    std::set<ApplicationId> m_ChangedApplications;
+    std::unordered_set<ConnectionKey> m_ChangedConnections;  ///< live ones
+    std::vector<ConnectionRecord> m_Ended;
+    bool m_Wiped = false;
+
+    std::vector<ApplicationId> m_NewApplications;  ///< since they were taken last
 };
 
 }  // namespace service

@@ -56,7 +56,7 @@ struct LedgerState {
 
 /**
  * What changed in a ledger since the changes were taken last. All of it stands at `moment`; the sum of the
- * counters of all applications equals `totals` at that moment.
+ * counters of all applications equals `totals` at that moment. Both lists are in the order of ids.
  */
 struct LedgerChanges {
     Moment moment;
@@ -68,6 +68,10 @@ struct LedgerChanges {
     bool wiped = false;  ///< the ledger was cleared before these changes: what the store holds is void
 
     bool empty() const { return applications.empty() && connections.empty() && !wiped; }
+
+    /** Takes in changes of the same ledger that were taken after these, as if all had been taken at once
+     * then. */
+    void absorb(LedgerChanges later);
 };
 
 }  // namespace service

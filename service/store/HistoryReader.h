@@ -6,21 +6,27 @@
 #include <string>
 #include <vector>
 
+#include "libs/sqlite/Database.h"
+#include "libs/sqlite/Query.h"
 #include "protocol/DaemonConnectionInfo.h"
 #include "service/ledger/Records.h"
 #include "service/store/ConnectionQuery.h"
+#include "service/store/SeriesReader.h"
 #include "service/traffic/Moment.h"
 
 namespace service {
 
 /**
  * Answers questions about the past from the database, through a connection of its own: readers never wait for
- * the writer. For one thread.
+ * the writer. For one thread. What cannot be read counts as not there, with a line in the log.
  */
 class HistoryReader {
   public:
     /** Opens the database at `path`, which a `Store` has made. Null with the reason in `error`. */
     static std::unique_ptr<HistoryReader> open(const std::string& path, std::string& error);
+
+    HistoryReader(const HistoryReader&) = delete;
+    HistoryReader& operator=(const HistoryReader&) = delete;
 
     /**
      * Cumulative bytes of one application (or of all, without an id) in one protocol class (or in all) up to
@@ -30,11 +36,20 @@ class HistoryReader {
     ByteCount totalUpTo(std::optional<ApplicationId> application, std::optional<ProtocolClass> protocolClass,
                         Moment moment);
 
-    /** Ids of the connections that pass the query's filter, in its order. */
+    /** Ids of the connections that pass the query's filter, in its order; equal ones in the order of their
+     * ids. */
     std::vector<ConnectionId> connections(const ConnectionQuery& query);
 
-    /** Fills a wire record from the row of that id; false when there is none. */
+    /** Fills a wire record, with its times in local calendar time, from the row of that id; false when there
+     * is none. */
     bool connection(ConnectionId id, DaemonConnectionInfo& info);
+
+  private:
+    explicit HistoryReader(std::unique_ptr<SQLite::Database> database);
+
+    std::unique_ptr<SQLite::Database> m_Database;
+    SeriesReader m_Series;
+    SQLite::Query m_Connection;
 };
 
 }  // namespace service

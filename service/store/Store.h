@@ -3,16 +3,31 @@
 
 #include <memory>
 #include <string>
+#include <unordered_map>
 
+#include "libs/sqlite/Database.h"
+#include "libs/sqlite/Query.h"
 #include "service/ledger/Records.h"
+#include "service/store/FileLock.h"
+#include "service/store/SeriesReader.h"
+#include "service/traffic/Moment.h"
 
 namespace service {
 
-/** The history on disk, written by one thread. SQLite in WAL mode: readers have connections of their own. */
+/**
+ * The history on disk, written by one thread of one process. SQLite in WAL mode: readers have connections of
+ * their own. What the tables hold is told in `Migrations.cpp`.
+ */
 class Store {
   public:
-    /** Opens or makes the database, bringing an older one up to date. Null with the reason in `error`. */
+    /**
+     * Opens or makes the database, bringing an older one up to date. Null with the reason in `error`, also
+     * when another daemon has it open.
+     */
     static std::unique_ptr<Store> open(const std::string& path, std::string& error);
+
+    Store(const Store&) = delete;
+    Store& operator=(const Store&) = delete;
 
     /** What the last run left; for a new database an empty state that starts at `now`. */
     LedgerState load(Moment now);
@@ -20,6 +35,42 @@ class Store {
     /** Appends one second's changes in one transaction. False when the disk would not take them: nothing is
      * written. */
     bool append(const LedgerChanges& changes);
+
+    /** Why the last `append`, or the last commit of a batch, failed. */
+    const std::string& lastError() const { return m_LastError; }
+
+  private:
+    friend class StoreBatch;
+
+    /** How far the series have got: what a row has to differ from to be worth writing. */
+    struct Progress {
+        std::unordered_map<ApplicationId, Counters> written;
+        Moment latest;  ///< of all rows
+    };
+
+    Store(std::unique_ptr<FileLock> lock, std::unique_ptr<SQLite::Database> database);
+
+    bool isValid() const;
+    Progress readProgress();
+
+    // Within a transaction that the caller has begun:
+    bool write(const LedgerChanges& changes, Progress& progress);
+    bool writeApplication(const ApplicationRecord& application);
+    bool writeConnection(const ConnectionRecord& connection);
+    bool writeSeries(ApplicationId application, const Counters& counters, Progress& progress);
+    bool eraseEverything();
+
+    void giveSpaceBack();
+
+    std::unique_ptr<FileLock> m_Lock;
+    std::unique_ptr<SQLite::Database> m_Database;
+    SeriesReader m_Series;
+    SQLite::Query m_WriteCounting;
+    SQLite::Query m_WriteApplication;
+    SQLite::Query m_WriteConnection;
+    SQLite::Query m_WriteSeries;
+    Progress m_Progress;
+    std::string m_LastError;
 };
 
 }  // namespace service

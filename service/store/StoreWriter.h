@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <condition_variable>
+#include <cstddef>
 #include <functional>
+#include <mutex>
+#include <thread>
 
 #include "service/ledger/Ledger.h"
 #include "service/store/Store.h"
@@ -10,16 +14,46 @@ namespace service {
 
 /**
  * The one thread that writes the history: once a second it takes what changed in the ledger and appends it.
- * The destructor writes what is left, then ends the thread.
+ * What the disk does not take is kept and tried again each second, so a bad disk delays the history and costs
+ * none of it. The destructor writes what is left, then ends the thread.
  */
 class StoreWriter {
   public:
-    /** Both must outlive the writer. `onWiped` is called on the writer's thread after a cleared ledger's wipe
-     * is on disk. */
+    /**
+     * Both must outlive the writer, and nobody else may use the store meanwhile. `onWiped` is called on the
+     * writer's thread after a cleared ledger's wipe is on disk.
+     */
     StoreWriter(Ledger& ledger, Store& store, std::function<void()> onWiped);
+    ~StoreWriter();
+
+    StoreWriter(const StoreWriter&) = delete;
+    StoreWriter& operator=(const StoreWriter&) = delete;
 
     /** Writes at once instead of at the next second; any thread. */
     void wake();
+
+  private:
+    void run();
+    bool waitForNextTurn();
+    void writeChanges();
+    void limitBacklog();
+    void report(bool written);
+
+    Ledger& m_Ledger;
+    Store& m_Store;
+    const std::function<void()> m_OnWiped;
+
+    // For the writer's thread only:
+    LedgerChanges m_Backlog;    ///< taken from the ledger and not on disk yet
+    bool m_Works = true;        ///< whether the last write succeeded
+    std::size_t m_Dropped = 0;  ///< connections that a long failure has cost
+
+    std::mutex m_Mutex;
+    std::condition_variable m_Changed;
+    bool m_WakeRequested = false;  ///< guarded by m_Mutex
+    bool m_StopRequested = false;  ///< guarded by m_Mutex
+
+    std::thread m_Thread;  ///< last, because it uses all of the above
 };
 
 }  // namespace service

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "libs/utils/src/IpAddress.h"
+#include "service/traffic/Moment.h"
+
+namespace service {
+
+// How values of the records look in the columns of the database.
+
+/** Seconds since the epoch, UTC. */
+std::int64_t toColumn(Moment moment);
+Moment momentFromColumn(std::int64_t seconds);
+
+/**
+ * One byte for the family, 4 or 16 for the address (none for an unknown family), two for the port, the higher
+ * one first: comparing two blobs byte by byte compares family, address and port as numbers.
+ */
+std::vector<std::uint8_t> toColumn(const IpAddress& address);
+
+/** An empty address for a blob that is none. */
+IpAddress addressFromColumn(std::span<const std::uint8_t> blob);
+
+}  // namespace service

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "service/store/Migrations.h"
+
+#include <array>
+#include <cstddef>
+
+#include "libs/sqlite/Database.h"
+#include "libs/sqlite/Query.h"
+#include "libs/sqlite/Transaction.h"
+
+namespace service {
+
+namespace {
+
+/** Step n makes version n + 1 out of version n. A step that was ever released is never changed. */
+constexpr std::array migrations = {
+    // All moments are seconds of UTC, all addresses blobs (see Columns.h).
+    //
+    // counting: since when bytes are counted, the latest moment that was written, the ids to go on with; one
+    // row.
+    // series: cumulative bytes of an application (0: all of them) in a protocol class, a row for each moment
+    // at
+    //   which they changed. A total up to a moment is the last row at or before it.
+    // connections: the index by the end finds those that live on at a moment; where the range ends matters
+    // less,
+    //   because most questions are about the recent past.
+    R"sql(
+        CREATE TABLE counting (
+            only_row INTEGER PRIMARY KEY CHECK (only_row = 1),
+            start INTEGER NOT NULL,
+            latest INTEGER NOT NULL,
+            next_application INTEGER NOT NULL,
+            next_connection INTEGER NOT NULL
+        ) STRICT;
+        CREATE TABLE applications (
+            id INTEGER PRIMARY KEY,
+            path TEXT NOT NULL UNIQUE,
+            name TEXT NOT NULL,
+            first_seen INTEGER NOT NULL,
+            last_seen INTEGER NOT NULL
+        ) STRICT;
+        CREATE TABLE series (
+            application INTEGER NOT NULL,
+            class INTEGER NOT NULL,
+            moment INTEGER NOT NULL,
+            received INTEGER NOT NULL,
+            sent INTEGER NOT NULL,
+            PRIMARY KEY (application, class, moment)
+        ) STRICT, WITHOUT ROWID;
+        CREATE TABLE connections (
+            id INTEGER PRIMARY KEY,
+            application INTEGER NOT NULL,
+            started INTEGER NOT NULL,
+            ended INTEGER NOT NULL,
+            direction INTEGER NOT NULL,
+            domain INTEGER NOT NULL,
+            type INTEGER NOT NULL,
+            protocol INTEGER NOT NULL,
+            received INTEGER NOT NULL,
+            sent INTEGER NOT NULL,
+            remote BLOB NOT NULL,
+            local BLOB NOT NULL
+        ) STRICT;
+        CREATE INDEX connections_by_end ON connections (ended);
+        CREATE INDEX connections_by_application ON connections (application, ended);
+    )sql",
+};
+
+constexpr int currentVersion = static_cast<int>(migrations.size());
+
+int versionOf(SQLite::Database& database) {
+    SQLite::Query query(database, "PRAGMA user_version");
+    return query.Step() == SQLite::StepResult::Row ? query.GetColumnAsInt(0) : -1;
+}
+
+bool applyStep(SQLite::Database& database, int version, std::string& error) {
+    SQLite::Transaction transaction(database);
+    if (transaction.IsActive() && database.Execute(migrations[static_cast<std::size_t>(version)]) &&
+        database.Execute("PRAGMA user_version = " + std::to_string(version + 1)) && transaction.Commit()) {
+        return true;
+    }
+    error = "step " + std::to_string(version + 1) + ": " + database.GetLastError();
+    return false;
+}
+
+}  // namespace
+
+bool migrate(SQLite::Database& database, std::string& error) {
+    int version = versionOf(database);
+    if (version < 0) {
+        error = database.GetLastError();
+        return false;
+    }
+    if (version > currentVersion) {
+        error = "it was written by a later version of this program";
+        return false;
+    }
+    for (; version < currentVersion; ++version) {
+        if (!applyStep(database, version, error)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace service

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "service/store/SeriesReader.h"
+
+#include "service/store/Columns.h"
+
+namespace service {
+
+SeriesReader::SeriesReader(SQLite::Database& database)
+    : m_LastRow(database,
+                "SELECT received, sent FROM series WHERE application = ?1 AND class = ?2 AND moment <= ?3 "
+                "ORDER BY moment DESC LIMIT 1") {}
+
+ByteCount SeriesReader::upTo(ApplicationId application, ProtocolClass protocolClass, Moment moment) {
+    ByteCount bytes;
+    m_LastRow.BindAll(application, static_cast<int>(protocolClass), toColumn(moment));
+    if (m_LastRow.Step() == SQLite::StepResult::Row) {
+        bytes = {.received = m_LastRow.GetColumnAsInt64(0), .sent = m_LastRow.GetColumnAsInt64(1)};
+    }
+    m_LastRow.Reset();
+    return bytes;
+}
+
+Counters SeriesReader::upTo(ApplicationId application, Moment moment) {
+    Counters counters;
+    for (std::size_t i = 0; i < protocolClassCount; ++i) {
+        counters.byClass[i] = upTo(application, static_cast<ProtocolClass>(i), moment);
+    }
+    return counters;
+}
+
+}  // namespace service

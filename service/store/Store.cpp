@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "service/store/Store.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+#include "service/log/Log.h"
+#include "service/store/Columns.h"
+#include "service/store/Migrations.h"
+#include "service/store/StoreBatch.h"
+
+namespace service {
+
+namespace {
+
+/**
+ * With WAL and NORMAL a crash of the daemon loses nothing and a loss of power the last moments at most; the
+ * limit gives the log's space back after a burst.
+ */
+constexpr char settings[] =
+    "PRAGMA journal_mode = WAL;"
+    "PRAGMA synchronous = NORMAL;"
+    "PRAGMA journal_size_limit = 8388608;";
+
+}  // namespace
+
+std::unique_ptr<Store> Store::open(const std::string& path, std::string& error) {
+    const auto failed = [&](const std::string& reason) {
+        error = "cannot open database " + path + ": " + reason;
+        return nullptr;
+    };
+    auto lock = std::make_unique<FileLock>(path + ".lock");
+    if (!lock->isHeld()) {
+        return failed(lock->error());
+    }
+    auto database = std::make_unique<SQLite::Database>();
+    if (!database->Open(path, SQLite::OpenMode::ReadWriteCreate) || !database->Execute(settings)) {
+        return failed(database->GetLastError());
+    }
+    std::string reason;
+    if (!migrate(*database, reason)) {
+        return failed(reason);
+    }
+    std::unique_ptr<Store> store(new Store(std::move(lock), std::move(database)));
+    if (!store->isValid()) {
+        return failed("its tables are not as they should be");
+    }
+    return store;
+}
+
+Store::Store(std::unique_ptr<FileLock> lock, std::unique_ptr<SQLite::Database> database)
+    : m_Lock(std::move(lock)),
+      m_Database(std::move(database)),
+      m_Series(*m_Database),
+      m_WriteCounting(*m_Database,
+                      "INSERT OR REPLACE INTO counting (only_row, start, latest, next_application, "
+                      "next_connection) VALUES (1, ?1, ?2, ?3, ?4)"),
+      m_WriteApplication(*m_Database,
+                         "INSERT INTO applications (id, path, name, first_seen, last_seen) "
+                         "VALUES (?1, ?2, ?3, ?4, ?5) "
+                         "ON CONFLICT (id) DO UPDATE SET last_seen = excluded.last_seen"),
+      m_WriteConnection(*m_Database,
+                        "INSERT INTO connections (id, application, started, ended, direction, domain, type, "
+                        "protocol, received, sent, remote, local) "
+                        "VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12) "
+                        "ON CONFLICT (id) DO UPDATE SET application = excluded.application, "
+                        "ended = excluded.ended, received = excluded.received, sent = excluded.sent"),
+      m_WriteSeries(*m_Database,
+                    "INSERT OR REPLACE INTO series (application, class, moment, received, sent) "
+                    "VALUES (?1, ?2, ?3, ?4, ?5)"),
+      m_Progress(readProgress()) {}
+
+bool Store::isValid() const {
+    return m_Series.isValid() && m_WriteCounting.IsValid() && m_WriteApplication.IsValid() &&
+           m_WriteConnection.IsValid() && m_WriteSeries.IsValid();
+}
+
+Store::Progress Store::readProgress() {
+    Progress progress;
+    progress.written[allApplications] = m_Series.upTo(allApplications, Moment::max());
+    SQLite::Query ids(*m_Database, "SELECT id FROM applications");
+    while (ids.Step() == SQLite::StepResult::Row) {
+        const ApplicationId id = ids.GetColumnAsInt(0);
+        progress.written[id] = m_Series.upTo(id, Moment::max());
+    }
+    SQLite::Query latest(*m_Database, "SELECT latest FROM counting");
+    if (latest.Step() == SQLite::StepResult::Row) {
+        progress.latest = momentFromColumn(latest.GetColumnAsInt64(0));
+    }
+    return progress;
+}
+
+LedgerState Store::load(Moment now) {
+    LedgerState state;
+    state.totals = {.counters = m_Progress.written[allApplications], .start = now};
+    SQLite::Query counting(*m_Database, "SELECT start, next_application, next_connection FROM counting");
+    if (counting.Step() == SQLite::StepResult::Row) {
+        state.totals.start = momentFromColumn(counting.GetColumnAsInt64(0));
+        state.nextApplicationId = counting.GetColumnAsInt(1);
+        state.nextConnectionId = counting.GetColumnAsInt(2);
+    }
+    SQLite::Query applications(*m_Database,
+                               "SELECT id, name, path, first_seen, last_seen FROM applications ORDER BY id");
+    while (applications.Step() == SQLite::StepResult::Row) {
+        const ApplicationId id = applications.GetColumnAsInt(0);
+        state.applications.push_back({.id = id,
+                                      .name = applications.GetColumnAsString(1),
+                                      .path = applications.GetColumnAsString(2),
+                                      .counters = m_Progress.written[id],
+                                      .firstSeen = momentFromColumn(applications.GetColumnAsInt64(3)),
+                                      .lastSeen = momentFromColumn(applications.GetColumnAsInt64(4))});
+    }
+    return state;
+}
+
+bool Store::append(const LedgerChanges& changes) {
+    StoreBatch batch(*this);
+    return batch.append(changes) && batch.commit();
+}
+
+bool Store::write(const LedgerChanges& changes, Progress& progress) {
+    if (changes.wiped) {
+        progress = {};
+        if (!eraseEverything()) {
+            return false;
+        }
+    }
+    // Where the clock was set back the series wait on their latest moment, or a total would sink with time.
+    progress.latest = std::max(progress.latest, changes.moment);
+    const auto writeCounters = [&](const ApplicationRecord& application) {
+        return writeApplication(application) && writeSeries(application.id, application.counters, progress);
+    };
+    const auto writeLife = [&](const ConnectionRecord& connection) { return writeConnection(connection); };
+    return m_WriteCounting.Execute(toColumn(changes.totals.start), toColumn(progress.latest),
+                                   changes.nextApplicationId, changes.nextConnectionId) &&
+           std::ranges::all_of(changes.applications, writeCounters) &&
+           std::ranges::all_of(changes.connections, writeLife) &&
+           writeSeries(allApplications, changes.totals.counters, progress);
+}
+
+bool Store::writeApplication(const ApplicationRecord& application) {
+    return m_WriteApplication.Execute(application.id, application.path, application.name,
+                                      toColumn(application.firstSeen), toColumn(application.lastSeen));
+}
+
+bool Store::writeConnection(const ConnectionRecord& connection) {
+    return m_WriteConnection.Execute(
+        connection.id, connection.applicationId, toColumn(connection.start), toColumn(connection.end),
+        static_cast<int>(connection.direction), connection.socketDomain, connection.socketType,
+        connection.socketProtocol, connection.bytes.received, connection.bytes.sent,
+        toColumn(connection.remote), toColumn(connection.local));
+}
+
+bool Store::writeSeries(ApplicationId application, const Counters& counters, Progress& progress) {
+    Counters& written = progress.written[application];
+    for (std::size_t i = 0; i < protocolClassCount; ++i) {
+        const ByteCount& bytes = counters.byClass[i];
+        if (bytes != written.byClass[i] &&
+            !m_WriteSeries.Execute(application, static_cast<std::int64_t>(i), toColumn(progress.latest),
+                                   bytes.received, bytes.sent)) {
+            return false;
+        }
+    }
+    written = counters;
+    return true;
+}
+
+bool Store::eraseEverything() {
+    return m_Database->Execute(
+        "DELETE FROM counting; DELETE FROM applications; DELETE FROM series; DELETE FROM connections;");
+}
+
+void Store::giveSpaceBack() {
+    if (!m_Database->Execute("VACUUM; PRAGMA wal_checkpoint(TRUNCATE);")) {
+        logLine("store: the space of the erased history is still taken: ", m_Database->GetLastError());
+    }
+}
+
+}  // namespace service

@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "service/store/StoreWriter.h"
+
+#include <chrono>
+#include <utility>
+
+#include "service/log/Log.h"
+
+namespace service {
+
+namespace {
+
+constexpr std::chrono::seconds writeInterval{1};
+
+/** Connections kept in memory for a disk that takes nothing; of about 130 bytes each. */
+constexpr std::size_t maxBacklogConnections = 100'000;
+
+Moment currentMoment() {
+    return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+}
+
+}  // namespace
+
+StoreWriter::StoreWriter(Ledger& ledger, Store& store, std::function<void()> onWiped)
+    : m_Ledger(ledger), m_Store(store), m_OnWiped(std::move(onWiped)), m_Thread([this] { run(); }) {}
+
+StoreWriter::~StoreWriter() {
+    {
+        const std::lock_guard lock(m_Mutex);
+        m_StopRequested = true;
+    }
+    m_Changed.notify_one();
+    m_Thread.join();
+}
+
+void StoreWriter::wake() {
+    {
+        const std::lock_guard lock(m_Mutex);
+        m_WakeRequested = true;
+    }
+    m_Changed.notify_one();
+}
+
+void StoreWriter::run() {
+    while (waitForNextTurn()) {
+        writeChanges();
+    }
+    writeChanges();
+}
+
+/** False when the thread is to end. */
+bool StoreWriter::waitForNextTurn() {
+    std::unique_lock lock(m_Mutex);
+    m_Changed.wait_for(lock, writeInterval, [this] { return m_WakeRequested || m_StopRequested; });
+    m_WakeRequested = false;
+    return !m_StopRequested;
+}
+
+void StoreWriter::writeChanges() {
+    m_Backlog.absorb(m_Ledger.takeChanges(currentMoment()));
+    if (m_Backlog.empty()) {
+        return;
+    }
+    const bool written = m_Store.append(m_Backlog);
+    report(written);
+    if (!written) {
+        limitBacklog();
+        return;
+    }
+    const LedgerChanges changes = std::exchange(m_Backlog, {});
+    if (changes.wiped) {
+        m_OnWiped();
+    }
+}
+
+/** Gives up the oldest connections of a backlog that has grown too long; the counters are never given up. */
+void StoreWriter::limitBacklog() {
+    auto& connections = m_Backlog.connections;
+    if (connections.size() > maxBacklogConnections) {
+        const auto excess = connections.size() - maxBacklogConnections;
+        connections.erase(connections.begin(), connections.begin() + static_cast<std::ptrdiff_t>(excess));
+        m_Dropped += excess;
+    }
+}
+
+/** One line when writing begins to fail and one when it works again. */
+void StoreWriter::report(bool written) {
+    if (written == m_Works) {
+        return;
+    }
+    m_Works = written;
+    if (written) {
+        logLine("store: the history goes on; connections lost meanwhile: ", std::exchange(m_Dropped, 0));
+    } else {
+        logLine("store: the history waits until it can be written: ", m_Store.lastError());
+    }
+}
+
+}  // namespace service

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "service/store/HistoryReader.h"
+#include "service/store/Store.h"
+
+namespace service {
+
+constexpr Moment at(int seconds) {
+    return Moment(std::chrono::seconds(1'700'000'000 + seconds));
+}
+
+inline TrafficSample sampleOf(std::uint64_t key, const std::string& path, ByteCount moved) {
+    TrafficSample sample;
+    sample.connectionKey = key;
+    sample.application = std::make_shared<ApplicationIdentity>(ApplicationIdentity{path, "name of " + path});
+    sample.socketProtocol = 6;
+    sample.opened = at(0);
+    sample.moved = moved;
+    return sample;
+}
+
+/** A store in a folder of its own, which goes with the test. */
+class StoreFixture : public testing::Test {
+  protected:
+    StoreFixture() {
+        std::string pattern = testing::TempDir() + "store-XXXXXX";
+        folder = ::mkdtemp(pattern.data());
+        path = folder / "history.db";
+        reopen();
+    }
+    ~StoreFixture() override {
+        store.reset();
+        std::filesystem::remove_all(folder);
+    }
+
+    void reopen() {
+        store.reset();
+        std::string error;
+        store = Store::open(path, error);
+        ASSERT_TRUE(store) << error;
+    }
+
+    std::unique_ptr<HistoryReader> reader() {
+        std::string error;
+        auto opened = HistoryReader::open(path, error);
+        EXPECT_TRUE(opened) << error;
+        return opened;
+    }
+
+    /** Connections of a batch of their own, without applications. */
+    void append(const std::vector<ConnectionRecord>& connections) {
+        LedgerChanges changes;
+        changes.connections = connections;
+        ASSERT_TRUE(store->append(changes)) << store->lastError();
+    }
+
+    /** Does something to the database behind the store's back. */
+    void interfere(const std::string& sql) {
+        SQLite::Database database;
+        ASSERT_TRUE(database.Open(path, SQLite::OpenMode::ReadWriteCreate) && database.Execute(sql))
+            << database.GetLastError();
+    }
+
+    std::filesystem::path folder;
+    std::filesystem::path path;
+    std::unique_ptr<Store> store;
+};
+
+/** Makes every write of a connection fail until the second is run. */
+inline constexpr char breakConnections[] =
+    "CREATE TRIGGER broken BEFORE INSERT ON connections BEGIN SELECT RAISE(ABORT, 'broken on purpose'); END";
+inline constexpr char mendConnections[] = "DROP TRIGGER broken";
+
+}  // namespace service

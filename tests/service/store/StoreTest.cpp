@@ -1,0 +1,198 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "service/store/Store.h"
+
+#include <map>
+#include <random>
+
+#include "service/ledger/Ledger.h"
+#include "service/store/StoreBatch.h"
+#include "tests/service/store/StoreFixture.h"
+
+namespace service {
+
+using StoreTest = StoreFixture;
+
+namespace {
+
+constexpr ConnectionQuery everything{
+    .from = Moment::min(), .to = Moment::max(), .application = {}, .socketProtocol = {}};
+
+void expectEqual(const ApplicationRecord& left, const ApplicationRecord& right) {
+    EXPECT_EQ(left.id, right.id);
+    EXPECT_EQ(left.name, right.name);
+    EXPECT_EQ(left.path, right.path);
+    EXPECT_EQ(left.counters, right.counters);
+    EXPECT_EQ(left.firstSeen, right.firstSeen);
+    EXPECT_EQ(left.lastSeen, right.lastSeen);
+}
+
+}  // namespace
+
+TEST_F(StoreTest, TheNextRunGoesOnWhereTheLastOneEnded) {
+    Ledger ledger(store->load(at(0)));
+    ledger.apply({sampleOf(1, "/usr/bin/ä", {10, 1}), sampleOf(2, "", {5, 0})}, at(1));
+    ASSERT_TRUE(store->append(ledger.takeChanges(at(1))));
+    ledger.apply({sampleOf(2, "", {7, 7})}, at(3));
+    const LedgerChanges last = ledger.takeChanges(at(3));
+    ASSERT_TRUE(store->append(last));
+
+    reopen();
+    const LedgerState state = store->load(at(99));
+    EXPECT_EQ(state.totals.start, at(0));
+    EXPECT_EQ(state.totals.counters, ledger.totals().counters);
+    EXPECT_EQ(state.nextApplicationId, last.nextApplicationId);
+    EXPECT_EQ(state.nextConnectionId, last.nextConnectionId);
+    const auto expected = ledger.applications();
+    ASSERT_EQ(state.applications.size(), expected.size());
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        expectEqual(state.applications[i], expected[i]);
+    }
+}
+
+TEST_F(StoreTest, EveryTotalUpToAMomentIsWhatWasCountedUntilThen) {
+    std::mt19937 random(3);
+    Ledger ledger(store->load(at(0)));
+    std::map<Moment, std::vector<ApplicationRecord>> counted;
+    for (int second = 1; second < 600; second += 1 + static_cast<int>(random() % 5)) {
+        TrafficSample sample = sampleOf(random() % 9, "/" + std::to_string(random() % 4), {1, 2});
+        sample.socketProtocol = std::array{6, 17, 132}[random() % 3];
+        ledger.apply({sample}, at(second));
+        ASSERT_TRUE(store->append(ledger.takeChanges(at(second))));
+        counted[at(second)] = ledger.applications();
+        if (second % 100 == 50) {
+            reopen();  // the store must know from the disk alone what it has written
+        }
+    }
+    const auto history = reader();
+    for (int second = 0; second < 610; ++second) {
+        const auto after = counted.upper_bound(at(second));
+        const auto applications =
+            after == counted.begin() ? std::vector<ApplicationRecord>{} : std::prev(after)->second;
+        ByteCount udp;
+        ByteCount all;
+        for (const ApplicationRecord& application : applications) {
+            udp += application.counters[ProtocolClass::Udp];
+            all += application.counters.total();
+            ASSERT_EQ(history->totalUpTo(application.id, {}, at(second)), application.counters.total());
+            ASSERT_EQ(history->totalUpTo(application.id, ProtocolClass::Other, at(second)),
+                      application.counters[ProtocolClass::Other]);
+        }
+        ASSERT_EQ(history->totalUpTo({}, ProtocolClass::Udp, at(second)), udp);
+        ASSERT_EQ(history->totalUpTo({}, {}, at(second)), all) << "at second " << second;
+    }
+}
+
+TEST_F(StoreTest, OnlyWhatChangedGetsARow) {
+    Ledger ledger(store->load(at(0)));
+    ledger.apply({sampleOf(1, "/a", {1, 1}), sampleOf(2, "/b", {1, 1})}, at(1));
+    ASSERT_TRUE(store->append(ledger.takeChanges(at(1))));
+    reopen();
+    ledger.apply({sampleOf(2, "/b", {1, 1}), sampleOf(1, "/a", {})}, at(2));
+    ASSERT_TRUE(store->append(ledger.takeChanges(at(2))));
+
+    SQLite::Database database;
+    ASSERT_TRUE(database.Open(path, SQLite::OpenMode::ReadOnly));
+    SQLite::Query rows(database,
+                       "SELECT group_concat(application || '@' || (moment - 1700000000), ' ') FROM "
+                       "(SELECT * FROM series ORDER BY application, moment)");
+    ASSERT_EQ(rows.Step(), SQLite::StepResult::Row);
+    EXPECT_EQ(rows.GetColumnAsString(0), "0@1 0@2 1@1 2@1 2@2");
+}
+
+TEST_F(StoreTest, TotalsDoNotSinkWhenTheClockIsSetBack) {
+    Ledger ledger(store->load(at(0)));
+    for (const int second : {100, 40, 101}) {
+        ledger.apply({sampleOf(1, "/a", {10, 0})}, at(second));
+        ASSERT_TRUE(store->append(ledger.takeChanges(at(second))));
+        reopen();
+    }
+    const auto history = reader();
+    EXPECT_EQ(history->totalUpTo(1, {}, at(99)).received, 0);
+    EXPECT_EQ(history->totalUpTo(1, {}, at(100)).received, 20);
+    EXPECT_EQ(history->totalUpTo({}, {}, at(101)).received, 30);
+}
+
+TEST_F(StoreTest, AFailedAppendWritesNothingAndCanBeRepeated) {
+    Ledger ledger(store->load(at(0)));
+    ledger.apply({sampleOf(1, "/a", {10, 0})}, at(1));
+    const LedgerChanges changes = ledger.takeChanges(at(1));
+    interfere(breakConnections);
+    EXPECT_FALSE(store->append(changes));
+    EXPECT_EQ(store->lastError(), "broken on purpose");
+    EXPECT_EQ(reader()->totalUpTo({}, {}, at(1)).received, 0);
+    interfere(mendConnections);
+    EXPECT_TRUE(store->append(changes));
+    EXPECT_EQ(reader()->totalUpTo({}, {}, at(1)).received, 10);
+    EXPECT_EQ(reader()->totalUpTo(1, {}, at(1)).received, 10);
+}
+
+TEST_F(StoreTest, ABatchIsWrittenWholeOrNotAtAll) {
+    Ledger ledger(store->load(at(0)));
+    auto nextSecond = [&, second = 0]() mutable {
+        ledger.apply({sampleOf(1, "/a", {10, 0})}, at(++second));
+        return ledger.takeChanges(at(second));
+    };
+    const LedgerChanges first = nextSecond();
+    const LedgerChanges second = nextSecond();
+    {
+        StoreBatch batch(*store);
+        EXPECT_TRUE(batch.append(first));
+        EXPECT_TRUE(batch.append(second));
+        EXPECT_EQ(reader()->totalUpTo({}, {}, at(2)).received, 0);
+    }
+    EXPECT_EQ(reader()->totalUpTo({}, {}, at(2)).received, 0);
+    interfere(breakConnections);
+    {
+        StoreBatch batch(*store);
+        EXPECT_FALSE(batch.append(first));
+        EXPECT_FALSE(batch.append({})) << "nothing may follow on what is missing";
+        EXPECT_FALSE(batch.commit());
+    }
+    interfere(mendConnections);
+    StoreBatch batch(*store);
+    EXPECT_TRUE(batch.append(first) && batch.append(second) && batch.commit());
+    EXPECT_EQ(reader()->totalUpTo({}, {}, at(1)).received, 10);
+    EXPECT_EQ(reader()->totalUpTo({}, {}, at(2)).received, 20);
+}
+
+TEST_F(StoreTest, AWipeLeavesNothingButTheIdsToGoOnWithAndGivesTheSpaceBack) {
+    Ledger ledger(store->load(at(0)));
+    std::vector<TrafficSample> samples;
+    for (std::uint64_t key = 0; key < 5000; ++key) {
+        samples.push_back(sampleOf(key, "/" + std::to_string(key % 300), {1, 1}));
+    }
+    ledger.apply(samples, at(1));
+    ASSERT_TRUE(store->append(ledger.takeChanges(at(1))));
+    reopen();  // brings the log into the database
+    const auto sizeBefore = std::filesystem::file_size(path);
+    const auto history = reader();
+    ASSERT_EQ(history->connections(everything).size(), 5000u);
+
+    ledger.clear(at(2));
+    ledger.apply({sampleOf(1, "/new", {7, 0})}, at(3));
+    ASSERT_TRUE(store->append(ledger.takeChanges(at(3))));
+    EXPECT_LT(std::filesystem::file_size(path), sizeBefore / 5);
+    EXPECT_EQ(history->connections(everything), std::vector<ConnectionId>{5001});
+    EXPECT_EQ(history->totalUpTo(1, {}, at(9)), ByteCount{});
+    EXPECT_EQ(history->totalUpTo({}, {}, at(9)).received, 7);
+    reopen();
+    const LedgerState state = store->load(at(9));
+    EXPECT_EQ(state.totals.start, at(2));
+    ASSERT_EQ(state.applications.size(), 1u);
+    EXPECT_EQ(state.applications[0].id, 301);
+    EXPECT_EQ(state.nextConnectionId, 5002);
+}
+
+TEST_F(StoreTest, IsRefusedToASecondDaemonAndForALaterVersion) {
+    std::string error;
+    EXPECT_FALSE(Store::open(path, error));
+    EXPECT_NE(error.find("held by another process"), std::string::npos) << error;
+    interfere("PRAGMA user_version = 1000");
+    store.reset();
+    EXPECT_FALSE(Store::open(path, error));
+    EXPECT_NE(error.find("later version"), std::string::npos) << error;
+    EXPECT_FALSE(Store::open(folder / "missing" / "history.db", error));
+    EXPECT_NE(error.find("No such file"), std::string::npos) << error;
+}
+
+}  // namespace service

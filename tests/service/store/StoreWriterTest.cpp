@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "service/store/StoreWriter.h"
+
+#include <unistd.h>
+
+#include <future>
+
+#include "tests/service/store/StoreFixture.h"
+
+namespace service {
+
+using StoreWriterTest = StoreFixture;
+
+namespace {
+
+/** Catches what is written to standard error, to be read line by line. */
+class ErrorOutput {
+  public:
+    ErrorOutput() : m_Original(::dup(STDERR_FILENO)) {
+        EXPECT_EQ(::pipe(m_Pipe), 0);
+        ::dup2(m_Pipe[1], STDERR_FILENO);
+    }
+    ~ErrorOutput() {
+        ::dup2(m_Original, STDERR_FILENO);
+        for (const int descriptor : {m_Original, m_Pipe[0], m_Pipe[1]}) {
+            ::close(descriptor);
+        }
+    }
+
+    /** Waits for the next line. */
+    std::string readLine() {
+        std::string line;
+        for (char c = 0; ::read(m_Pipe[0], &c, 1) == 1 && c != '\n';) {
+            line += c;
+        }
+        return line;
+    }
+
+  private:
+    int m_Original;
+    int m_Pipe[2] = {-1, -1};
+};
+
+}  // namespace
+
+TEST_F(StoreWriterTest, WritesWhatIsLeftWhenItEnds) {
+    Ledger ledger(store->load(at(0)));
+    {
+        StoreWriter writer(ledger, *store, [] {});
+        ledger.apply({sampleOf(1, "/a", {10, 0})}, at(1));
+    }
+    EXPECT_EQ(reader()->totalUpTo({}, {}, Moment::max()).received, 10);
+}
+
+TEST_F(StoreWriterTest, TellsOfAWipeWhenItIsOnDisk) {
+    Ledger ledger(store->load(at(0)));
+    ledger.apply({sampleOf(1, "/a", {10, 0})}, at(1));
+    ASSERT_TRUE(store->append(ledger.takeChanges(at(1))));
+    std::promise<std::int64_t> receivedAtWipe;
+    StoreWriter writer(ledger, *store, [&] {
+        receivedAtWipe.set_value(reader()->totalUpTo({}, {}, Moment::max()).received);
+    });
+    ledger.clear(at(2));
+    writer.wake();
+    EXPECT_EQ(receivedAtWipe.get_future().get(), 0);
+}
+
+TEST_F(StoreWriterTest, WhatTheDiskDoesNotTakeFollowsLaterAndIsLoggedOnceEachWay) {
+    Ledger ledger(store->load(at(0)));
+    ErrorOutput log;
+    StoreWriter writer(ledger, *store, [] {});
+    interfere(breakConnections);
+    TrafficSample closed = sampleOf(1, "/a", {10, 0});
+    closed.closed = true;
+    ledger.apply({closed}, at(1));
+    writer.wake();
+    EXPECT_NE(log.readLine().find("waits until it can be written: broken on purpose"), std::string::npos);
+    ledger.apply({sampleOf(2, "/b", {5, 0})}, at(2));
+    writer.wake();  // may fail once more, of which nothing is said
+    interfere(mendConnections);
+    writer.wake();
+    EXPECT_NE(log.readLine().find("goes on; connections lost meanwhile: 0"), std::string::npos);
+
+    const auto history = reader();
+    EXPECT_EQ(history->totalUpTo({}, {}, Moment::max()).received, 15);
+    DaemonConnectionInfo info;
+    ASSERT_TRUE(history->connection(1, info)) << "it had left the ledger when the disk came back";
+    EXPECT_EQ(info.receivedBytes, 10);
+    EXPECT_TRUE(history->connection(2, info));
+}
+
+TEST_F(StoreWriterTest, ReadersSeeSumsThatAgreeWhileItWrites) {
+    Ledger ledger(store->load(at(0)));
+    StoreWriter writer(ledger, *store, [] {});
+    const auto history = reader();
+    for (int round = 0; round < 200; ++round) {
+        ledger.apply({sampleOf(1, "/a", {10, 0}), sampleOf(2, "/b", {1, 0})}, at(round));
+        writer.wake();
+        const std::int64_t first = history->totalUpTo({}, {}, Moment::max()).received;
+        EXPECT_EQ(first % 11, 0) << "a half-written second";
+        const std::int64_t parts = history->totalUpTo(1, {}, Moment::max()).received +
+                                   history->totalUpTo(2, {}, Moment::max()).received;
+        EXPECT_GE(parts, first);
+    }
+}
+
+}  // namespace service

@@ -2,6 +2,7 @@
 #include "service/store/Columns.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstddef>
 
 namespace service {
@@ -12,6 +13,11 @@ std::int64_t toColumn(Moment moment) {
 
 Moment momentFromColumn(std::int64_t seconds) {
     return Moment(std::chrono::seconds(seconds));
+}
+
+int lifeColumn(Moment start, Moment end) {
+    const auto seconds = std::max<std::int64_t>((end - start).count(), 0);
+    return std::bit_width(static_cast<std::uint64_t>(seconds));
 }
 
 std::vector<std::uint8_t> toColumn(const IpAddress& address) {

@@ -16,6 +16,9 @@ namespace service {
 std::int64_t toColumn(Moment moment);
 Moment momentFromColumn(std::int64_t seconds);
 
+/** The number of bits in the seconds of a life: it lasted less than 2^bits seconds. */
+int lifeColumn(Moment start, Moment end);
+
 /**
  * One byte for the family, 4 or 16 for the address (none for an unknown family), two for the port, the higher
  * one first: comparing two blobs byte by byte compares family, address and port as numbers.

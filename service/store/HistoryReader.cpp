@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "service/store/HistoryReader.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "libs/utils/src/StringUtils.h"
@@ -56,32 +57,29 @@ const char* columnOf(ConnectionSortField field) {
     return nullptr;
 }
 
-std::string orderOf(const ConnectionQuery& query) {
-    const char* column = columnOf(query.sortField);
-    if (column == nullptr) {
-        return "id";
-    }
-    switch (query.sortDirection) {
-        case SortDirection::Ascending:
-            return std::string(column) + ", id";
-        case SortDirection::Descending:
-            return std::string(column) + " DESC, id";
-        case SortDirection::None:
-            break;
-    }
-    return "id";
+/** Whether the rows come in an order of their own, or simply by id. */
+bool isSorted(const ConnectionQuery& query) {
+    return columnOf(query.sortField) != nullptr && (query.sortDirection == SortDirection::Ascending ||
+                                                    query.sortDirection == SortDirection::Descending);
 }
 
-/** Only the conditions that are asked for, so that the index that serves them best is used. */
+/** Why it goes life by life is told in `Migrations.cpp`. */
 std::string selectIds(const ConnectionQuery& query) {
-    std::string sql = "SELECT id FROM connections WHERE ended >= ?1 AND started <= ?2";
+    std::string sql =
+        "WITH RECURSIVE lives (life) AS (VALUES (0) UNION ALL SELECT life + 1 FROM lives WHERE life < 32) "
+        "SELECT id FROM lives CROSS JOIN connections USING (life) "
+        "WHERE started BETWEEN ?1 - (1 << life) AND ?2 AND ended >= ?1";
     if (query.application) {
         sql += " AND application = ?3";
     }
     if (query.socketProtocol) {
         sql += " AND protocol = ?4";
     }
-    return sql + " ORDER BY " + orderOf(query);
+    if (isSorted(query)) {
+        const bool descending = query.sortDirection == SortDirection::Descending;
+        sql += std::string(" ORDER BY ") + columnOf(query.sortField) + (descending ? " DESC, id" : ", id");
+    }
+    return sql;
 }
 
 }  // namespace
@@ -131,6 +129,9 @@ std::vector<ConnectionId> HistoryReader::connections(const ConnectionQuery& quer
     }
     if (result == SQLite::StepResult::Failed) {
         logLine("store: cannot list connections: ", rows.GetLastError());
+    }
+    if (!isSorted(query)) {
+        std::ranges::sort(ids);
     }
     return ids;
 }

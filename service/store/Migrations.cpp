@@ -21,9 +21,12 @@ constexpr std::array migrations = {
     // series: cumulative bytes of an application (0: all of them) in a protocol class, a row for each moment
     // at
     //   which they changed. A total up to a moment is the last row at or before it.
-    // connections: the index by the end finds those that live on at a moment; where the range ends matters
-    // less,
-    //   because most questions are about the recent past.
+    // connections: `life` is the number of bits in the seconds from start to end. Whoever looks for those
+    // that live
+    //   in a range asks life by life for those that started at most 2^life seconds before it, and so reads
+    //   about
+    //   what belongs to the answer, however long the history. The indexes hold all that such a question
+    //   needs.
     R"sql(
         CREATE TABLE counting (
             only_row INTEGER PRIMARY KEY CHECK (only_row = 1),
@@ -52,6 +55,7 @@ constexpr std::array migrations = {
             application INTEGER NOT NULL,
             started INTEGER NOT NULL,
             ended INTEGER NOT NULL,
+            life INTEGER NOT NULL,
             direction INTEGER NOT NULL,
             domain INTEGER NOT NULL,
             type INTEGER NOT NULL,
@@ -61,8 +65,8 @@ constexpr std::array migrations = {
             remote BLOB NOT NULL,
             local BLOB NOT NULL
         ) STRICT;
-        CREATE INDEX connections_by_end ON connections (ended);
-        CREATE INDEX connections_by_application ON connections (application, ended);
+        CREATE INDEX connections_by_time ON connections (life, started, ended, protocol);
+        CREATE INDEX connections_by_application ON connections (application, life, started, ended, protocol);
     )sql",
 };
 

@@ -60,12 +60,14 @@ Store::Store(std::unique_ptr<FileLock> lock, std::unique_ptr<SQLite::Database> d
                          "INSERT INTO applications (id, path, name, first_seen, last_seen) "
                          "VALUES (?1, ?2, ?3, ?4, ?5) "
                          "ON CONFLICT (id) DO UPDATE SET last_seen = excluded.last_seen"),
-      m_WriteConnection(*m_Database,
-                        "INSERT INTO connections (id, application, started, ended, direction, domain, type, "
-                        "protocol, received, sent, remote, local) "
-                        "VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12) "
-                        "ON CONFLICT (id) DO UPDATE SET application = excluded.application, "
-                        "ended = excluded.ended, received = excluded.received, sent = excluded.sent"),
+      m_WriteConnection(
+          *m_Database,
+          "INSERT INTO connections (id, application, started, ended, life, direction, domain, type, "
+          "protocol, received, sent, remote, local) "
+          "VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13) "
+          "ON CONFLICT (id) DO UPDATE SET application = excluded.application, "
+          "ended = excluded.ended, life = excluded.life, received = excluded.received, "
+          "sent = excluded.sent"),
       m_WriteSeries(*m_Database,
                     "INSERT OR REPLACE INTO series (application, class, moment, received, sent) "
                     "VALUES (?1, ?2, ?3, ?4, ?5)"),
@@ -147,9 +149,9 @@ bool Store::writeApplication(const ApplicationRecord& application) {
 bool Store::writeConnection(const ConnectionRecord& connection) {
     return m_WriteConnection.Execute(
         connection.id, connection.applicationId, toColumn(connection.start), toColumn(connection.end),
-        static_cast<int>(connection.direction), connection.socketDomain, connection.socketType,
-        connection.socketProtocol, connection.bytes.received, connection.bytes.sent,
-        toColumn(connection.remote), toColumn(connection.local));
+        lifeColumn(connection.start, connection.end), static_cast<int>(connection.direction),
+        connection.socketDomain, connection.socketType, connection.socketProtocol, connection.bytes.received,
+        connection.bytes.sent, toColumn(connection.remote), toColumn(connection.local));
 }
 
 bool Store::writeSeries(ApplicationId application, const Counters& counters, Progress& progress) {

@@ -71,6 +71,29 @@ TEST_F(HistoryReaderTest, FindsConnectionsWhoseLifeTouchesTheRange) {
     EXPECT_EQ(history->connections(query), Ids{});
 }
 
+TEST_F(HistoryReaderTest, FindsLivesOfEveryLengthInRangesOfEveryLength) {
+    std::mt19937 random(5);
+    const auto drawLength = [&] { return static_cast<int>(random() % (1u << random() % 24)); };
+    std::vector<ConnectionRecord> connections;
+    for (ConnectionId id = 1; id <= 2000; ++id) {
+        const int start = static_cast<int>(random() % 10'000'000);
+        connections.push_back(connectionWith(id, start, start + drawLength()));
+    }
+    append(connections);
+    const auto history = reader();
+    for (int round = 0; round < 100; ++round) {
+        const int from = static_cast<int>(random() % 15'000'000);
+        const ConnectionQuery query = between(from, from + drawLength());
+        std::vector<ConnectionId> expected;
+        for (const ConnectionRecord& connection : connections) {
+            if (connection.start <= query.to && connection.end >= query.from) {
+                expected.push_back(connection.id);
+            }
+        }
+        ASSERT_EQ(history->connections(query), expected) << "in round " << round;
+    }
+}
+
 TEST_F(HistoryReaderTest, ARowComesWithLocalTimesAndItsAddresses) {
     const LocalZone zone("Europe/Berlin");
     ConnectionRecord connection;
@@ -112,7 +135,9 @@ TEST_F(HistoryReaderTest, ARowIsReadAsItStandsNow) {
     ASSERT_TRUE(history->connection(1, info));
     connection.applicationId = 9;
     connection.bytes = {.received = 44, .sent = 55};
+    connection.end = at(5000);
     append({connection});
+    EXPECT_EQ(history->connections(between(4000, 4000)), std::vector<ConnectionId>{1});
     ASSERT_TRUE(history->connection(1, info));
     EXPECT_EQ(info.applicationId, 9);
     EXPECT_EQ(info.receivedBytes, 44);

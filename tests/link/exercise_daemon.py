@@ -1,0 +1,517 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Drives a real daemon over its link and holds it to docs/wire.md.
+
+    exercise_daemon.py [--memory-growth MIB] PROGRAM [TEST...]
+
+PROGRAM is `nevtora-daemon`; it is started with the demo year in a database of its own and on a free port of loopback.
+"""
+
+import argparse
+import datetime
+import random
+import signal
+import socket
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+import unicodedata
+import unittest
+from pathlib import Path
+
+import wire
+from client import Client
+
+START_LIMIT = 90  # seconds; the demo writes a year of history first
+HOUR = datetime.timedelta(hours=1)
+DAY = datetime.timedelta(days=1)
+
+program = None
+memory_growth = 48  # MiB that the daemon's resident memory may grow by while it is maltreated
+
+
+class Daemon:
+    """One daemon process."""
+
+    def __init__(self):
+        self.folder = tempfile.TemporaryDirectory(prefix="nevtora-link-")
+        with socket.create_server(("127.0.0.1", 0)) as free:
+            self.address = free.getsockname()
+        self.log = open(Path(self.folder.name) / "log", "w+")
+        listen = f"{self.address[0]}:{self.address[1]}"
+        database = f"{self.folder.name}/history.sqlite"
+        self.process = subprocess.Popen(
+            [program, "--demo", "--database", database, "--listen", listen], stderr=self.log
+        )
+        self._wait_until_it_answers()
+        self.memory = self.resident_memory()
+        self.descriptors = self.count_descriptors()
+
+    def _wait_until_it_answers(self):
+        deadline = time.monotonic() + START_LIMIT
+        while time.monotonic() < deadline and self.process.poll() is None:
+            try:
+                with self.connect() as client:
+                    client.ask(wire.TOTAL_STATISTIC_INFO)
+                return
+            except ConnectionRefusedError:
+                time.sleep(0.05)
+        self.stop()
+        raise AssertionError("the daemon does not come up:\n" + self.tail_of_log())
+
+    def connect(self):
+        return Client(self.address)
+
+    def resident_memory(self):
+        """In MiB."""
+        for line in Path(f"/proc/{self.process.pid}/status").read_text().splitlines():
+            if line.startswith("VmRSS:"):
+                return int(line.split()[1]) / 1024
+        raise AssertionError("the daemon is gone:\n" + self.tail_of_log())
+
+    def count_descriptors(self):
+        return len(list(Path(f"/proc/{self.process.pid}/fd").iterdir()))
+
+    def tail_of_log(self):
+        self.log.seek(0)
+        return "".join(self.log.readlines()[-20:])
+
+    def stop(self):
+        """Asks it to end; answers its status."""
+        self.process.send_signal(signal.SIGTERM)
+        try:
+            return self.process.wait(30)
+        except subprocess.TimeoutExpired:
+            self.process.kill()
+            return self.process.wait()
+
+
+class DaemonTest(unittest.TestCase):
+    """Starts one daemon for the class; it must be alive and no larger than allowed when the last test has ended."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.daemon = Daemon()
+
+    @classmethod
+    def tearDownClass(cls):
+        try:
+            grown = cls.daemon.resident_memory() - cls.daemon.memory
+            status = cls.daemon.stop()
+        finally:
+            cls.daemon.folder.cleanup()
+        assert status == 0, f"the daemon ended with {status}"
+        assert grown <= memory_growth, f"the daemon grew by {grown:.1f} MiB from {cls.daemon.memory:.1f}"
+
+    def setUp(self):
+        self.client = self.daemon.connect()
+        self.addCleanup(self.client.socket.close)
+
+    def check_others_are_served(self):
+        with self.daemon.connect() as witness:
+            self.assertIsNotNone(witness.ask(wire.TOTAL_STATISTIC_INFO))
+
+    def applications(self):
+        """All of them, in the daemon's own order."""
+        iterator = self.client.ask(wire.CREATE_APPLICATION_ITERATOR)["iteratorId"]
+        count = self.client.ask(wire.GET_COUNT_APPLICATIONS, iteratorId=iterator)["count"]
+        return self.client.ask_all(*row_requests(wire.GET_APPLICATION_INFO, iterator, count))
+
+    def connections(self, iterator, start, end, application=-1, protocol=wire.ALL, direction=2, field=7):
+        """The rows that a range holds; the answers are fetched in batches that fit into the link's buffers."""
+        parameters = dict(iteratorId=iterator, startTime=start, endTime=end, applicationId=application)
+        parameters |= dict(socketProtocol=protocol, sortDirection=direction, sortField=field)
+        self.client.send((wire.SET_CONNECTIONS_PARAMETERS, parameters))
+        count = self.client.ask(wire.GET_COUNT_CONNECTIONS, iteratorId=iterator)["count"]
+        requests = row_requests(wire.GET_CONNECTION_INFO, iterator, count)
+        return [row for i in range(0, count, 1000) for row in self.client.ask_all(*requests[i : i + 1000])]
+
+    def quiet_day(self, iterator):
+        """A day of the demo year that is over, so that its rows hold still, and has enough to be worth sorting."""
+        first = self.client.ask(wire.TOTAL_STATISTIC_INFO)["startTime"]
+        for days in range(100, 200):
+            start = first + days * DAY
+            rows = self.connections(iterator, start, start + DAY)
+            if len(rows) >= 50:
+                return start, start + DAY, rows
+        self.fail("no day of the demo year has 50 connections")
+
+
+def row_requests(request, iterator, count):
+    return [(request, {"iteratorId": iterator, "index": index}) for index in range(count)]
+
+
+def fold(text):
+    """What remains of a text when case and accents do not matter."""
+    return "".join(c for c in unicodedata.normalize("NFKD", text.casefold()) if not unicodedata.combining(c))
+
+
+class DaemonAnswers(DaemonTest):
+    def test_records_are_consistent(self):
+        rows = self.applications()
+        self.assertGreaterEqual(len(rows), 20)
+        self.assertEqual(len({row["id"] for row in rows}), len(rows))
+        for row in rows:
+            self.assertGreaterEqual(row["totalReceivedBytes"], row["tcpReceivedBytes"] + row["udpReceivedBytes"])
+            self.assertGreaterEqual(row["totalSendedBytes"], row["tcpSendedBytes"] + row["udpSendedBytes"])
+            self.assertLessEqual(row["startTime"], row["endTime"])
+            by_id = self.client.ask(wire.APPLICATION_INFO_FROM_ID, applicationId=row["id"])
+            self.assertEqual((by_id["name"], by_id["fullPath"]), (row["name"], row["fullPath"]))
+        self.assertEqual(self.client.ask(wire.IS_CLEANING), {"isClean": 0})
+
+    def test_totals_equal_the_sum_of_the_applications(self):
+        names = [name for name in wire.TOTALS if name != "startTime"]
+        for _ in range(20):  # live: again until no second has passed between the two answers
+            before = self.client.ask(wire.TOTAL_STATISTIC_INFO)
+            rows = self.applications()
+            if self.client.ask(wire.TOTAL_STATISTIC_INFO) == before:
+                break
+        self.assertEqual({name: sum(row[name] for row in rows) for name in names}, {n: before[n] for n in names})
+
+    def test_totals_up_to_a_moment_only_grow_and_add_up(self):
+        first = self.client.ask(wire.TOTAL_STATISTIC_INFO)["startTime"]
+        ids = [row["id"] for row in self.applications()]
+        for total, one in (
+            (wire.TOTAL_RECEIVED_BYTES, wire.APPLICATION_RECEIVED_BYTES),
+            (wire.TOTAL_SENT_BYTES, wire.APPLICATION_SENT_BYTES),
+        ):
+            last = 0
+            for days in (-1, 3, 30, 90.5, 200.25):
+                moment = (first + days * DAY).replace(minute=0, second=0)
+                tcp, udp, everything = (
+                    self.client.ask(total, toTime=moment, socketProtocol=protocol)["bytes"]
+                    for protocol in (wire.TCP, wire.UDP, wire.ALL)
+                )
+                self.assertLessEqual(tcp + udp, everything)
+                self.assertEqual(everything > 0, days > 0)
+                self.assertGreaterEqual(everything, last)
+                values = dict(toTime=moment, socketProtocol=wire.ALL)
+                shares = self.client.ask_all(*((one, dict(values, applicationId=i)) for i in ids))
+                self.assertEqual(sum(share["bytes"] for share in shares), everything, f"at {moment}")
+                last = everything
+
+    def test_a_total_up_to_the_far_future_is_the_present_one(self):
+        far = datetime.datetime(2037, 1, 1)
+        for _ in range(20):
+            before = self.client.ask(wire.TOTAL_STATISTIC_INFO)
+            total = self.client.ask(wire.TOTAL_RECEIVED_BYTES, toTime=far, socketProtocol=wire.UDP)["bytes"]
+            if self.client.ask(wire.TOTAL_STATISTIC_INFO) == before:
+                break
+        self.assertEqual(total, before["udpReceivedBytes"])
+
+    def test_applications_come_in_every_order(self):
+        keys = (
+            lambda row: fold(row["name"]),
+            lambda row: fold(row["fullPath"]),
+            lambda row: row["endTime"],
+            lambda row: row["totalReceivedBytes"],
+            lambda row: row["totalSendedBytes"],
+            lambda row: row["id"],
+        )
+        iterator = self.client.ask(wire.CREATE_APPLICATION_ITERATOR)["iteratorId"]
+        for field, key in enumerate(keys):
+            for direction in (wire.ASCENDING, wire.DESCENDING, wire.UNSORTED):
+                with self.subTest(field=field, direction=direction):
+                    rows = self._sorted_applications(iterator, field, direction)
+                    self.check_order(rows, key, direction)
+
+    def _sorted_applications(self, iterator, field, direction):
+        """The rows in the order asked for, fetched while none of their values changed."""
+        for _ in range(50):
+            count = self.client.ask(wire.GET_COUNT_APPLICATIONS, iteratorId=iterator)["count"]
+            rows = row_requests(wire.GET_APPLICATION_INFO, iterator, count)
+            parameters = dict(iteratorId=iterator, sortDirection=direction, sortField=field)
+            recount = (wire.GET_COUNT_APPLICATIONS, {"iteratorId": iterator})
+            replies = self.client.ask_all(*rows, (wire.SET_APPLICATIONS_PARAMETERS, parameters), recount, *rows)
+            before, after = replies[:count], replies[count + 1 :]
+            if replies[count]["count"] == count and by_id(before) == by_id(after):
+                return after
+        return self.fail("the values never hold still")
+
+    def check_order(self, rows, key, direction):
+        if direction == wire.UNSORTED:
+            key = lambda row: row["id"]  # noqa: E731
+        values = [key(row) for row in rows]
+        self.assertEqual(values, sorted(values, reverse=direction == wire.DESCENDING))
+
+    def test_connections_come_in_every_order(self):
+        iterator = self.client.ask(wire.CREATE_CONNECTIONS_ITERATOR)["iteratorId"]
+        start, end, natural = self.quiet_day(iterator)
+        address = lambda field: lambda row: row[field][0::2]  # noqa: E731  family and bytes
+        keys = [lambda row, name=name: row[name] for name in ("startTime", "endTime", "direction")]
+        keys += [lambda row, name=name: row[name] for name in ("receivedBytes", "sendedBytes")]
+        keys += [address("localAddress"), address("remoteAddress"), lambda row: row["id"]]
+        for field, key in enumerate(keys):
+            for direction in (wire.ASCENDING, wire.DESCENDING, wire.UNSORTED):
+                with self.subTest(field=field, direction=direction):
+                    rows = self.connections(iterator, start, end, direction=direction, field=field)
+                    self.assertEqual(by_id(rows), by_id(natural))
+                    self.check_order(rows, key, direction)
+
+    def test_connections_are_filtered(self):
+        iterator = self.client.ask(wire.CREATE_CONNECTIONS_ITERATOR)["iteratorId"]
+        start, end, rows = self.quiet_day(iterator)
+        for row in rows:
+            self.assertLessEqual(row["startTime"], row["endTime"])
+            self.assertTrue(row["startTime"] <= end and row["endTime"] >= start)
+        for protocol in {row["socketProtocol"] for row in rows}:
+            got = self.connections(iterator, start, end, protocol=protocol)
+            self.assertEqual(got, [row for row in rows if row["socketProtocol"] == protocol])
+        for application in {row["applicationId"] for row in rows}:
+            got = self.connections(iterator, start, end, application=application)
+            self.assertEqual(got, [row for row in rows if row["applicationId"] == application])
+
+    def test_a_connection_belongs_to_every_range_that_its_life_touches(self):
+        iterator = self.client.ask(wire.CREATE_CONNECTIONS_ITERATOR)["iteratorId"]
+        start, end, rows = self.quiet_day(iterator)
+        second = datetime.timedelta(seconds=1)
+        inner = [row for row in rows if start < row["startTime"] and row["endTime"] < end]
+        for life in inner[:: len(inner) // 5]:
+            for first, last in (
+                (life["endTime"], end),
+                (life["endTime"] + second, end),
+                (start, life["startTime"]),
+                (start, life["startTime"] - second),
+            ):
+                want = [row for row in rows if row["startTime"] <= last and row["endTime"] >= first]
+                self.assertEqual(self.connections(iterator, first, last), want)
+
+    def test_a_thousand_pipelined_requests_are_answered(self):
+        iterator = self.client.ask(wire.CREATE_APPLICATION_ITERATOR)["iteratorId"]
+        count = self.client.ask(wire.GET_COUNT_APPLICATIONS, iteratorId=iterator)["count"]
+        requests = [(wire.GET_APPLICATION_INFO, dict(iteratorId=iterator, index=i % count)) for i in range(1000)]
+        began = time.monotonic()
+        rows = self.client.ask_all(*requests)
+        print(f"1,000 pipelined rows in {1000 * (time.monotonic() - began):.0f} ms", file=sys.stderr)
+        self.assertEqual([row["id"] for row in rows], [row["id"] for row in rows[:count]] * (1000 // count)
+                         + [row["id"] for row in rows[: 1000 % count]])
+
+    def test_what_does_not_exist_has_an_empty_answer(self):
+        ask, far = self.client.ask, {"toTime": datetime.datetime(2037, 1, 1), "socketProtocol": wire.ALL}
+        for unknown in (-1, 0x7FFFFFFF, -0x80000000):
+            self.assertIsNone(ask(wire.APPLICATION_INFO_FROM_ID, applicationId=unknown))
+            self.assertIsNone(ask(wire.GET_APPLICATION_INFO, iteratorId=unknown, index=0))
+            self.assertIsNone(ask(wire.GET_CONNECTION_INFO, iteratorId=unknown, index=0))
+            self.assertEqual(ask(wire.GET_COUNT_APPLICATIONS, iteratorId=unknown), {"count": 0})
+            self.assertEqual(ask(wire.GET_COUNT_CONNECTIONS, iteratorId=unknown), {"count": 0})
+            self.assertEqual(ask(wire.APPLICATION_RECEIVED_BYTES, applicationId=unknown, **far), {"bytes": 0})
+            self.assertEqual(ask(wire.APPLICATION_SENT_BYTES, applicationId=unknown, **far), {"bytes": 0})
+            parameters = dict(iteratorId=unknown, sortDirection=unknown, sortField=unknown)
+            self.client.send((wire.SET_APPLICATIONS_PARAMETERS, parameters))
+            self.client.send((wire.DELETE_APPLICATIONS_ITERATOR, dict(iteratorId=unknown)))
+            self.client.send((wire.DELETE_CONNECTIONS_ITERATOR, dict(iteratorId=unknown)))
+        iterator = ask(wire.CREATE_APPLICATION_ITERATOR)["iteratorId"]
+        count = ask(wire.GET_COUNT_APPLICATIONS, iteratorId=iterator)["count"]
+        for index in (-1, count, 0x7FFFFFFF):
+            self.assertIsNone(ask(wire.GET_APPLICATION_INFO, iteratorId=iterator, index=index))
+        self.client.send((wire.DELETE_APPLICATIONS_ITERATOR, dict(iteratorId=iterator)))
+        self.assertIsNone(ask(wire.GET_APPLICATION_INFO, iteratorId=iterator, index=0))
+
+    def test_a_cursor_belongs_to_the_client_that_made_it(self):
+        iterator = self.client.ask(wire.CREATE_APPLICATION_ITERATOR)["iteratorId"]
+        with self.daemon.connect() as other:
+            self.assertEqual(other.ask(wire.GET_COUNT_APPLICATIONS, iteratorId=iterator), {"count": 0})
+            other.ask_all((wire.DELETE_APPLICATIONS_ITERATOR, dict(iteratorId=iterator)), (wire.IS_CLEANING, {}))
+        self.assertGreater(self.client.ask(wire.GET_COUNT_APPLICATIONS, iteratorId=iterator)["count"], 0)
+
+
+def by_id(rows):
+    return sorted(rows, key=lambda row: row["id"])
+
+
+class DaemonSurvives(DaemonTest):
+    """Clients that break off, break the rules or do not read."""
+
+    def random_requests(self, chance):
+        """Bytes of a plausible visit: cursors made, set, counted, read, some deleted."""
+        far = datetime.datetime(2037, 1, 1)
+        values = dict(startTime=datetime.datetime(2000, 1, 1), endTime=far, toTime=far, applicationId=-1)
+        frames = []
+        for message_id in range(chance.randrange(1, 60)):
+            request = chance.choice(list(wire.REQUESTS.values()))
+            values |= {name: chance.randrange(-1, 8) for name in ("iteratorId", "sortField", "sortDirection")}
+            values |= dict(index=chance.randrange(40), socketProtocol=chance.choice((wire.TCP, wire.ALL)))
+            frames.append(request.frame(message_id, **{name: values[name] for name in request.body}).to_bytes())
+        return b"".join(frames)
+
+    def test_two_hundred_dropped_connections_leave_nothing_behind(self):
+        chance = random.Random(200)
+        for _ in range(200):
+            data = self.random_requests(chance)
+            link = socket.create_connection(self.daemon.address, 10)
+            if chance.random() < 0.5:  # reset instead of an orderly end
+                link.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+            link.sendall(data[: chance.randrange(len(data))])
+            if chance.random() < 0.3:
+                link.settimeout(0.005)
+                try:
+                    link.recv(100)
+                except TimeoutError:
+                    pass
+            link.close()
+        self.check_others_are_served()
+        deadline = time.monotonic() + 20
+        allowed = self.daemon.descriptors + 1  # this test's own client
+        while self.daemon.count_descriptors() > allowed and time.monotonic() < deadline:
+            time.sleep(0.05)
+        self.assertLessEqual(self.daemon.count_descriptors(), allowed)
+
+    def send_frame(self, message_type, body, message_id=7):
+        frame = wire.Frame(0, message_id, wire.NOT_A_REPLY, message_type, body)
+        self.client.socket.sendall(frame.to_bytes())
+
+    def receive_body(self, message_id=7):
+        """Of the next frame that is no event."""
+        data = b""
+        while True:
+            frames, _ = wire.split_frames(data)
+            replies = [frame for frame in frames if frame.type != wire.EVENT]
+            if replies:
+                self.assertEqual(replies[0].reply_to, message_id)
+                return replies[0].body
+            data += self.client.socket.recv(4096) or self.fail("the daemon closed the link")
+
+    def test_an_unknown_type_is_answered_with_nothing(self):
+        for message_type in (0, 1, 2, 4, 28, 9999, -2, 0x7FFFFFFF):
+            for body in (b"", b"1234", bytes(wire.MAX_REQUEST_BODY)):
+                self.send_frame(message_type, body)
+                self.assertEqual(self.receive_body(), b"")
+
+    def test_a_short_body_is_answered_with_nothing(self):
+        for request in wire.REQUESTS.values():
+            values = dict(toTime=None, startTime=None, endTime=None)
+            whole = wire.pack(request.body, {name: values.get(name, 1) for name in request.body})
+            for size in {len(whole) - 1, len(whole) // 2, 0} if whole else ():
+                self.send_frame(request.type, whole[:size])
+                if request.reply is not None:
+                    self.assertEqual(self.receive_body(), b"")
+        self.assertIsNotNone(self.client.ask(wire.TOTAL_STATISTIC_INFO))
+
+    def test_bytes_after_the_body_are_ignored(self):
+        self.send_frame(wire.APPLICATION_INFO_FROM_ID.type, struct.pack(">i", 1) + b"more than was asked for")
+        self.assertEqual(wire.unpack(wire.APPLICATION, self.receive_body())["id"], 1)
+
+    def test_events_that_mean_nothing_are_ignored(self):
+        for body in (b"", bytes(7), struct.pack(">2i", 77, 1), struct.pack(">2i", wire.CLEANING_ENDED, 0)):
+            self.send_frame(wire.EVENT, body)
+        self.client.send_event(wire.CONFIGURATION_CHANGED)
+        self.assertIsNotNone(self.client.ask(wire.TOTAL_STATISTIC_INFO))
+
+    def test_times_and_codes_out_of_range_do_no_harm(self):
+        extreme = (0x7FFFFFFF, -0x80000000, -1, 0, 13, 86400)
+        chance = random.Random(24)
+        iterator = self.client.ask(wire.CREATE_CONNECTIONS_ITERATOR)["iteratorId"]
+        for _ in range(200):
+            twelve = [chance.choice(extreme) for _ in range(12)]
+            codes = [chance.choice((-1, 1)), *(chance.choice(extreme) for _ in range(3))]
+            body = struct.pack(">i12i4i", iterator, *twelve, *codes)
+            self.send_frame(wire.SET_CONNECTIONS_PARAMETERS.type, body)
+            self.send_frame(wire.TOTAL_SENT_BYTES.type, struct.pack(">6ii", *twelve[:6], codes[1]))
+            self.assertEqual(len(self.receive_body()), 8)
+        count = self.client.ask(wire.GET_COUNT_CONNECTIONS, iteratorId=iterator)["count"]
+        self.assertGreaterEqual(count, 0)
+
+    def test_a_frame_of_impossible_size_ends_the_link(self):
+        for size in (-1, -0x80000000, wire.MAX_REQUEST_BODY + 1, 0x7FFFFFFF):
+            with self.daemon.connect() as liar, self.assertRaises((EOFError, ConnectionResetError), msg=str(size)):
+                liar.socket.sendall(struct.pack(">5i", 0, 0, -1, wire.IS_CLEANING.type, size))
+                while True:
+                    liar.receive()
+            self.check_others_are_served()
+
+    def test_half_a_frame_and_then_silence_disturbs_nobody(self):
+        frame = wire.GET_COUNT_APPLICATIONS.frame(0, iteratorId=1).to_bytes()
+        for size in (1, 19, 20, 23):
+            link = self.daemon.connect()
+            self.addCleanup(link.socket.close)
+            link.socket.sendall(frame[:size])
+        self.check_others_are_served()
+
+    def test_a_client_that_never_reads_is_dropped(self):
+        request = wire.TOTAL_STATISTIC_INFO.frame(0).to_bytes() * 1000
+        deaf = socket.create_connection(self.daemon.address, 10)
+        self.addCleanup(deaf.close)
+        deaf.setblocking(False)
+        deadline, peak = time.monotonic() + 60, 0
+        while time.monotonic() < deadline:
+            try:
+                while True:
+                    deaf.send(request)
+            except BlockingIOError:
+                self.check_others_are_served()
+                peak = max(peak, self.daemon.resident_memory())
+                time.sleep(0.2)
+            except (BrokenPipeError, ConnectionResetError):
+                self.assertLess(peak - self.daemon.memory, memory_growth)
+                return
+        self.fail("the daemon keeps a client that reads nothing for a minute")
+
+
+class DaemonCleans(DaemonTest):
+    """One story: the history is wiped while clients ask, goes on from nothing, and the daemon is told to stop."""
+
+    def test_cleaning_is_announced_and_starts_everything_again(self):
+        before = self.client.ask(wire.TOTAL_STATISTIC_INFO)
+        highest = max(row["id"] for row in self.applications())
+        with self.daemon.connect() as other:
+            self.client.send_event(wire.START_CLEANING)
+            self.check_truth_while_cleaning(self.client)
+            other.wait_for_event(wire.CLEANING_ENDED)
+            cleaning = [event for event, _ in other.events if event in (2, 3)]
+            self.assertEqual(cleaning, [wire.CLEANING_STARTED, wire.CLEANING_ENDED])
+        after = self.client.ask(wire.TOTAL_STATISTIC_INFO)
+        self.assertLess(after["totalReceivedBytes"], before["totalReceivedBytes"] / 100)
+        self.assertGreater(after["startTime"], before["startTime"])
+        self.check_newcomers(highest)
+
+    def check_truth_while_cleaning(self, client):
+        """`isClean` is 1 exactly in the replies that come after event 2 and before event 3."""
+        deadline = time.monotonic() + 30
+        while not client.count_event(wire.CLEANING_ENDED):
+            self.assertLess(time.monotonic(), deadline)
+            for message_id in client.send(*[(wire.IS_CLEANING, {})] * 20):
+                values, events = client.collect(message_id)
+                codes = [event for event, _ in client.events[:events]]
+                cleaning = wire.CLEANING_STARTED in codes and wire.CLEANING_ENDED not in codes
+                self.assertEqual(values["isClean"], int(cleaning), f"after events {codes}")
+
+    def check_newcomers(self, highest):
+        """Applications seen after the cleaning are new ones, and each is announced."""
+        self.client.wait_for_event(wire.NEW_APPLICATION)
+        rows = self.applications()
+        announced = {param for event, param in self.client.events if event == wire.NEW_APPLICATION}
+        self.assertLessEqual({row["id"] for row in rows}, announced)
+        self.assertGreater(min(announced), highest)
+        for row in rows:
+            self.assertEqual(self.client.ask(wire.APPLICATION_INFO_FROM_ID, applicationId=row["id"])["name"], row["name"])
+
+
+class DaemonEnds(unittest.TestCase):
+    def test_told_to_stop_it_answers_what_it_was_asked(self):
+        daemon = Daemon()
+        self.addCleanup(daemon.folder.cleanup)
+        with daemon.connect() as client:
+            ids = client.send(*[(wire.TOTAL_STATISTIC_INFO, {})] * 500)
+            client.collect(ids[0])  # so that the rest has reached the daemon too
+            self.assertEqual(daemon.stop(), 0, daemon.tail_of_log())
+            for message_id in ids[1:]:
+                self.assertIsNotNone(client.collect(message_id)[0])
+            with self.assertRaises((EOFError, ConnectionResetError)):
+                client.receive()
+
+
+def main():
+    global program, memory_growth
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--memory-growth", type=float, default=memory_growth, metavar="MIB")
+    parser.add_argument("program")
+    parser.add_argument("tests", nargs="*")
+    arguments = parser.parse_args()
+    program, memory_growth = arguments.program, arguments.memory_growth
+    unittest.main(argv=[sys.argv[0], *arguments.tests], verbosity=2)
+
+
+if __name__ == "__main__":
+    main()

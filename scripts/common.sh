@@ -1,0 +1,49 @@
+# shellcheck shell=bash disable=SC2034  # the lists are for whoever sources this
+# SPDX-License-Identifier: GPL-3.0-or-later
+# What `run` and `check` share: the Debian packages that the project needs, and how a preset is built.
+
+build_packages=(g++ cmake ninja-build qt6-base-dev libsqlite3-dev libicu-dev)
+run_packages=(libqt6svg6 qt6-wayland fonts-inter breeze-icon-theme)
+# For a window on a machine without a display.
+picture_packages=(xvfb openbox dbus-daemon at-spi2-core python3-pyatspi xdotool imagemagick)
+test_packages=(libgtest-dev python3 iproute2)
+
+say() { printf '==> %s\n' "$*"; }
+
+fail() {
+    printf '%s\n' "$*" >&2
+    exit 1
+}
+
+# missing_packages PACKAGE...: those that are not installed, one a line.
+missing_packages() {
+    local installed package
+    # shellcheck disable=SC2016  # dpkg-query expands it
+    installed=$(dpkg-query -W -f '${Package} ${db:Status-Status}\n' "$@" 2>/dev/null || true)
+    for package in "$@"; do
+        grep -qx "$package installed" <<<"$installed" || printf '%s\n' "$package"
+    done
+}
+
+# install_missing PACKAGE...: through apt, as root or with sudo; does nothing when all are there.
+install_missing() {
+    local missing apt=(apt-get)
+    command -v apt-get >/dev/null ||
+        fail "This is no Debian. Install what these Debian packages hold, then build with CMake: $*"
+    mapfile -t missing < <(missing_packages "$@")
+    [ ${#missing[@]} -gt 0 ] || return 0
+    say "Installing ${missing[*]}"
+    if [ "$(id -u)" != 0 ]; then
+        command -v sudo >/dev/null || fail "There is no sudo here. As root: apt-get install ${missing[*]}"
+        apt=(sudo apt-get)
+    fi
+    export DEBIAN_FRONTEND=noninteractive
+    "${apt[@]}" update -qq
+    "${apt[@]}" install -y -qq --no-install-recommends "${missing[@]}"
+}
+
+# build_preset NAME: configures when nobody has yet; ninja knows what is out of date.
+build_preset() {
+    [ -f "build/$1/build.ninja" ] || cmake --preset "$1"
+    cmake --build --preset "$1"
+}

@@ -27,7 +27,7 @@ missing_packages() {
 
 # install_missing PACKAGE...: through apt, as root or with sudo; does nothing when all are there.
 install_missing() {
-    local missing apt=(apt-get)
+    local missing apt=(env DEBIAN_FRONTEND=noninteractive apt-get)
     command -v apt-get >/dev/null ||
         fail "This is no Debian. Install what these Debian packages hold, then build with CMake: $*"
     mapfile -t missing < <(missing_packages "$@")
@@ -35,11 +35,10 @@ install_missing() {
     say "Installing ${missing[*]}"
     if [ "$(id -u)" != 0 ]; then
         command -v sudo >/dev/null || fail "There is no sudo here. As root: apt-get install ${missing[*]}"
-        apt=(sudo apt-get)
+        apt=(sudo "${apt[@]}")
     fi
-    export DEBIAN_FRONTEND=noninteractive
     "${apt[@]}" update -qq
-    "${apt[@]}" install -y -qq --no-install-recommends "${missing[@]}"
+    "${apt[@]}" install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
 # build_preset NAME: configures when nobody has yet; ninja knows what is out of date.

@@ -208,9 +208,9 @@ class StrictDaemon:
 
     @staticmethod
     def _sorted(rows, parameters, keys):
-        if parameters is None or parameters["sortDirection"] == wire.UNSORTED:
+        key = keys[parameters["sortField"]] if parameters else "id"
+        if key == "id" or parameters["sortDirection"] == wire.UNSORTED:
             return list(rows)
-        key = keys[parameters["sortField"]]
         fold = str.casefold if key in ("name", "fullPath") else lambda value: value
         descending = parameters["sortDirection"] == wire.DESCENDING
         return sorted(rows, key=lambda row: fold(row[key]), reverse=descending)

@@ -56,6 +56,10 @@ class Address(NamedTuple):
     port: int
     bytes: bytes  # 4 or 16
 
+    def number(self):
+        """What addresses sort by: IPv4 before IPv6, then their value."""
+        return self.family, self.bytes
+
 
 # Each kind of value: a function to bytes, and one from bytes that answers the value and how many bytes it took.
 

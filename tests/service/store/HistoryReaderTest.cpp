@@ -4,6 +4,7 @@
 #include <time.h>
 
 #include <algorithm>
+#include <functional>
 #include <random>
 #include <tuple>
 
@@ -12,36 +13,7 @@
 
 namespace service {
 
-using HistoryReaderTest = StoreFixture;
-
 namespace {
-
-ConnectionRecord connectionWith(ConnectionId id, int start, int end) {
-    ConnectionRecord connection;
-    connection.id = id;
-    connection.applicationId = 1 + id % 2;
-    connection.start = at(start);
-    connection.end = at(end);
-    connection.socketProtocol = id % 3 == 0 ? 17 : 6;
-    return connection;
-}
-
-ConnectionQuery between(int from, int to) {
-    return {.from = at(from), .to = at(to), .application = {}, .socketProtocol = {}};
-}
-
-/** The machine's zone for as long as the object lives. */
-class LocalZone {
-  public:
-    explicit LocalZone(const char* name) {
-        ::setenv("TZ", name, 1);
-        ::tzset();
-    }
-    ~LocalZone() {
-        ::unsetenv("TZ");
-        ::tzset();
-    }
-};
 
 IpAddress addressOf(const std::string& text, int family, int port) {
     IpAddress address = stringToIp(text, family);
@@ -49,99 +21,147 @@ IpAddress addressOf(const std::string& text, int family, int port) {
     return address;
 }
 
+/** Has connections whose values are drawn so that many are equal and the lives are of every length. */
+class HistoryReaderTest : public StoreFixture {
+  protected:
+    std::vector<ConnectionRecord> appendConnections(ConnectionId count) {
+        std::vector<ConnectionRecord> connections;
+        for (ConnectionId id = 1; id <= count; ++id) {
+            ConnectionRecord connection;
+            connection.id = id;
+            connection.applicationId = below(3);
+            connection.start = at(below(1000) * 10'000);
+            connection.end = connection.start + std::chrono::seconds(length());
+            connection.direction = static_cast<Direction>(below(3));
+            connection.socketProtocol = std::array{6, 17, 1}[random() % 3];
+            connection.bytes = {.received = below(20), .sent = std::int64_t{below(9)} << 40};
+            connection.local = address();
+            connection.remote = address();
+            connections.push_back(connection);
+        }
+        append(connections);
+        return connections;
+    }
+
+    int below(int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); }
+    int length() { return below(1 << below(24)); }
+
+    IpAddress address() {
+        const std::string last = std::array{"1", "9", "10", "200"}[random() % 4];
+        const int port = std::array{9, 80, 443, 65535}[random() % 4];
+        return below(2) == 0 ? addressOf("10.0.0." + last, IpAddress::IPv4, port)
+                             : addressOf("0.0.0.0.0.0.0.0.0.0.0.0.0.0.0." + last, IpAddress::IPv6, port);
+    }
+
+    std::mt19937 random{5};
+};
+
+std::vector<ConnectionId> idsOf(const std::vector<ConnectionRecord>& connections) {
+    std::vector<ConnectionId> ids;
+    std::ranges::transform(connections, std::back_inserter(ids), &ConnectionRecord::id);
+    return ids;
+}
+
 }  // namespace
 
-TEST_F(HistoryReaderTest, FindsConnectionsWhoseLifeTouchesTheRange) {
-    append({connectionWith(1, 10, 20), connectionWith(2, 20, 30), connectionWith(3, 0, 99),
-            connectionWith(4, 15, 15), connectionWith(5, 31, 40)});
+TEST_F(HistoryReaderTest, FindsEveryLifeThatTouchesTheRange) {
+    const std::vector<ConnectionRecord> connections = appendConnections(2000);
     const auto history = reader();
-    using Ids = std::vector<ConnectionId>;
-    EXPECT_EQ(history->connections(between(20, 20)), (Ids{1, 2, 3}));
-    EXPECT_EQ(history->connections(between(14, 16)), (Ids{1, 3, 4}));
-    EXPECT_EQ(history->connections(between(21, 30)), (Ids{2, 3}));
-    EXPECT_EQ(history->connections(between(0, 99)), (Ids{1, 2, 3, 4, 5}));
-    EXPECT_EQ(history->connections(between(100, 200)), Ids{});
-    ConnectionQuery query = between(0, 99);
-    query.application = 2;
-    EXPECT_EQ(history->connections(query), (Ids{1, 3, 5}));
-    query.socketProtocol = 17;
-    EXPECT_EQ(history->connections(query), Ids{3});
-    query.application.reset();
-    query.socketProtocol = 1;
-    EXPECT_EQ(history->connections(query), Ids{});
-}
-
-TEST_F(HistoryReaderTest, FindsLivesOfEveryLengthInRangesOfEveryLength) {
-    std::mt19937 random(5);
-    const auto drawLength = [&] { return static_cast<int>(random() % (1u << random() % 24)); };
-    std::vector<ConnectionRecord> connections;
-    for (ConnectionId id = 1; id <= 2000; ++id) {
-        const int start = static_cast<int>(random() % 10'000'000);
-        connections.push_back(connectionWith(id, start, start + drawLength()));
-    }
-    append(connections);
-    const auto history = reader();
-    for (int round = 0; round < 100; ++round) {
-        const int from = static_cast<int>(random() % 15'000'000);
-        const ConnectionQuery query = between(from, from + drawLength());
-        std::vector<ConnectionId> expected;
-        for (const ConnectionRecord& connection : connections) {
-            if (connection.start <= query.to && connection.end >= query.from) {
-                expected.push_back(connection.id);
-            }
+    for (int round = 0; round < 200; ++round) {
+        ConnectionQuery query;
+        query.from = round % 2 == 0 ? connections[random() % 2000].end : at(below(15'000'000));
+        query.to = query.from + std::chrono::seconds(round % 3 == 0 ? 0 : length());
+        if (below(2) == 0) {
+            query.application = below(4);
         }
-        ASSERT_EQ(history->connections(query), expected) << "in round " << round;
+        if (below(2) == 0) {
+            query.socketProtocol = 17;
+        }
+        std::vector<ConnectionRecord> expected;
+        std::ranges::copy_if(connections, std::back_inserter(expected), [&](const ConnectionRecord& row) {
+            return row.start <= query.to && row.end >= query.from &&
+                   row.applicationId == query.application.value_or(row.applicationId) &&
+                   row.socketProtocol == query.socketProtocol.value_or(row.socketProtocol);
+        });
+        ASSERT_EQ(history->connections(query), idsOf(expected)) << "in round " << round;
     }
 }
 
-TEST_F(HistoryReaderTest, ARowComesWithLocalTimesAndItsAddresses) {
-    const LocalZone zone("Europe/Berlin");
-    ConnectionRecord connection;
-    connection.id = 77;
+TEST_F(HistoryReaderTest, SortsByTheFieldAndThenById) {
+    using Less = std::function<bool(const ConnectionRecord&, const ConnectionRecord&)>;
+    const auto by = [](auto key) -> Less {
+        return [key](const ConnectionRecord& a, const ConnectionRecord& b) { return key(a) < key(b); };
+    };
+    const auto addressKey = [](const IpAddress& address) {
+        return std::tuple(address.family, address.address, address.port);
+    };
+    const std::vector<std::pair<ConnectionSortField, Less>> fields = {
+        {ConnectionSortField::StartTime, by([](const auto& row) { return row.start; })},
+        {ConnectionSortField::EndTime, by([](const auto& row) { return row.end; })},
+        {ConnectionSortField::Direction, by([](const auto& row) {
+             return std::array{"Input", "Output", "Undefined"}[static_cast<std::size_t>(row.direction)][0];
+         })},
+        {ConnectionSortField::ReceivedBytes, by([](const auto& row) { return row.bytes.received; })},
+        {ConnectionSortField::SentBytes, by([](const auto& row) { return row.bytes.sent; })},
+        {ConnectionSortField::LocalAddress, by([&](const auto& row) { return addressKey(row.local); })},
+        {ConnectionSortField::RemoteAddress, by([&](const auto& row) { return addressKey(row.remote); })},
+        {ConnectionSortField::None, by([](const auto&) { return 0; })},
+    };
+    const std::vector<ConnectionRecord> connections = appendConnections(300);
+    const auto history = reader();
+    for (const auto& [field, less] : fields) {
+        ConnectionQuery query{.from = at(0), .to = Moment::max(), .application = {}, .socketProtocol = {}};
+        query.sortField = field;
+        EXPECT_EQ(history->connections(query), idsOf(connections)) << "unsorted";
+        std::vector<ConnectionRecord> sorted = connections;
+        std::ranges::stable_sort(sorted, less);
+        query.sortDirection = SortDirection::Ascending;
+        EXPECT_EQ(history->connections(query), idsOf(sorted)) << static_cast<int>(field);
+        sorted = connections;
+        std::ranges::stable_sort(sorted, [&](const auto& a, const auto& b) { return less(b, a); });
+        query.sortDirection = SortDirection::Descending;
+        EXPECT_EQ(history->connections(query), idsOf(sorted)) << static_cast<int>(field);
+    }
+}
+
+TEST_F(HistoryReaderTest, ARowComesWithLocalTimesAsItStandsNow) {
+    ::setenv("TZ", "Europe/Berlin", 1);
+    ::tzset();
+    ConnectionRecord connection = appendConnections(1)[0];
+    const auto history = reader();
+    DaemonConnectionInfo info;
+    ASSERT_TRUE(history->connection(1, info));
     connection.applicationId = 5;
-    connection.start = Moment(std::chrono::seconds(1'720'000'000));  // 2024-07-03 09:46:40 UTC
-    connection.end = Moment(std::chrono::seconds(1'733'000'000));    // 2024-11-30 20:53:20 UTC
+    connection.end = Moment(std::chrono::seconds(1'720'000'000));  // 2024-07-03 09:46:40 UTC
+    connection.bytes = {.received = 5'000'000'000, .sent = 3};
+    append({connection});
+    ASSERT_TRUE(history->connection(1, info));
+    EXPECT_EQ(info.applicationId, 5);
+    EXPECT_EQ(Time::toString(info.endTime), "2024-07-03 11:46:40");
+    EXPECT_EQ(info.receivedBytes, 5'000'000'000);
+    EXPECT_EQ(info.sendedBytes, 3);
+    const ConnectionQuery atTheEnd{
+        .from = connection.end, .to = connection.end, .application = {}, .socketProtocol = {}};
+    EXPECT_EQ(history->connections(atTheEnd), std::vector<ConnectionId>{1});
+
+    connection.id = 2;
+    connection.start = Moment(std::chrono::seconds(1'733'000'000));  // 2024-11-30 20:53:20 UTC
     connection.direction = Direction::Output;
     connection.socketDomain = 10;
     connection.socketType = 1;
     connection.socketProtocol = 6;
-    connection.bytes = {.received = 5'000'000'000, .sent = 3};
     connection.remote = addressOf("32.1.13.184.0.0.0.0.0.0.0.0.0.0.0.255", IpAddress::IPv6, 65535);
     connection.local = addressOf("192.168.0.1", IpAddress::IPv4, 443);
     append({connection});
-
-    DaemonConnectionInfo info;
-    ASSERT_TRUE(reader()->connection(77, info));
-    EXPECT_EQ(info.id, 77);
-    EXPECT_EQ(info.applicationId, 5);
-    EXPECT_EQ(Time::toString(info.startTime), "2024-07-03 11:46:40");
-    EXPECT_EQ(Time::toString(info.endTime), "2024-11-30 21:53:20");
-    EXPECT_EQ(info.direction, 1);
-    EXPECT_EQ(info.socketDomain, 10);
-    EXPECT_EQ(info.socketType, 1);
-    EXPECT_EQ(info.socketProtocol, 6);
-    EXPECT_EQ(info.receivedBytes, 5'000'000'000);
-    EXPECT_EQ(info.sendedBytes, 3);
+    ASSERT_TRUE(history->connection(2, info));
+    EXPECT_EQ(Time::toString(info.startTime), "2024-11-30 21:53:20");
+    EXPECT_EQ(std::tuple(info.id, info.direction, info.socketDomain, info.socketType, info.socketProtocol),
+              std::tuple(2, 1, 10, 1, 6));
     EXPECT_TRUE(info.remoteAddress == connection.remote);
     EXPECT_TRUE(info.localAddress == connection.local);
-    EXPECT_FALSE(reader()->connection(78, info));
-}
-
-TEST_F(HistoryReaderTest, ARowIsReadAsItStandsNow) {
-    ConnectionRecord connection = connectionWith(1, 0, 1);
-    append({connection});
-    const auto history = reader();
-    DaemonConnectionInfo info;
-    ASSERT_TRUE(history->connection(1, info));
-    connection.applicationId = 9;
-    connection.bytes = {.received = 44, .sent = 55};
-    connection.end = at(5000);
-    append({connection});
-    EXPECT_EQ(history->connections(between(4000, 4000)), std::vector<ConnectionId>{1});
-    ASSERT_TRUE(history->connection(1, info));
-    EXPECT_EQ(info.applicationId, 9);
-    EXPECT_EQ(info.receivedBytes, 44);
-    EXPECT_EQ(info.sendedBytes, 55);
+    EXPECT_FALSE(history->connection(3, info));
+    ::unsetenv("TZ");
+    ::tzset();
 }
 
 TEST_F(HistoryReaderTest, IsNotOpenedOnSomethingElse) {
@@ -153,95 +173,5 @@ TEST_F(HistoryReaderTest, IsNotOpenedOnSomethingElse) {
     EXPECT_FALSE(HistoryReader::open(folder / "other.db", error));
     EXPECT_NE(error.find("no such table"), std::string::npos) << error;
 }
-
-/** Sorting is compared with one done here, on values drawn so that many are equal. */
-class ConnectionOrderTest : public StoreFixture, public testing::WithParamInterface<ConnectionSortField> {
-  protected:
-    ConnectionOrderTest() {
-        std::mt19937 random(4);
-        for (ConnectionId id = 1; id <= 300; ++id) {
-            ConnectionRecord connection = connectionWith(id, static_cast<int>(random() % 10), 20);
-            connection.end += std::chrono::seconds(random() % 10);
-            connection.direction = static_cast<Direction>(random() % 3);
-            connection.bytes = {.received = drawBytes(random), .sent = drawBytes(random)};
-            connection.local = drawAddress(random);
-            connection.remote = drawAddress(random);
-            connections.push_back(connection);
-        }
-        append(connections);
-    }
-
-    static std::int64_t drawBytes(std::mt19937& random) {
-        return std::array<std::int64_t, 4>{0, 9, 10, 1LL << 40}[random() % 4];
-    }
-
-    static IpAddress drawAddress(std::mt19937& random) {
-        const std::string last = std::array{"1", "9", "10", "200"}[random() % 4];
-        const int port = std::array{9, 80, 443, 65535}[random() % 4];
-        return random() % 2 == 0 ? addressOf("10.0.0." + last, IpAddress::IPv4, port)
-                                 : addressOf("0.0.0.0.0.0.0.0.0.0.0.0.0.0.0." + last, IpAddress::IPv6, port);
-    }
-
-    /** Less, equal or more by the field alone. */
-    static std::strong_ordering compare(const ConnectionRecord& a, const ConnectionRecord& b) {
-        const auto byAddress = [](const IpAddress& left, const IpAddress& right) {
-            return std::tie(left.family, left.address, left.port) <=>
-                   std::tie(right.family, right.address, right.port);
-        };
-        const auto name = [](Direction direction) {
-            return std::array<std::string, 3>{"Input", "Output",
-                                              "Undefined"}[static_cast<std::size_t>(direction)];
-        };
-        switch (GetParam()) {
-            case ConnectionSortField::StartTime:
-                return a.start <=> b.start;
-            case ConnectionSortField::EndTime:
-                return a.end <=> b.end;
-            case ConnectionSortField::Direction:
-                return name(a.direction) <=> name(b.direction);
-            case ConnectionSortField::ReceivedBytes:
-                return a.bytes.received <=> b.bytes.received;
-            case ConnectionSortField::SentBytes:
-                return a.bytes.sent <=> b.bytes.sent;
-            case ConnectionSortField::LocalAddress:
-                return byAddress(a.local, b.local);
-            case ConnectionSortField::RemoteAddress:
-                return byAddress(a.remote, b.remote);
-            case ConnectionSortField::None:
-                break;
-        }
-        return std::strong_ordering::equal;
-    }
-
-    std::vector<ConnectionId> sorted(SortDirection direction) {
-        std::vector<ConnectionRecord> rows = connections;
-        std::ranges::stable_sort(rows, [&](const ConnectionRecord& a, const ConnectionRecord& b) {
-            return direction == SortDirection::Ascending    ? compare(a, b) < 0
-                   : direction == SortDirection::Descending ? compare(a, b) > 0
-                                                            : false;
-        });
-        std::vector<ConnectionId> ids;
-        std::ranges::transform(rows, std::back_inserter(ids), &ConnectionRecord::id);
-        return ids;
-    }
-
-    std::vector<ConnectionRecord> connections;
-};
-
-TEST_P(ConnectionOrderTest, IsByTheFieldAndThenById) {
-    const auto history = reader();
-    ConnectionQuery query = between(0, 99);
-    query.sortField = GetParam();
-    for (const auto direction : {SortDirection::Ascending, SortDirection::Descending, SortDirection::None}) {
-        query.sortDirection = direction;
-        EXPECT_EQ(history->connections(query), sorted(direction)) << static_cast<int>(direction);
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(EveryField, ConnectionOrderTest,
-                         testing::Values(ConnectionSortField::StartTime, ConnectionSortField::EndTime,
-                                         ConnectionSortField::Direction, ConnectionSortField::ReceivedBytes,
-                                         ConnectionSortField::SentBytes, ConnectionSortField::LocalAddress,
-                                         ConnectionSortField::RemoteAddress, ConnectionSortField::None));
 
 }  // namespace service

@@ -10,22 +10,9 @@
 
 #include "service/store/HistoryReader.h"
 #include "service/store/Store.h"
+#include "tests/service/ledger/Samples.h"
 
 namespace service {
-
-constexpr Moment at(int seconds) {
-    return Moment(std::chrono::seconds(1'700'000'000 + seconds));
-}
-
-inline TrafficSample sampleOf(std::uint64_t key, const std::string& path, ByteCount moved) {
-    TrafficSample sample;
-    sample.connectionKey = key;
-    sample.application = std::make_shared<ApplicationIdentity>(ApplicationIdentity{path, "name of " + path});
-    sample.socketProtocol = 6;
-    sample.opened = at(0);
-    sample.moved = moved;
-    return sample;
-}
 
 /** A store in a folder of its own, which goes with the test. */
 class StoreFixture : public testing::Test {

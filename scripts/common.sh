@@ -3,7 +3,8 @@
 # What `run` and `check` share: the Debian packages that the project needs, and how a preset is built.
 
 build_packages=(g++ cmake ninja-build qt6-base-dev libsqlite3-dev libicu-dev)
-run_packages=(libqt6svg6 qt6-wayland fonts-inter breeze-icon-theme)
+run_packages=(libqt6svg6 fonts-inter breeze-icon-theme)
+wayland_packages=(qt6-wayland) # large, and of use only where there is no X server beside Wayland
 # For a window on a machine without a display.
 picture_packages=(xvfb openbox dbus-daemon at-spi2-core python3-pyatspi xdotool imagemagick)
 test_packages=(libgtest-dev python3 iproute2)

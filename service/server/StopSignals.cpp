@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "service/server/StopSignals.h"
+
+#include <pthread.h>
+#include <sys/epoll.h>
+#include <sys/signalfd.h>
+
+#include <csignal>
+#include <utility>
+
+namespace service {
+
+namespace {
+
+sigset_t stopSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGINT);
+    return signals;
+}
+
+}  // namespace
+
+void StopSignals::block() {
+    const sigset_t signals = stopSignals();
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+StopSignals::StopSignals(EventLoop& loop, std::function<void()> onSignal) : m_Loop(loop) {
+    const sigset_t signals = stopSignals();
+    m_Descriptor = FileDescriptor(::signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC));
+    m_Watch = loop.watch(m_Descriptor.get(), EPOLLIN,
+                         [descriptor = m_Descriptor.get(), onSignal = std::move(onSignal)](std::uint32_t) {
+                             signalfd_siginfo info{};
+                             if (::read(descriptor, &info, sizeof info) == sizeof info) {
+                                 onSignal();
+                             }
+                         });
+}
+
+StopSignals::~StopSignals() {
+    m_Loop.unwatch(m_Watch);
+}
+
+}  // namespace service

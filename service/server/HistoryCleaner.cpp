@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "service/server/HistoryCleaner.h"
+
+#include <utility>
+
+#include "service/log/Log.h"
+
+namespace service {
+
+HistoryCleaner::HistoryCleaner(Ledger& ledger, Hooks hooks) : m_Ledger(ledger), m_Hooks(std::move(hooks)) {}
+
+void HistoryCleaner::start() {
+    if (m_Running) {
+        return;
+    }
+    m_Running = true;
+    logLine("cleaning the history");
+    m_Hooks.tellClients(DaemonEvent::CleaningStarted);
+    m_Ledger.clear(m_Hooks.now());
+    m_Hooks.wakeWriter();
+}
+
+void HistoryCleaner::finish() {
+    if (!m_Running) {
+        return;
+    }
+    m_Running = false;
+    logLine("the history is clean");
+    m_Hooks.tellClients(DaemonEvent::CleaningFinished);
+}
+
+}  // namespace service

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <functional>
+
+#include "service/ledger/Ledger.h"
+#include "service/server/Clock.h"
+#include "service/server/HistoryCleaner.h"
+#include "service/server/TextOrder.h"
+#include "service/store/HistoryReader.h"
+
+namespace service {
+
+/** What the clients' requests are answered from; all of it outlives the sessions. */
+struct SessionContext {
+    Ledger& ledger;
+    HistoryReader& history;
+    HistoryCleaner& cleaner;
+    const TextOrder& textOrder;
+    Clock now;
+    std::function<void()> configurationChanged;
+};
+
+}  // namespace service

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "service/server/Poller.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include "service/server/Clock.h"
+
+namespace service {
+
+namespace {
+
+constexpr std::chrono::seconds interval{1};
+
+}  // namespace
+
+Poller::Poller(TrafficSource& source, Ledger& ledger, std::function<void()> onPolled)
+    : m_Source(source), m_Ledger(ledger), m_OnPolled(std::move(onPolled)), m_Thread([this] { run(); }) {}
+
+Poller::~Poller() {
+    {
+        const std::lock_guard lock(m_Mutex);
+        m_StopRequested = true;
+    }
+    m_StopChanged.notify_one();
+    m_Thread.join();
+}
+
+void Poller::run() {
+    using std::chrono::steady_clock;
+    steady_clock::time_point next = steady_clock::now();
+    bool stop = false;
+    while (!stop) {
+        poll();
+        next = std::max(next + interval, steady_clock::now());  // after a slow poll no hurry to catch up
+        std::unique_lock lock(m_Mutex);
+        stop = m_StopChanged.wait_until(lock, next, [this] { return m_StopRequested; });
+    }
+    poll();
+}
+
+void Poller::poll() {
+    const Moment now = systemClock();
+    m_Ledger.apply(m_Source.poll(now), now);
+    m_OnPolled();
+}
+
+}  // namespace service

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <sys/stat.h>
+
+#include <csignal>
+#include <iostream>
+
+#include "service/Daemon.h"
+#include "service/Options.h"
+#include "service/log/Log.h"
+
+namespace {
+
+/** Runs the daemon until it is told to stop; returns the process's exit status. */
+int serve(const service::Options& options) {
+    std::signal(SIGPIPE, SIG_IGN);  // a log that nobody reads any more must not end the daemon
+    ::umask(077);                   // whom a user talks to is nobody else's business
+    service::StopSignals::block();
+    std::string error;
+    std::unique_ptr<service::Daemon> daemon = service::Daemon::start(options, error);
+    if (!daemon) {
+        service::logLine(error);
+        return 1;
+    }
+    daemon->serve();
+    daemon.reset();
+    service::logLine("stopped");
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    using Action = service::CommandLine::Action;
+    const service::CommandLine line = service::parseCommandLine({argv + 1, argv + argc});
+    switch (line.action) {
+        case Action::Serve:
+            return serve(line.options);
+        case Action::ShowHelp:
+            std::cout << service::usage();
+            return 0;
+        case Action::ShowVersion:
+            std::cout << "nevtora-daemon " NEVTORA_VERSION "\n";
+            return 0;
+        case Action::ShowError:
+            break;
+    }
+    std::cerr << "nevtora-daemon: " << line.error << "\n\n" << service::usage();
+    return 2;
+}

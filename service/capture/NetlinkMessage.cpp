@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 namespace service {
 
@@ -29,7 +30,7 @@ int netlinkErrorOf(const NetlinkMessage& message) {
     if (message.payload.size() >= sizeof negated) {
         std::memcpy(&negated, message.payload.data(), sizeof negated);
     }
-    return negated < 0 ? -negated : 0;
+    return negated < 0 && negated != std::numeric_limits<int>::min() ? -negated : 0;
 }
 
 }  // namespace service

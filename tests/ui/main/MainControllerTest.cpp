@@ -1,0 +1,193 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ui/main/MainController.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QHeaderView>
+#include <QTest>
+#include <atomic>
+
+#include "controls/TableView.h"
+#include "protocol/DaemonApplicationInfo.h"
+#include "protocol/DaemonTotalStatisticInfo.h"
+#include "tests/support/LinkPeer.h"
+#include "tests/support/PrivateNetwork.h"
+
+// The shared connection is one per process and its port is fixed: every case runs in a process and a network
+// of its own.
+
+namespace {
+
+using Model = ApplicationsTableModel;
+
+constexpr unsigned short daemonPort = 10023;
+
+// Before main: a user without privileges may enter one only while the process has a single thread.
+const bool hasPrivateNetwork = enterPrivateNetwork();
+
+std::int32_t intAt(const std::string& body, std::size_t offset) {
+    BinarySerializer data;
+    data.WriteCopy(body.data() + offset, 4);
+    int value = 0;
+    data.ReadInt(value);
+    return value;
+}
+
+/** A window on a scripted daemon that names an application by the order that it was told and by its index. */
+class MainControllerTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (!hasPrivateNetwork) {
+            GTEST_SKIP() << "this system does not allow a network namespace";
+        }
+        m_Controller = std::make_unique<MainController>();
+        m_Table = qobject_cast<TableView*>(findWidget("m_ApplicationsTable"));
+        ASSERT_NE(m_Table, nullptr);
+    }
+
+    static QWidget* findWidget(const QString& name) {
+        for (QWidget* widget : QApplication::allWidgets()) {
+            if (widget->objectName() == name) {
+                return widget;
+            }
+        }
+        return nullptr;
+    }
+
+    bool answer(const LinkPeer::Request& request, BinarySerializer& body) {
+        switch (request.header.messageType) {
+            case 11:
+                return DaemonTotalStatisticInfo().SerializeTo(body);
+            case 13:
+                body.WriteInt(7);
+                return true;
+            case 15:
+                m_Order = intAt(request.body, 8) * 10 + intAt(request.body, 4);
+                return false;
+            case 16:
+                body.WriteInt(m_Count);
+                return true;
+            case 18:
+                return describe(intAt(request.body, 4)).SerializeTo(body);
+            default:
+                return false;
+        }
+    }
+
+    DaemonApplicationInfo describe(int index) const {
+        DaemonApplicationInfo info;
+        info.id = 100 + index;
+        info.name = std::to_string(m_Order) + "/" + std::to_string(index);
+        info.fullPath = "/usr/bin/app";
+        return info;
+    }
+
+    QString text(int row, int column) const { return m_Table->model()->index(row, column).data().toString(); }
+
+    /** What the daemon was asked since the last call, by message type. */
+    std::vector<int> newRequests() {
+        QTest::qWait(20);  // a request that nobody waits for may still be under way
+        const auto all = m_Peer.waitForRequests(0);
+        std::vector<int> types;
+        for (; m_Seen < all.size(); ++m_Seen) {
+            types.push_back(all[m_Seen].header.messageType);
+        }
+        return types;
+    }
+
+    void clickHeader(int column) {
+        QHeaderView* header = m_Table->horizontalHeader();
+        const QPoint middle(header->sectionViewportPosition(column) + header->sectionSize(column) / 2,
+                            header->height() / 2);
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, middle);
+    }
+
+    std::atomic<int> m_Order{52};
+    std::atomic<int> m_Count{12};
+    std::size_t m_Seen = 0;
+    LinkPeer m_Peer{[this](const auto& request, auto& body) { return answer(request, body); }, daemonPort};
+    std::unique_ptr<MainController> m_Controller;
+    TableView* m_Table = nullptr;
+};
+
+TEST_F(MainControllerTest, FillsTheTableAtOnceWithARequestForEachRow) {
+    ASSERT_EQ(m_Table->model()->rowCount(), 13);
+    EXPECT_EQ(text(0, Model::NameColumn), "Full Traffic");
+    for (int row = 0; row < 13; ++row) {
+        EXPECT_EQ(text(row, Model::NumberColumn), QString::number(row + 1));
+    }
+    EXPECT_EQ(text(12, Model::NameColumn), "52/11");
+    m_Table->grab();
+    std::vector<int> expected{13, 11, 11, 16};  // the cursor, the totals twice, the count
+    expected.insert(expected.end(), 12, 18);
+    EXPECT_EQ(newRequests(), expected);
+}
+
+TEST_F(MainControllerTest, HeaderClicksStepThroughTheOrdersAndRefreshAtOnce) {
+    struct Click {
+        int column;
+        const char* firstRow;  // sort field, direction, index
+        int indicator;
+    };
+    const Click clicks[] = {{Model::NameColumn, "1/0", Model::NameColumn},
+                            {Model::NameColumn, "0/0", Model::NameColumn},
+                            {Model::NameColumn, "2/0", -1},
+                            {Model::NameColumn, "1/0", Model::NameColumn},
+                            {Model::SentColumn, "41/0", Model::SentColumn},
+                            {Model::SentColumn, "40/0", Model::SentColumn},
+                            {Model::ReceivedColumn, "31/0", Model::ReceivedColumn},
+                            {Model::LastActivityColumn, "21/0", Model::LastActivityColumn},
+                            {Model::PathColumn, "11/0", Model::PathColumn},
+                            {Model::IconColumn, "52/0", -1},
+                            {Model::NumberColumn, "52/0", -1}};
+    for (const auto& [column, firstRow, indicator] : clicks) {
+        clickHeader(column);
+        EXPECT_EQ(text(1, Model::NameColumn), firstRow);
+        EXPECT_EQ(m_Table->horizontalHeader()->sortIndicatorSection(), indicator);
+    }
+}
+
+TEST_F(MainControllerTest, TheSelectionStaysOnItsRowAndTheTotalsRowIsNoApplication) {
+    EXPECT_EQ(m_Controller->selectedApplication(), nullptr);
+    m_Table->selectRow(0);
+    EXPECT_EQ(m_Controller->selectedApplication(), nullptr);
+    m_Table->selectRow(3);
+    EXPECT_EQ(m_Controller->selectedApplication()->name(), "52/2");
+    clickHeader(Model::NameColumn);
+    EXPECT_EQ(m_Controller->selectedApplication()->name(), "1/2");
+    m_Count = 1;
+    m_Controller->updateAllInformation();
+    EXPECT_EQ(m_Controller->selectedApplication(), nullptr);
+}
+
+TEST_F(MainControllerTest, ScrollingFetchesTheRowsThatComeIntoSight) {
+    m_Count = 1000;
+    m_Controller->updateAllInformation();
+    newRequests();
+    m_Table->scrollTo(m_Table->model()->index(500, 0), QAbstractItemView::PositionAtTop);
+    EXPECT_EQ(text(500, Model::NameColumn), "52/499");
+    EXPECT_EQ(text(400, Model::NameColumn), "");
+    const std::size_t visible = m_Table->visibleRows().last - m_Table->visibleRows().first + 1;
+    EXPECT_EQ(newRequests(), std::vector<int>(visible, 18));
+    m_Table->grab();
+    m_Table->scrollTo(m_Table->model()->index(500, 0), QAbstractItemView::PositionAtTop);
+    EXPECT_EQ(newRequests(), std::vector<int>());
+}
+
+TEST_F(MainControllerTest, SaysWhyTheTableIsEmpty) {
+    EXPECT_EQ(m_Table->emptyText(), "");
+    m_Count = 0;
+    m_Controller->updateAllInformation();
+    EXPECT_EQ(m_Table->emptyText(), "No application has used the network yet.");
+}
+
+TEST_F(MainControllerTest, ADaemonLostLaterLeavesTheTotalsRowWithoutAWord) {
+    m_Peer.die();
+    m_Controller->updateAllInformation();
+    EXPECT_EQ(m_Table->model()->rowCount(), 1);
+    EXPECT_EQ(text(0, Model::ReceivedColumn), "0.000");
+    EXPECT_EQ(m_Table->emptyText(), "");
+}
+
+}  // namespace

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ui/main/ApplicationsTableDelegate.h"
+
+#include <QAbstractItemView>
+#include <QApplication>
+#include <QHelpEvent>
+#include <QPainter>
+#include <QToolTip>
+
+#include "ui/main/ApplicationsTableModel.h"
+
+namespace {
+
+using Model = ApplicationsTableModel;
+
+constexpr QRgb receivedColor = 0x2ea043;
+constexpr QRgb sentColor = 0xd1453b;
+constexpr int barOpacity = 52;  // of 255, on light and dark
+constexpr QMarginsF barMargins(3, 3, 3, 3);
+constexpr qreal barRadius = 2;
+
+bool isSelected(const QStyleOptionViewItem& cell) {
+    return (cell.state & QStyle::State_Selected) != 0;
+}
+
+QRect textRect(const QStyleOptionViewItem& cell) {
+    constexpr int margin = ApplicationsTableDelegate::margin;
+    return cell.rect.adjusted(margin, 0, -margin, 0);
+}
+
+/** Names and bytes come first; the rest steps back. */
+bool isSecondary(int column) {
+    return column == Model::NumberColumn || column == Model::PathColumn ||
+           column == Model::LastActivityColumn;
+}
+
+QColor textColor(const QStyleOptionViewItem& cell, int column) {
+    if (isSelected(cell)) {
+        return cell.palette.color(QPalette::HighlightedText);
+    }
+    return cell.palette.color(isSecondary(column) ? QPalette::PlaceholderText : QPalette::Text);
+}
+
+void drawShare(QPainter& painter, const QStyleOptionViewItem& cell, const QModelIndex& index) {
+    const double share = index.data(Model::ShareRole).toDouble();
+    QRectF bar = QRectF(cell.rect).marginsRemoved(barMargins);
+    bar.setWidth(bar.width() * share);
+    if (bar.width() < 1) {
+        return;  // a hair would look like a rule between the columns
+    }
+    QColor color(index.column() == Model::ReceivedColumn ? receivedColor : sentColor);
+    if (isSelected(cell)) {
+        color = cell.palette.color(QPalette::HighlightedText);
+    }
+    color.setAlpha(barOpacity);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    painter.drawRoundedRect(bar, barRadius, barRadius);
+}
+
+/** A hairline below the totals. */
+void drawRule(QPainter& painter, const QStyleOptionViewItem& cell) {
+    painter.fillRect(QRect(cell.rect.left(), cell.rect.bottom(), cell.rect.width(), 1), cell.palette.mid());
+}
+
+}  // namespace
+
+ApplicationsTableDelegate::ApplicationsTableDelegate(const QFont& font, QObject* parent)
+    : QStyledItemDelegate(parent), m_Digits(font) {}
+
+void ApplicationsTableDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                                      const QModelIndex& index) const {
+    QStyleOptionViewItem cell(option);
+    initStyleOption(&cell, index);
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing);
+    cell.widget->style()->drawPrimitive(QStyle::PE_PanelItemViewItem, &cell, painter, cell.widget);
+    drawShare(*painter, cell, index);
+    drawContent(*painter, cell, index.column());
+    if (index.row() == Model::TotalsRow) {
+        drawRule(*painter, cell);
+    }
+    painter->restore();
+}
+
+void ApplicationsTableDelegate::drawContent(QPainter& painter, const QStyleOptionViewItem& cell,
+                                            int column) const {
+    const QRect room = textRect(cell);
+    painter.setFont(cell.font);
+    painter.setPen(textColor(cell, column));
+    switch (column) {
+        case Model::IconColumn:
+            cell.icon.paint(&painter, QStyle::alignedRect(cell.direction, Qt::AlignCenter,
+                                                          cell.decorationSize, cell.rect));
+            break;
+        case Model::NumberColumn:
+        case Model::ReceivedColumn:
+        case Model::SentColumn:
+            m_Digits.draw(painter, room, cell.text);
+            break;
+        default:
+            painter.drawText(room, static_cast<int>(cell.displayAlignment),
+                             cell.fontMetrics.elidedText(cell.text, cell.textElideMode, room.width()));
+    }
+}
+
+bool ApplicationsTableDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,
+                                          const QStyleOptionViewItem& option, const QModelIndex& index) {
+    QStyleOptionViewItem cell(option);
+    initStyleOption(&cell, index);
+    const bool isComplete = index.data(Qt::ToolTipRole).toString() == cell.text &&
+                            cell.fontMetrics.horizontalAdvance(cell.text) <= textRect(cell).width();
+    if (event->type() == QEvent::ToolTip && isComplete) {
+        QToolTip::hideText();
+        return true;
+    }
+    return QStyledItemDelegate::helpEvent(event, view, option, index);
+}
+
+void ApplicationsTableDelegate::initStyleOption(QStyleOptionViewItem* option,
+                                                const QModelIndex& index) const {
+    QStyledItemDelegate::initStyleOption(option, index);
+    option->state &= ~(QStyle::State_HasFocus | QStyle::State_MouseOver);  // rows are chosen, not cells
+    option->textElideMode = index.column() == Model::PathColumn ? Qt::ElideMiddle : Qt::ElideRight;
+    if (index.row() == Model::TotalsRow && !isSecondary(index.column())) {
+        option->font.setWeight(QFont::DemiBold);
+        option->fontMetrics = QFontMetrics(option->font);
+    }
+}

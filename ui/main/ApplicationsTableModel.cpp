@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ui/main/ApplicationsTableModel.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/WorkspaceIcons.h"
+#include "ui/charts/TrafficFormat.h"
+
+namespace {
+
+#ifdef Q_OS_MACOS
+const QString applicationsFolder = QStringLiteral("/Applications");
+#else
+const QString applicationsFolder = QStringLiteral("/usr/share/applications");
+#endif
+
+QString headerText(int column) {
+    switch (column) {
+        case ApplicationsTableModel::NumberColumn:
+            return "#";
+        case ApplicationsTableModel::NameColumn:
+            return "Name";
+        case ApplicationsTableModel::PathColumn:
+            return "Path";
+        case ApplicationsTableModel::ReceivedColumn:
+            return "Received, MB";
+        case ApplicationsTableModel::SentColumn:
+            return "Sent, MB";
+        case ApplicationsTableModel::LastActivityColumn:
+            return "Last activity";
+        default:
+            return {};
+    }
+}
+
+Qt::Alignment alignment(int column) {
+    switch (column) {
+        case ApplicationsTableModel::NumberColumn:
+        case ApplicationsTableModel::ReceivedColumn:
+        case ApplicationsTableModel::SentColumn:
+            return Qt::AlignRight | Qt::AlignVCenter;
+        default:
+            return Qt::AlignLeft | Qt::AlignVCenter;
+    }
+}
+
+double shareOf(std::int64_t part, std::int64_t whole) {
+    return whole > 0 ? std::clamp(static_cast<double>(part) / static_cast<double>(whole), 0.0, 1.0) : 0.0;
+}
+
+}  // namespace
+
+ApplicationsTableModel::ApplicationsTableModel(Fetch fetch, QObject* parent)
+    : QAbstractTableModel(parent),
+      m_Fetch(std::move(fetch)),
+      m_Totals(std::make_shared<const TotalStatisticInfo>()) {}
+
+void ApplicationsTableModel::refresh(std::int32_t applications,
+                                     std::shared_ptr<const TotalStatisticInfo> totals) {
+    m_Totals = totals != nullptr ? std::move(totals) : std::make_shared<const TotalStatisticInfo>();
+    m_Applications.clear();
+    setRowCount(std::max(applications + 1, 0));
+    if (m_RowCount > 0) {
+        emit dataChanged(index(0, 0), index(m_RowCount - 1, ColumnCount - 1));
+    }
+}
+
+void ApplicationsTableModel::fetchRows(int first, int last) {
+    const int end = std::min(last + 1, m_RowCount);
+    for (int row = std::max(first, TotalsRow + 1); row < end; ++row) {
+        const int begin = row;
+        while (row < end && !m_Applications.contains(row)) {
+            ++row;
+        }
+        if (row > begin) {
+            fetchRun(begin, row - begin);
+        }
+    }
+}
+
+std::shared_ptr<const ApplicationInfo> ApplicationsTableModel::applicationForRow(int row) {
+    fetchRows(row, row);
+    return m_Applications.value(row);
+}
+
+int ApplicationsTableModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : m_RowCount;
+}
+
+int ApplicationsTableModel::columnCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : ColumnCount;
+}
+
+QVariant ApplicationsTableModel::data(const QModelIndex& index, int role) const {
+    const int row = index.row();
+    const int column = index.column();
+    if (role == Qt::TextAlignmentRole) {
+        return QVariant(alignment(column));
+    }
+    if (role == (column == IconColumn ? Qt::DecorationRole : Qt::DisplayRole)) {
+        return fieldValue(row, column);
+    }
+    const auto application = m_Applications.value(row);
+    if (role == Qt::ToolTipRole) {
+        return column == PathColumn && application != nullptr ? application->fullPath()
+                                                              : fieldValue(row, column).toString();
+    }
+    return role == ShareRole && application != nullptr ? share(*application, column) : QVariant();
+}
+
+QVariant ApplicationsTableModel::headerData(int section, Qt::Orientation orientation, int role) const {
+    if (orientation != Qt::Horizontal) {
+        return {};
+    }
+    switch (role) {
+        case Qt::DisplayRole:
+            return headerText(section);
+        case Qt::TextAlignmentRole:
+            return QVariant(alignment(section));
+        case Qt::AccessibleTextRole:
+            return section == IconColumn ? "Icon" : headerText(section);
+        default:
+            return {};
+    }
+}
+
+void ApplicationsTableModel::setRowCount(int rows) {
+    if (rows > m_RowCount) {
+        beginInsertRows({}, m_RowCount, rows - 1);
+        m_RowCount = rows;
+        endInsertRows();
+    } else if (rows < m_RowCount) {
+        beginRemoveRows({}, rows, m_RowCount - 1);
+        m_RowCount = rows;
+        endRemoveRows();
+    }
+}
+
+void ApplicationsTableModel::fetchRun(int first, int count) {
+    int row = first;
+    for (auto& application : m_Fetch(first - 1, count)) {
+        m_Applications.insert(row++, std::move(application));
+    }
+    emit dataChanged(index(first, 0), index(first + count - 1, ColumnCount - 1));
+}
+
+QVariant ApplicationsTableModel::fieldValue(int row, int column) const {
+    if (row == TotalsRow) {
+        return totalStatisticFieldValue(column);
+    }
+    const auto application = m_Applications.value(row);
+    return application != nullptr ? applicationFieldValue(row, *application, column) : QVariant();
+}
+
+QVariant ApplicationsTableModel::totalStatisticFieldValue(int column) const {
+    switch (column) {
+        case NumberColumn:
+            return "1";
+        case IconColumn:
+            return WorkspaceIcons::iconForFile(applicationsFolder);
+        case NameColumn:
+            return "Full Traffic";
+        case PathColumn:
+            return "No Path";
+        case ReceivedColumn:
+            return bytesToNSString(m_Totals->totalReceivedBytes());
+        case SentColumn:
+            return bytesToNSString(m_Totals->totalSendedBytes());
+        case LastActivityColumn:
+            return NSDateToNSString(m_Totals->endTime());
+        default:
+            return {};
+    }
+}
+
+QVariant ApplicationsTableModel::applicationFieldValue(int row, const ApplicationInfo& application,
+                                                       int column) {
+    switch (column) {
+        case NumberColumn:
+            return QString::number(row + 1);
+        case IconColumn:
+            return application.icon();
+        case NameColumn:
+            return application.name();
+        case PathColumn:
+            return application.bundlePath();
+        case ReceivedColumn:
+            return bytesToNSString(application.totalReceivedBytes());
+        case SentColumn:
+            return bytesToNSString(application.totalSendedBytes());
+        case LastActivityColumn:
+            return NSDateToNSString(application.endTime());
+        default:
+            return {};
+    }
+}
+
+QVariant ApplicationsTableModel::share(const ApplicationInfo& application, int column) const {
+    switch (column) {
+        case ReceivedColumn:
+            return shareOf(application.totalReceivedBytes(), m_Totals->totalReceivedBytes());
+        case SentColumn:
+            return shareOf(application.totalSendedBytes(), m_Totals->totalSendedBytes());
+        default:
+            return {};
+    }
+}

@@ -4,7 +4,7 @@
 
     show_without_display.py PROGRAM FOLDER
 
-The rows are read from the window itself, the way a screen reader reads them.
+The rows are read from the window itself; see read_table.py.
 """
 
 import os
@@ -16,7 +16,6 @@ import time
 from pathlib import Path
 
 SECONDS = 25  # the whole visit
-ROWS = 12
 
 deadline = time.monotonic() + SECONDS
 
@@ -44,9 +43,14 @@ class Children:
         return self
 
     def __exit__(self, *_):
+        signal.signal(signal.SIGTERM, signal.SIG_IGN)
         for child in reversed(self.running):
             child.terminate()
-            child.wait()
+            try:
+                child.wait(3)
+            except subprocess.TimeoutExpired:
+                child.kill()
+                child.wait()
 
 
 def start_and_read(children, command, **options):
@@ -67,70 +71,45 @@ def start_desktop(children, log):
     children.start(["openbox"], stdout=log, stderr=log)
 
 
-def find(accessible, wanted):
-    """The first element below `accessible`, depth first, for which `wanted` holds; None while there is none."""
-    for child in accessible:
-        if child is None:
-            continue
-        if wanted(child):
-            return child
-        if found := find(child, wanted):
-            return found
-    return None
-
-
-def find_table(pyatspi, name):
-    """The table of the program called `name`, once it has a row."""
-    for program in pyatspi.Registry.getDesktop(0):
-        if program and program.name == name:
-            table = find(program, lambda element: "Table" in pyatspi.listInterfaces(element))
-            if table and table.queryTable().nRows > 0:
-                return table.queryTable()
-    return None
-
-
-def read_rows(table):
-    """The header and the first rows, as lists of texts."""
-    columns = range(table.nColumns)
-    header = [table.getColumnHeader(column).name for column in columns]
-    rows = [[table.getAccessibleAt(r, c).name for c in columns] for r in range(min(ROWS, table.nRows))]
-    return header, rows
-
-
-def print_rows(header, rows):
-    widths = [max(map(len, cells)) for cells in zip(header, *rows)]
-    for cells in (header, *rows):
-        print("  ".join(cell.ljust(width) for cell, width in zip(cells, widths)).rstrip())
-
-
 def save_picture(window, path):
-    subprocess.run(["import", "-silent", "-frame", "-window", window, str(path)], check=True)
+    subprocess.run(["import", "-silent", "-frame", "-window", window, str(path)], timeout=10, check=True)
     print(f"Saved {path}")
 
 
 def window_of(process):
     """The id of the process's window; empty while it has none."""
-    search = ["xdotool", "search", "--onlyvisible", "--pid", str(process.pid), "--name", "Nevtora"]
+    search = ["xdotool", "search", "--all", "--onlyvisible", "--pid", str(process.pid), "--name", "Nevtora"]
     return subprocess.run(search, capture_output=True, text=True).stdout.split("\n")[0]
+
+
+def read_table(program):
+    """The table's first rows as text. Another process asks for them: a window that hangs would hang it too."""
+    reader = Path(__file__).with_name("read_table.py")
+    command = [sys.executable, reader, program.name]
+    return subprocess.run(command, timeout=10, check=True, stdout=subprocess.PIPE, text=True).stdout
+
+
+def show(program, folder, children):
+    process = children.start([program])
+    window = wait_for("The window", lambda: process.poll() is None and window_of(process))
+    time.sleep(7)  # until its second refresh
+    save_picture(window, folder / "main-window.png")
+    print(read_table(program), end="")
 
 
 def main():
     program, folder = Path(sys.argv[1]), Path(sys.argv[2])
     folder.mkdir(parents=True, exist_ok=True)
     signal.signal(signal.SIGTERM, lambda *_: sys.exit("Stopped."))  # so that the children end too
-    print(f"No display here: showing {program.name} on a virtual one for some seconds.")
+    print(f"No display here: showing {program.name} on a virtual one for some seconds.", flush=True)
     with tempfile.TemporaryDirectory() as runtime, Children() as children:
         os.environ.setdefault("XDG_RUNTIME_DIR", runtime)
         os.environ["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
         start_desktop(children, open(f"{runtime}/log", "w"))
-        import pyatspi  # needs the bus
-
-        process = children.start([program])
-        window = wait_for("The window", lambda: process.poll() is None and window_of(process))
-        table = wait_for("The table", lambda: find_table(pyatspi, program.name))
-        time.sleep(6)  # one more refresh
-        save_picture(window, folder / "main-window.png")
-        print_rows(*read_rows(table))
+        try:
+            show(program, folder, children)
+        except subprocess.SubprocessError as error:
+            sys.exit(f"The window does not react: {error}")
 
 
 if __name__ == "__main__":

@@ -298,7 +298,7 @@ def main():
         return 1
     finally:
         if command:
-            command.terminate()
+            command.kill()
             command.wait()
     print(f"{daemon.next_frame} frames, all right; by type: {dict(sorted(daemon.seen.items()))}")
     return 0

@@ -4,6 +4,6 @@
 namespace Net {
 
 /** Address families by their BSD numbers, as `socket` takes them. */
-enum AddressFamily { Local = 1, IPv4 = 2 };
+enum AddressFamily : int { Local = 1, IPv4 = 2 };
 
 }  // namespace Net

@@ -66,9 +66,12 @@ void ServerSocket::breakListen() {
         return;
     }
     m_IsBreakRequested = true;
-    const Socket waking(m_Address, Stream);
     while (m_IsListening) {
-        ::sleep(1);
+        const Socket waking(m_Address,
+                            Stream);  // again each time: the first may come before the socket listens
+        if (m_IsListening) {
+            ::sleep(1);
+        }
     }
 }
 

@@ -15,7 +15,10 @@ class ServerSocket {
     /** Binds to `address`; invalid when that fails. Always a stream socket: `type` is ignored, on purpose. */
     ServerSocket(const SocketAddress& address, SocketType type);
 
-    /** Ends a `listen` on another thread first. */
+    /**
+     * Ends a `listen` on another thread first. A subclass that overrides `onSocketAccepted` calls `breakListen` in
+     * its own destructor: here its handler is gone already.
+     */
     virtual ~ServerSocket();
 
     /** A connection was accepted; takes `socket` over. This version closes it. */

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "net/Socket.h"
 
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -34,11 +35,13 @@ auto uninterrupted(Call call) {
 }
 
 /**
- * A frame leaves in two writes, header and body. With Nagle's algorithm on, the second would wait for the
- * peer's delayed acknowledgement of the first: 44 ms a request. Ignored by sockets that are not TCP.
+ * A frame leaves in two writes, header and body. With Nagle's algorithm on, the second would wait for the peer's
+ * delayed acknowledgement of the first: 44 ms a request. Ignored by sockets that are not TCP. Programs that this
+ * one starts must not hold its connection open.
  */
 void setOptions(int descriptor) {
     const int on = 1;
+    fcntl(descriptor, F_SETFD, FD_CLOEXEC);
     setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
 #ifdef SO_NOSIGPIPE
     setsockopt(descriptor, SOL_SOCKET, SO_NOSIGPIPE, &on, sizeof on);
@@ -85,7 +88,8 @@ bool Socket::isDataAvailable() const {
         return false;
     }
     pollfd wanted{m_Descriptor, POLLIN, 0};
-    return uninterrupted([&] { return ::poll(&wanted, 1, dataWaitMilliseconds); }) != 0;
+    const int ready = ::poll(&wanted, 1, dataWaitMilliseconds);
+    return ready != 0 && !(ready == -1 && errno == EINTR);
 }
 
 }  // namespace Net

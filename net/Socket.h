@@ -10,7 +10,7 @@ namespace Net {
  * A connected stream socket. Nothing is thrown or reported: the caller asks `isValid`.
  *
  * One thread may read while another writes. A peer that is gone makes `write` fail, it never raises SIGPIPE;
- * an interrupted call is made again, so that signals never look like failures.
+ * an interrupted read, write or wait never looks like a failure.
  */
 class Socket {
   public:

@@ -29,6 +29,7 @@ SocketAddress::SocketAddress(AddressFamily family, const void* data, int dataLen
 SocketAddress::SocketAddress(const sockaddr* image) {
     const auto* bytes = reinterpret_cast<const unsigned char*>(image);
     m_Image.assign(bytes, bytes + std::max<int>(bytes[0], headerLength));
+    m_Image[0] = static_cast<unsigned char>(m_Image.size());
 }
 
 SocketAddress::SocketAddress(const SocketAddress& other) {

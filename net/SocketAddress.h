@@ -25,7 +25,7 @@ class SocketAddress {
      */
     SocketAddress(AddressFamily family, const void* data, int dataLength);
 
-    /** Copies as many bytes of a BSD image as its own length byte says. */
+    /** Copies as many bytes of a BSD image, not of a Linux sockaddr, as its own length byte says, two at least. */
     explicit SocketAddress(const sockaddr* image);
 
     SocketAddress(const SocketAddress& other);

@@ -4,6 +4,6 @@
 namespace Net {
 
 /** Socket types by their BSD numbers, as `socket` takes them. */
-enum SocketType { Stream = 1 };
+enum SocketType : int { Stream = 1 };
 
 }  // namespace Net

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "threads/CriticalSection.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <ctime>
 
@@ -9,7 +10,8 @@ namespace {
 constexpr long nanosecondsPerSecond = 1'000'000'000;
 
 timespec deadlineAfter(long timeout) {
-    const long long nanoseconds = timeout > 0 ? timeout * 1'000'000LL : -timeout * 1'000LL;
+    const long long limited = std::clamp<long>(timeout, -CriticalSection::Forever, CriticalSection::Forever);
+    const long long nanoseconds = limited > 0 ? limited * 1'000'000 : limited * -1'000;
     timespec deadline{};
     clock_gettime(CLOCK_REALTIME, &deadline);
     deadline.tv_sec += static_cast<time_t>(nanoseconds / nanosecondsPerSecond);

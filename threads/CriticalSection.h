@@ -4,7 +4,7 @@
 #include <pthread.h>
 
 /**
- * The program's only lock: recursive, each entry needs its own exit. Any thread.
+ * The front end's lock: recursive, each entry needs its own exit. Any thread.
  *
  * Failures are thrown as plain C strings (const char*): "Can't create critical section object",
  * "Can't lock critical section" (also when the time runs out) and "Can't unlock critical section" (also for a

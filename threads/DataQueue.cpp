@@ -5,12 +5,18 @@
 #include <cstring>
 #include <new>
 
+namespace {
+
+constexpr long maxSize = 0x7FFFFFFF;  // sizes have 32 bits on the link
+
+}  // namespace
+
 DataQueue::~DataQueue() {
     Flush();
 }
 
 bool DataQueue::Write(char* data, long length) {
-    if (data == nullptr || length < 1) {
+    if (data == nullptr || length < 1 || length > maxSize - m_Size) {
         return false;
     }
     Chunk* chunk = new (std::nothrow) Chunk{data, length, nullptr};

@@ -2,7 +2,7 @@
 #pragma once
 
 /**
- * An unbounded first-in-first-out queue of bytes: a chain of chunks that the queue owns. A chunk is freed at
+ * A first-in-first-out queue of bytes, 2^31 - 1 of them at most: a chain of chunks that the queue owns. A chunk is freed at
  * the moment its last byte is read. Not locked: one thread at a time.
  */
 class DataQueue {

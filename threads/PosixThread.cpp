@@ -39,6 +39,8 @@ void* PosixThread::realEntryPoint(void* arg) {
     self->m_Handle = pthread_t{};
     self->m_IsRunning = false;
     if (destroyOnFinish) {
+        self->m_HasJoinable = false;
+        pthread_detach(pthread_self());
         delete self;
     }
     return nullptr;
@@ -61,13 +63,9 @@ void PosixThread::kill(int signal) {
 }
 
 void PosixThread::join() {
-    if (!m_HasJoinable) {
-        return;
+    if (!m_HasJoinable || pthread_equal(m_Joinable, pthread_self()) != 0) {
+        return;  // nothing to wait for, and a body cannot wait for itself
     }
     m_HasJoinable = false;
-    if (pthread_equal(m_Joinable, pthread_self()) != 0) {
-        pthread_detach(m_Joinable);  // the object deletes itself from its own thread
-    } else {
-        pthread_join(m_Joinable, nullptr);
-    }
+    pthread_join(m_Joinable, nullptr);
 }

@@ -16,7 +16,10 @@
  */
 class PosixThread {
   public:
-    /** `destroyOnFinish`: the object, made with new, deletes itself after its body has returned. */
+    /**
+     * `destroyOnFinish`: the object, made with new, deletes itself after its body has returned. Nobody may touch
+     * such an object once it runs.
+     */
     explicit PosixThread(bool destroyOnFinish);
 
     /** Waits for the body to return. */

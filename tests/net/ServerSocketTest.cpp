@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <atomic>
 #include <memory>
 #include <thread>
 
@@ -11,17 +11,18 @@
 
 namespace {
 
-using namespace std::chrono_literals;
-
 /** Sends one byte to whoever connects. */
 class GreetingServer : public Net::ServerSocket {
   public:
     using ServerSocket::ServerSocket;
     ~GreetingServer() override { breakListen(); }
     void onSocketAccepted(Net::Socket* socket) override {
+        ++m_Served;
         socket->write("!", 1);
         delete socket;
     }
+
+    std::atomic<int> m_Served = 0;
 };
 
 TEST(ServerSocket, ServesOneConnectionACall) {
@@ -40,14 +41,27 @@ TEST(ServerSocket, ServesOneConnectionACall) {
     }
 }
 
-TEST(ServerSocket, BreakListenWakesAWaitingListen) {
+TEST(ServerSocket, BreakListenWakesAWaitingListenAndServesNobody) {
     const Net::IPv4SocketAddress address = Listener().address();
     GreetingServer server(address, Net::Stream);
     server.breakListen();
-    std::thread serving([&] { server.listen(); });
-    std::this_thread::sleep_for(200ms);
-    server.breakListen();
+    std::atomic<bool> hasEnded = false;
+    std::thread serving([&] {
+        server.listen();
+        hasEnded = true;
+    });
+    while (!hasEnded) {
+        server.breakListen();
+    }
     serving.join();
+    EXPECT_EQ(server.m_Served, 0);
+
+    std::thread servingAgain([&] { server.listen(); });
+    char byte = 0;
+    while (Net::Socket(address, Net::Stream).read(&byte, 1) != 1) {
+    }
+    servingAgain.join();
+    EXPECT_EQ(server.m_Served, 1) << "a break must not outlive the listen that it ended";
 }
 
 TEST(ServerSocket, IsInvalidOnAnAddressInUse) {

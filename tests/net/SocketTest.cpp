@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "net/Socket.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <netinet/tcp.h>
 #include <signal.h>
@@ -31,7 +32,9 @@ TEST(Socket, MovesBytesAndSeesTheEndOfTheStream) {
     Net::Socket socket(listener.address(), Net::Stream);
     ASSERT_TRUE(socket.isValid());
     const int peer = listener.accept();
+    const auto start = Clock::now();
     EXPECT_FALSE(socket.isDataAvailable());
+    EXPECT_GE(Clock::now() - start, 4ms);
     EXPECT_EQ(socket.write("hello", 5), 5);
     std::array<char, 8> buffer{};
     EXPECT_EQ(::read(peer, buffer.data(), buffer.size()), 5);
@@ -73,6 +76,30 @@ TEST(Socket, SignalsDoNotShowAsFailures) {
     EXPECT_EQ(::write(peer, "x", 1), 1);
     reader.join();
     EXPECT_EQ(result, 1);
+    ::close(peer);
+}
+
+TEST(Socket, SendsAFramesPartsWithoutWaitingForAcknowledgements) {
+    const Listener listener;
+    const Net::Socket connecting(listener.address(), Net::Stream);
+    const int peer = listener.accept();
+    const Net::Socket adopted(peer, listener.address());
+    int isOn = 0;
+    socklen_t length = sizeof isOn;
+    getsockopt(peer, IPPROTO_TCP, TCP_NODELAY, &isOn, &length);
+    EXPECT_NE(isOn, 0);
+    EXPECT_NE(fcntl(peer, F_GETFD) & FD_CLOEXEC, 0) << "a program started later must not hold the link";
+}
+
+TEST(Socket, ClosesItsDescriptor) {
+    const Listener listener;
+    int peer = -1;
+    {
+        const Net::Socket socket(listener.address(), Net::Stream);
+        peer = listener.accept();
+    }
+    char byte = 0;
+    EXPECT_EQ(::read(peer, &byte, 1), 0);
     ::close(peer);
 }
 

@@ -3,12 +3,15 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
 #include <thread>
 
 #include "threads/CriticalSectionLock.h"
 
 namespace {
+
+using namespace std::chrono_literals;
 
 template <class Action>
 std::string thrownText(Action action) {
@@ -39,8 +42,26 @@ TEST(CriticalSection, IsRecursiveAndNeedsAnExitPerEntry) {
 TEST(CriticalSection, TimesOutInMillisecondsAndMicroseconds) {
     CriticalSection section;
     const CriticalSectionLock lock(section, CriticalSection::Forever);
-    EXPECT_EQ(textOfLockOnAnotherThread(section, 20), "Can't lock critical section");
-    EXPECT_EQ(textOfLockOnAnotherThread(section, -1500), "Can't lock critical section");
+    const auto waitOf = [&](long timeout) {
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(textOfLockOnAnotherThread(section, timeout), "Can't lock critical section");
+        return std::chrono::steady_clock::now() - start;
+    };
+    for (int i = 0; i < 3; ++i) {  // at moments spread over a second, whose end must not shorten the wait
+        EXPECT_GE(waitOf(350), 340ms);
+    }
+    EXPECT_GE(waitOf(-1500), 1500us);
+}
+
+TEST(CriticalSection, TheGuardsEndAndAFreedLockLetOthersIn) {
+    CriticalSection section;
+    section.Lock(CriticalSection::Forever);
+    std::thread waiting(
+        [&] { EXPECT_EQ(thrownText([&] { const CriticalSectionLock lock(section, 60000); }), ""); });
+    section.Unlock();
+    waiting.join();
+    EXPECT_EQ(textOfLockOnAnotherThread(section, 0), "");
+    EXPECT_EQ(textOfLockOnAnotherThread(section, 0), "") << "the guard before must have let go";
 }
 
 TEST(CriticalSection, RefusesAnExitWithoutAnEntry) {

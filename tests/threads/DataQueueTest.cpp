@@ -56,6 +56,7 @@ TEST(DataQueue, FlushForgetsAHalfReadChunk) {
     queue.WriteCopy("abc", 3);
     EXPECT_EQ(readText(queue, 1), "a");
     queue.Flush();
+    EXPECT_EQ(queue.Size(), 0);
     queue.WriteCopy("xyz", 3);
     EXPECT_EQ(readText(queue, 3), "xyz");
 }

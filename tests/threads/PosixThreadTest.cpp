@@ -65,7 +65,8 @@ TEST(PosixThread, DestroysItselfAfterItsBody) {
 }
 
 TEST(PosixThread, IsStillJoinedAfterASignalTookItsHandle) {
-    signal(SIGUSR1, [](int) {});
+    static std::atomic<int> signals;
+    signal(SIGUSR1, [](int) { ++signals; });
     std::atomic<bool> finished = false;
     std::promise<void> release;
     {
@@ -79,6 +80,7 @@ TEST(PosixThread, IsStillJoinedAfterASignalTookItsHandle) {
         thread.kill(SIGUSR1);
         release.set_value();
     }
+    EXPECT_EQ(signals, 1) << "the second kill finds no handle";
     EXPECT_TRUE(finished) << "the destructor must wait for the body";
 }
 

@@ -16,9 +16,4 @@ TEST(WorkspaceIcons, NothingIsEverBlankEvenWithoutAnIconTheme) {
     }
 }
 
-TEST(WorkspaceIcons, APathIsLookedUpOnce) {
-    const QIcon first = WorkspaceIcons::iconForFile("/bin/sh");
-    EXPECT_EQ(first.cacheKey(), WorkspaceIcons::iconForFile("/bin/sh").cacheKey());
-}
-
 }  // namespace

@@ -66,9 +66,9 @@ MainController::~MainController() {
 }
 
 void MainController::setupTable() {
-    Ui::MainWindow interface;
-    interface.setupUi(m_Window.get());
-    m_ApplicationsTable = interface.m_ApplicationsTable;
+    Ui::MainWindow form;
+    form.setupUi(m_Window.get());
+    m_ApplicationsTable = form.m_ApplicationsTable;
     m_ApplicationsTable->setModel(&m_ApplicationsTableModel);
     m_ApplicationsTable->setItemDelegate(
         new ApplicationsTableDelegate(m_ApplicationsTable->font(), m_ApplicationsTable));

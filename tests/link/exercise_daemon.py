@@ -46,25 +46,19 @@ class Daemon:
         self.process = subprocess.Popen(
             [program, "--demo", "--database", database, "--listen", listen], stderr=self.log
         )
-        self._wait_until_it_answers()
+
+    def wait_until_it_answers(self):
+        deadline = time.monotonic() + START_LIMIT
+        while True:
+            try:
+                with Client(self.address, START_LIMIT) as client:
+                    client.ask(wire.TOTAL_STATISTIC_INFO)
+                break
+            except ConnectionRefusedError:
+                assert time.monotonic() < deadline and self.process.poll() is None, self.tail_of_log()
+                time.sleep(0.05)
         self.memory = self.resident_memory()
         self.descriptors = self.count_descriptors()
-
-    def _wait_until_it_answers(self):
-        deadline = time.monotonic() + START_LIMIT
-        while time.monotonic() < deadline and self.process.poll() is None:
-            try:
-                with self.connect() as client:
-                    client.ask(wire.TOTAL_STATISTIC_INFO)
-                return
-            except ConnectionRefusedError:
-                time.sleep(0.05)
-        self.stop()
-        raise AssertionError("the daemon does not come up:\n" + self.tail_of_log())
-
-    def close(self):
-        self.log.close()
-        self.folder.cleanup()
 
     def connect(self):
         return Client(self.address)
@@ -76,6 +70,10 @@ class Daemon:
                 return int(line.split()[1]) / 1024
         raise AssertionError("the daemon is gone:\n" + self.tail_of_log())
 
+    def memory_grown(self):
+        """In MiB since it came up."""
+        return self.resident_memory() - self.memory
+
     def count_descriptors(self):
         return len(list(Path(f"/proc/{self.process.pid}/fd").iterdir()))
 
@@ -83,39 +81,36 @@ class Daemon:
         self.log.seek(0)
         return "".join(self.log.readlines()[-20:])
 
-    def stop(self):
-        """Asks it to end; answers its status."""
-        self.process.send_signal(signal.SIGTERM)
-        try:
-            return self.process.wait(30)
-        except subprocess.TimeoutExpired:
-            self.process.kill()
-            return self.process.wait()
+    def close(self):
+        self.process.kill()
+        self.process.wait()
+        self.log.close()
+        self.folder.cleanup()
+
+
+daemon = None
+
+
+def setUpModule():
+    global daemon
+    daemon = Daemon()
+    unittest.addModuleCleanup(daemon.close)
+    daemon.wait_until_it_answers()
+
+
+def load_tests(loader, *_):
+    """In this order: the same daemon goes through everything, and the last test ends it."""
+    cases = (DaemonAnswers, DaemonSurvives, DaemonCleans, DaemonEnds)
+    return unittest.TestSuite(map(loader.loadTestsFromTestCase, cases))
 
 
 class DaemonTest(unittest.TestCase):
-    """Starts one daemon for the class; it must be alive and no larger than allowed when the last test has ended."""
-
-    @classmethod
-    def setUpClass(cls):
-        cls.daemon = Daemon()
-
-    @classmethod
-    def tearDownClass(cls):
-        try:
-            grown = cls.daemon.resident_memory() - cls.daemon.memory
-            status = cls.daemon.stop()
-        finally:
-            cls.daemon.close()
-        assert status == 0, f"the daemon ended with {status}"
-        assert grown <= memory_growth, f"the daemon grew by {grown:.1f} MiB from {cls.daemon.memory:.1f}"
-
     def setUp(self):
-        self.client = self.daemon.connect()
+        self.client = daemon.connect()
         self.addCleanup(self.client.socket.close)
 
     def check_others_are_served(self):
-        with self.daemon.connect() as witness:
+        with daemon.connect() as witness:
             self.assertIsNotNone(witness.ask(wire.TOTAL_STATISTIC_INFO))
 
     def applications(self):
@@ -315,7 +310,7 @@ class DaemonAnswers(DaemonTest):
 
     def test_a_cursor_belongs_to_the_client_that_made_it(self):
         iterator = self.client.ask(wire.CREATE_APPLICATION_ITERATOR)["iteratorId"]
-        with self.daemon.connect() as other:
+        with daemon.connect() as other:
             self.assertEqual(other.ask(wire.GET_COUNT_APPLICATIONS, iteratorId=iterator), {"count": 0})
             other.ask_all((wire.DELETE_APPLICATIONS_ITERATOR, dict(iteratorId=iterator)), (wire.IS_CLEANING, {}))
         self.assertGreater(self.client.ask(wire.GET_COUNT_APPLICATIONS, iteratorId=iterator)["count"], 0)
@@ -344,7 +339,7 @@ class DaemonSurvives(DaemonTest):
         chance = random.Random(200)
         for _ in range(200):
             data = self.random_requests(chance)
-            link = socket.create_connection(self.daemon.address, 10)
+            link = socket.create_connection(daemon.address, 10)
             if chance.random() < 0.5:  # reset instead of an orderly end
                 link.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
             link.sendall(data[: chance.randrange(len(data))])
@@ -357,10 +352,10 @@ class DaemonSurvives(DaemonTest):
             link.close()
         self.check_others_are_served()
         deadline = time.monotonic() + 20
-        allowed = self.daemon.descriptors + 1  # this test's own client
-        while self.daemon.count_descriptors() > allowed and time.monotonic() < deadline:
+        allowed = daemon.descriptors + 1  # this test's own client
+        while daemon.count_descriptors() > allowed and time.monotonic() < deadline:
             time.sleep(0.05)
-        self.assertLessEqual(self.daemon.count_descriptors(), allowed)
+        self.assertLessEqual(daemon.count_descriptors(), allowed)
 
     def send_frame(self, message_type, body, message_id=7):
         frame = wire.Frame(0, message_id, wire.NOT_A_REPLY, message_type, body)
@@ -419,7 +414,7 @@ class DaemonSurvives(DaemonTest):
 
     def test_a_frame_of_impossible_size_ends_the_link(self):
         for size in (-1, -0x80000000, wire.MAX_REQUEST_BODY + 1, 0x7FFFFFFF):
-            with self.daemon.connect() as liar, self.assertRaises((EOFError, ConnectionResetError), msg=str(size)):
+            with daemon.connect() as liar, self.assertRaises((EOFError, ConnectionResetError), msg=str(size)):
                 liar.socket.sendall(struct.pack(">5i", 0, 0, -1, wire.IS_CLEANING.type, size))
                 while True:
                     liar.receive()
@@ -428,14 +423,14 @@ class DaemonSurvives(DaemonTest):
     def test_half_a_frame_and_then_silence_disturbs_nobody(self):
         frame = wire.GET_COUNT_APPLICATIONS.frame(0, iteratorId=1).to_bytes()
         for size in (1, 19, 20, 23):
-            link = self.daemon.connect()
+            link = daemon.connect()
             self.addCleanup(link.socket.close)
             link.socket.sendall(frame[:size])
         self.check_others_are_served()
 
     def test_a_client_that_never_reads_is_dropped(self):
         request = wire.TOTAL_STATISTIC_INFO.frame(0).to_bytes() * 1000
-        deaf = socket.create_connection(self.daemon.address, 10)
+        deaf = socket.create_connection(daemon.address, 10)
         self.addCleanup(deaf.close)
         deaf.setblocking(False)
         deadline, peak = time.monotonic() + 60, 0
@@ -445,21 +440,19 @@ class DaemonSurvives(DaemonTest):
                     deaf.send(request)
             except BlockingIOError:
                 self.check_others_are_served()
-                peak = max(peak, self.daemon.resident_memory())
+                peak = max(peak, daemon.memory_grown())
                 time.sleep(0.2)
             except (BrokenPipeError, ConnectionResetError):
-                self.assertLess(peak - self.daemon.memory, memory_growth)
+                self.assertLess(peak, memory_growth)
                 return
         self.fail("the daemon keeps a client that reads nothing for a minute")
 
 
 class DaemonCleans(DaemonTest):
-    """One story: the history is wiped while clients ask, goes on from nothing, and the daemon is told to stop."""
-
     def test_cleaning_is_announced_and_starts_everything_again(self):
         before = self.client.ask(wire.TOTAL_STATISTIC_INFO)
         highest = max(row["id"] for row in self.applications())
-        with self.daemon.connect() as other:
+        with daemon.connect() as other:
             self.client.send_event(wire.START_CLEANING)
             self.check_truth_while_cleaning(self.client)
             other.wait_for_event(wire.CLEANING_ENDED)
@@ -492,18 +485,20 @@ class DaemonCleans(DaemonTest):
             self.assertEqual(self.client.ask(wire.APPLICATION_INFO_FROM_ID, applicationId=row["id"])["name"], row["name"])
 
 
-class DaemonEnds(unittest.TestCase):
-    def test_told_to_stop_it_answers_what_it_was_asked(self):
-        daemon = Daemon()
-        self.addCleanup(daemon.close)
-        with daemon.connect() as client:
-            ids = client.send(*[(wire.TOTAL_STATISTIC_INFO, {})] * 500)
-            client.collect(ids[0])  # so that the rest has reached the daemon too
-            self.assertEqual(daemon.stop(), 0, daemon.tail_of_log())
-            for message_id in ids[1:]:
-                self.assertIsNotNone(client.collect(message_id)[0])
-            with self.assertRaises((EOFError, ConnectionResetError)):
-                client.receive()
+class DaemonEnds(DaemonTest):
+    def test_after_all_that_it_is_no_larger_and_ends_once_it_has_answered(self):
+        grown = daemon.memory_grown()
+        print(f"resident memory {daemon.memory:.1f} MiB, grown by {grown:.1f}", file=sys.stderr)
+        self.assertLess(grown, memory_growth)
+        ids = self.client.send(*[(wire.TOTAL_STATISTIC_INFO, {})] * 500)
+        self.client.collect(ids[0])  # so that the rest has reached the daemon too
+        daemon.process.send_signal(signal.SIGTERM)
+        for message_id in ids[1:]:
+            self.assertIsNotNone(self.client.collect(message_id)[0])
+        with self.assertRaises((EOFError, ConnectionResetError)):
+            while True:
+                self.client.receive()
+        self.assertEqual(daemon.process.wait(30), 0, daemon.tail_of_log())
 
 
 def main():

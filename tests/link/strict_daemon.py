@@ -4,9 +4,9 @@
 
     strict_daemon.py [--seconds N] [--port P] [-- COMMAND...]
 
-Listens on loopback, starts COMMAND if one is given, serves one front end for N seconds and ends with status 0. The
-first deviation from docs/wire.md ends it at once with a message and status 1. The front end's reader is tried
-meanwhile: replies come in shuffled order and in pieces that ignore where frames begin.
+Listens on loopback, starts COMMAND if one is given, serves one front end for N seconds, tells it to end and ends with
+status 0. The first deviation from docs/wire.md ends it at once with a message and status 1. The front end's reader is
+tried meanwhile: replies come in shuffled order and in pieces that ignore where frames begin.
 """
 
 import argparse
@@ -245,40 +245,75 @@ def send_in_pieces(link, data, chance):
             time.sleep(0.002)
 
 
-def serve(link, daemon, seconds):
-    """Until `seconds` have passed; a front end that leaves earlier is a deviation."""
-    chance = random.Random(10023)
-    end = time.monotonic() + seconds
-    announce_at = end - seconds / 2
-    rest = b""
-    while (left := end - time.monotonic()) > 0:
-        if announce_at and announce_at < time.monotonic():
-            announce_at = None
-            link.sendall(daemon.announce_application())
-        link.settimeout(min(left, 0.1))
-        try:
-            data = link.recv(1 << 16)
-        except TimeoutError:
-            continue
-        if not data:
-            raise wire.Deviation("the front end closed the link")
-        frames, rest = wire.split_frames(rest + data)
-        replies = [daemon.take(frame) for frame in frames]
-        chance.shuffle(replies)
-        link.settimeout(10)
-        send_in_pieces(link, b"".join(replies), chance)
-    daemon.check_whole_visit(rest)
+class Link:
+    """The front end's connection and what has come of its next frame."""
+
+    def __init__(self, connection, daemon):
+        self.socket = connection
+        self.daemon = daemon
+        self.rest = b""
+        self.chance = random.Random(10023)
+
+    def serve(self, seconds):
+        """Answers for so long; false when the front end has left."""
+        end = time.monotonic() + seconds
+        while (left := end - time.monotonic()) > 0:
+            self.socket.settimeout(left)
+            try:
+                data = self.socket.recv(1 << 16)
+            except TimeoutError:
+                break
+            if not data:
+                return False
+            frames, self.rest = wire.split_frames(self.rest + data)
+            replies = [self.daemon.take(frame) for frame in frames]
+            self.chance.shuffle(replies)
+            self._send_in_pieces(b"".join(replies))
+        return True
+
+    def send(self, data):
+        self.socket.settimeout(10)
+        self.socket.sendall(data)
+
+    def _send_in_pieces(self, data):
+        while data:
+            size = self.chance.choice((1, 19, 20, 21, 1023, 1025, 5000))
+            self.send(data[:size])
+            data = data[size:]
+            if self.chance.random() < 0.05:
+                time.sleep(0.002)
+
+
+def receive_visit(link, daemon, seconds):
+    """A visit with an application that appears in the middle; the front end must not leave by itself."""
+    stays = link.serve(seconds / 2)
+    link.send(daemon.announce_application())
+    if not stays or not link.serve(seconds / 2):
+        raise wire.Deviation("the front end closed the link")
+    daemon.check_whole_visit(link.rest)
+
+
+def end_visit(link, daemon, command):
+    """Asks the front end to end: it gives its cursors back and leaves with status 0."""
+    command.terminate()
+    if link.serve(20):
+        raise wire.Deviation("the front end, told to end, is still there after 20 s")
+    status = command.wait(20)
+    if link.rest or status != 0:
+        raise wire.Deviation(f"the front end ended with status {status}, {len(link.rest)} bytes into a frame")
+    if daemon.application_cursors or daemon.connection_cursors:
+        raise wire.Deviation("the front end left cursors behind")
 
 
 def wait_for_front_end(listener, command):
     listener.settimeout(30)
     try:
-        link, _ = listener.accept()
+        connection, _ = listener.accept()
     except TimeoutError:
         status = command.poll() if command else None
         raise wire.Deviation(f"no front end came in 30 s (command's status: {status})") from None
-    link.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
-    return link
+    connection.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
+    return connection
 
 
 def main():
@@ -292,8 +327,11 @@ def main():
     command = subprocess.Popen(arguments.command) if arguments.command else None
     daemon = StrictDaemon()
     try:
-        serve(wait_for_front_end(listener, command), daemon, arguments.seconds)
-    except (wire.Deviation, OSError) as deviation:
+        link = Link(wait_for_front_end(listener, command), daemon)
+        receive_visit(link, daemon, arguments.seconds)
+        if command:
+            end_visit(link, daemon, command)
+    except (wire.Deviation, OSError, subprocess.TimeoutExpired) as deviation:
         print(f"frame {daemon.next_frame}: {deviation}", file=sys.stderr)
         return 1
     finally:

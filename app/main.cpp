@@ -34,6 +34,11 @@ int main(int argc, char** argv) {
         showUnreachableDaemonAlert();
         return -1;
     }
-    const MainController controller;
-    return QApplication::exec();
+    int status = 0;
+    {
+        const MainController controller;
+        status = QApplication::exec();
+    }
+    DaemonConnection::sharedConnection()->stopEventsListener();
+    return status;
 }

@@ -13,14 +13,14 @@ const QString kernelPath = QStringLiteral("/mach_kernel");
 }  // namespace
 
 ApplicationInfo::ApplicationInfo(std::int32_t id, const QString& name, const QString& fullPath,
-                                 std::int64_t totalReceivedBytes, std::int64_t totalSendedBytes,
+                                 std::int64_t totalReveivedBytes, std::int64_t totalSendedBytes,
                                  std::int64_t tcpReceivedBytes, std::int64_t tcpSendedBytes,
                                  std::int64_t udpReceivedBytes, std::int64_t udpSendedBytes,
                                  const QDateTime& startTime, const QDateTime& endTime)
     : m_Id(id),
       m_Name(name),
       m_FullPath(fullPath),
-      m_TotalReceivedBytes(totalReceivedBytes),
+      m_TotalReceivedBytes(totalReveivedBytes),
       m_TotalSendedBytes(totalSendedBytes),
       m_TcpReceivedBytes(tcpReceivedBytes),
       m_TcpSendedBytes(tcpSendedBytes),
@@ -30,11 +30,11 @@ ApplicationInfo::ApplicationInfo(std::int32_t id, const QString& name, const QSt
       m_EndTime(endTime) {}
 
 std::shared_ptr<const ApplicationInfo> ApplicationInfo::appInfoWithId(
-    std::int32_t id, const QString& name, const QString& fullPath, std::int64_t totalReceivedBytes,
+    std::int32_t id, const QString& name, const QString& fullPath, std::int64_t totalReveivedBytes,
     std::int64_t totalSendedBytes, std::int64_t tcpReceivedBytes, std::int64_t tcpSendedBytes,
     std::int64_t udpReceivedBytes, std::int64_t udpSendedBytes, const QDateTime& startTime,
     const QDateTime& endTime) {
-    return std::make_shared<const ApplicationInfo>(id, name, fullPath, totalReceivedBytes, totalSendedBytes,
+    return std::make_shared<const ApplicationInfo>(id, name, fullPath, totalReveivedBytes, totalSendedBytes,
                                                    tcpReceivedBytes, tcpSendedBytes, udpReceivedBytes,
                                                    udpSendedBytes, startTime, endTime);
 }

@@ -16,12 +16,12 @@ class ApplicationInfo {
     /** Id -1, everything else zero or null. */
     ApplicationInfo() = default;
     ApplicationInfo(std::int32_t id, const QString& name, const QString& fullPath,
-                    std::int64_t totalReceivedBytes, std::int64_t totalSendedBytes,
+                    std::int64_t totalReveivedBytes, std::int64_t totalSendedBytes,
                     std::int64_t tcpReceivedBytes, std::int64_t tcpSendedBytes, std::int64_t udpReceivedBytes,
                     std::int64_t udpSendedBytes, const QDateTime& startTime, const QDateTime& endTime);
 
     static std::shared_ptr<const ApplicationInfo> appInfoWithId(
-        std::int32_t id, const QString& name, const QString& fullPath, std::int64_t totalReceivedBytes,
+        std::int32_t id, const QString& name, const QString& fullPath, std::int64_t totalReveivedBytes,
         std::int64_t totalSendedBytes, std::int64_t tcpReceivedBytes, std::int64_t tcpSendedBytes,
         std::int64_t udpReceivedBytes, std::int64_t udpSendedBytes, const QDateTime& startTime,
         const QDateTime& endTime);

@@ -11,7 +11,9 @@ std::shared_ptr<ApplicationsIterator> ApplicationsIterator::iterator() {
 ApplicationsIterator::ApplicationsIterator(std::int32_t iteratorId) : m_IteratorId(iteratorId) {}
 
 ApplicationsIterator::~ApplicationsIterator() {
-    DaemonConnection::sharedConnection()->deleteApplicationsIterator(m_IteratorId);
+    if (!DaemonConnection::isOver()) {
+        DaemonConnection::sharedConnection()->deleteApplicationsIterator(m_IteratorId);
+    }
 }
 
 void ApplicationsIterator::setSortField(std::int32_t sortField, std::int32_t direction) {

@@ -11,7 +11,9 @@ std::shared_ptr<ConnectionsIterator> ConnectionsIterator::iterator() {
 ConnectionsIterator::ConnectionsIterator(std::int32_t iteratorId) : m_IteratorId(iteratorId) {}
 
 ConnectionsIterator::~ConnectionsIterator() {
-    DaemonConnection::sharedConnection()->deleteConnectionsIterator(m_IteratorId);
+    if (!DaemonConnection::isOver()) {
+        DaemonConnection::sharedConnection()->deleteConnectionsIterator(m_IteratorId);
+    }
 }
 
 void ConnectionsIterator::setFilterWithStartTime(const QDateTime& startTime, const QDateTime& endTime,

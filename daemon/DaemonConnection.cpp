@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "daemon/DaemonConnection.h"
 
-#include <signal.h>
-
 #include <algorithm>
+#include <cassert>
 #include <chrono>
 #include <cstdlib>
 #include <iterator>
@@ -41,6 +40,7 @@
 #include "protocol/DaemonTotalStatisticInfo.h"
 #include "protocol/DaemonTotalStatisticInfoRequest.h"
 #include "protocol/DeamonTotalReceivedBytesReply.h"
+#include "threads/ThreadSignals.h"
 
 namespace {
 
@@ -52,17 +52,11 @@ constexpr auto eventPollInterval = 50ms;
 constexpr auto eventPause = 1s;  // after every delivered event: a burst reaches the user at this pace
 constexpr auto listenerStopPoll = 1s;
 
-/** What the daemon's events mean. On the wire: never renumber. */
+/** Events in both directions. On the wire: never renumber. */
 enum ServerEvent { NewApplication = 0, StartClean = 1, CleanStarted = 2, CleanEnded = 3, ConfigChanged = 4 };
 
 DaemonConnection* sSharedDaemonConnection = nullptr;
-
-void daemonConnectionSharedInstanceCleaner() {
-    if (sSharedDaemonConnection != nullptr) {
-        sSharedDaemonConnection->stopEventsListener();
-        delete sSharedDaemonConnection;
-    }
-}
+bool sIsDaemonConnectionOver = false;  // at exit; it is never made again
 
 QString directionText(std::int32_t direction) {
     switch (direction) {
@@ -99,12 +93,12 @@ std::shared_ptr<const TotalStatisticInfo> recordOf(const DaemonTotalStatisticInf
 }
 
 template <class Wire>
-auto recordOf(const std::unique_ptr<Wire>& wire) -> decltype(recordOf(*wire)) {
-    return wire != nullptr ? recordOf(*wire) : nullptr;
+auto recordOf(const std::optional<Wire>& wire) -> decltype(recordOf(*wire)) {
+    return wire ? recordOf(*wire) : nullptr;
 }
 
 template <class Wire>
-auto recordsOf(const std::vector<std::unique_ptr<Wire>>& rows) {
+auto recordsOf(const std::vector<std::optional<Wire>>& rows) {
     std::vector<decltype(recordOf(*rows.front()))> records;
     records.reserve(rows.size());
     std::transform(rows.begin(), rows.end(), std::back_inserter(records),
@@ -128,18 +122,30 @@ Request bytesRequest(const QDateTime& toTime, std::int32_t socketProtocol) {
 }
 
 template <class Reply>
-std::int64_t bytesOf(const std::unique_ptr<Reply>& reply) {
-    return reply != nullptr ? reply->bytes : 0;
+std::int64_t bytesOf(const std::optional<Reply>& reply) {
+    return reply ? reply->bytes : 0;
 }
 
 }  // namespace
 
+void daemonConnectionSharedInstanceCleaner() {
+    if (sSharedDaemonConnection != nullptr) {
+        sSharedDaemonConnection->stopEventsListener();
+        delete sSharedDaemonConnection;
+    }
+}
+
 DaemonConnection* DaemonConnection::sharedConnection() {
+    assert(!sIsDaemonConnectionOver);
     if (sSharedDaemonConnection == nullptr) {
         sSharedDaemonConnection = new DaemonConnection;
         std::atexit(daemonConnectionSharedInstanceCleaner);
     }
     return sSharedDaemonConnection;
+}
+
+bool DaemonConnection::isOver() {
+    return sIsDaemonConnectionOver;
 }
 
 DaemonConnection::DaemonConnection()
@@ -155,7 +161,7 @@ DaemonConnection::DaemonConnection()
 
 DaemonConnection::~DaemonConnection() {
     sSharedDaemonConnection = nullptr;
-    stopEventsListener();
+    sIsDaemonConnectionOver = true;
     while (!m_ApplicationsIteratorsList.empty()) {
         deleteApplicationsIterator(m_ApplicationsIteratorsList.front());
     }
@@ -164,13 +170,14 @@ DaemonConnection::~DaemonConnection() {
     }
 }
 
-/** Null without a link, when the request cannot be sent and when its reply is too short. */
+/** Nothing without a link, when the request cannot be sent and when its reply is too short. */
 template <class Reply, class Request>
-std::unique_ptr<Reply> DaemonConnection::ask(const Request& request) {
-    auto reply = std::make_unique<Reply>();
-    const bool isAnswered =
-        m_Connection != nullptr && m_Connection->SendMessage(request, *reply, daemonModule);
-    return isAnswered ? std::move(reply) : nullptr;
+std::optional<Reply> DaemonConnection::ask(const Request& request) {
+    std::optional<Reply> reply(std::in_place);
+    if (m_Connection == nullptr || !m_Connection->SendMessage(request, *reply, daemonModule)) {
+        reply.reset();
+    }
+    return reply;
 }
 
 template <class Request>
@@ -181,22 +188,24 @@ void DaemonConnection::tell(const Request& request) {
 }
 
 template <class Reply, class Request>
-std::vector<std::unique_ptr<Reply>> DaemonConnection::askForRows(std::int32_t iteratorId, std::int32_t first,
-                                                                 std::int32_t count) {
-    std::vector<std::unique_ptr<Reply>> rows(std::max(count, 0));
+std::vector<std::optional<Reply>> DaemonConnection::askForRows(std::int32_t iteratorId, std::int32_t first,
+                                                               std::int32_t count) {
+    std::vector<std::optional<Reply>> rows(std::max(count, 0));
     if (m_Connection == nullptr) {
         return rows;
     }
-    std::vector<int> messageIds(rows.size());
-    std::generate(messageIds.begin(), messageIds.end(), [&, index = first]() mutable {
+    std::vector<int> messageIds;
+    for (std::int32_t i = 0; i < count; ++i) {
         auto request = cursorRequest<Request>(iteratorId);
-        request.index = index++;
-        return m_Connection->SendMessage(request, daemonModule);
-    });
+        request.index = first + i;
+        messageIds.push_back(m_Connection->SendMessage(request, daemonModule));
+        if (messageIds.back() < 0) {
+            return rows;  // the daemon is gone: replies to the requests before may never come
+        }
+    }
     for (std::size_t i = 0; i < rows.size(); ++i) {
-        auto row = std::make_unique<Reply>();
-        if (messageIds[i] >= 0 && m_Connection->WaitReply(messageIds[i], *row)) {
-            rows[i] = std::move(row);
+        if (!m_Connection->WaitReply(messageIds[i], rows[i].emplace())) {
+            rows[i].reset();
         }
     }
     return rows;
@@ -204,12 +213,12 @@ std::vector<std::unique_ptr<Reply>> DaemonConnection::askForRows(std::int32_t it
 
 std::int32_t DaemonConnection::createApplicationsIterator() {
     const auto reply = ask<DaemonCreateApplicationIteratorReply>(DaemonCreateApplicationIteratorRequest());
-    return reply != nullptr ? m_ApplicationsIteratorsList.emplace_back(reply->iteratorId) : -1;
+    return reply ? m_ApplicationsIteratorsList.emplace_back(reply->iteratorId) : -1;
 }
 
 std::int32_t DaemonConnection::createConnectionsIterator() {
     const auto reply = ask<DaemonCreateConnectionsIteratorReply>(DaemonCreateConnectionsIteratorRequest());
-    return reply != nullptr ? m_ConnectionsIteratorsList.emplace_back(reply->iteratorId) : -1;
+    return reply ? m_ConnectionsIteratorsList.emplace_back(reply->iteratorId) : -1;
 }
 
 void DaemonConnection::deleteApplicationsIterator(std::int32_t iteratorId) {
@@ -251,13 +260,13 @@ std::int32_t DaemonConnection::countApplications(std::int32_t iteratorId) {
     }
     const auto reply =
         ask<DaemonGetCountApplicationsReply>(cursorRequest<DaemonGetCountApplicationsRequest>(iteratorId));
-    return reply != nullptr ? reply->count : 0;
+    return reply ? reply->count : 0;
 }
 
 std::int32_t DaemonConnection::countConnections(std::int32_t iteratorId) {
     const auto reply =
         ask<DaemonGetCountConnectionsReply>(cursorRequest<DaemonGetCountConnectionsRequest>(iteratorId));
-    return reply != nullptr ? reply->count : 0;
+    return reply ? reply->count : 0;
 }
 
 std::shared_ptr<const ApplicationInfo> DaemonConnection::applicationInfo(std::int32_t iteratorId,
@@ -326,7 +335,7 @@ std::int64_t DaemonConnection::totalSendedBytesForApplicationId(std::int32_t app
 
 bool DaemonConnection::isDaemonCleanDataBase() {
     const auto reply = ask<DaemonIsServerCleanDataBaseReply>(DaemonIsServerCleanDataBaseRequest());
-    return reply != nullptr && reply->isClean;
+    return reply && reply->isClean;
 }
 
 void DaemonConnection::startCleanDataBase() {
@@ -352,9 +361,7 @@ void DaemonConnection::stopEventsListener() {
 }
 
 void DaemonConnection::eventsListenerThread() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_BLOCK, &all, nullptr);
+    blockThreadSignals();
     while (!m_EventsListenerNeedStop) {
         std::this_thread::sleep_for(eventPollInterval);
         deliverQueuedEvents();

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <list>
 #include <memory>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -35,11 +36,11 @@ class DaemonConnection : public QObject {
      */
     static DaemonConnection* sharedConnection();
 
+    /** True once the exit has destroyed the shared connection: what outlives it has nobody left to tell. */
+    static bool isOver();
+
     DaemonConnection(const DaemonConnection&) = delete;
     DaemonConnection& operator=(const DaemonConnection&) = delete;
-
-    /** Deletes the cursors that are still open in the daemon, then closes the link. */
-    ~DaemonConnection() override;
 
     /** True when there is a link. It does not turn false when the daemon is lost later. */
     bool isValid() const { return m_Connection != nullptr; }
@@ -100,23 +101,31 @@ class DaemonConnection : public QObject {
     /** Tells the daemon that the settings have changed. */
     void sendConfigChangedEvent();
 
-    /** Returns when the listener thread has ended, looking once a second. Called at exit. */
+    /**
+     * Returns when the listener thread has ended, looking once a second. Called before the application object goes,
+     * whose queue the listener posts to; once more is harmless.
+     */
     void stopEventsListener();
 
   private:
+    friend void daemonConnectionSharedInstanceCleaner();
+
     DaemonConnection();
+
+    /** Deletes the cursors that are still open in the daemon, then closes the link. */
+    ~DaemonConnection() override;
 
     void eventsListenerThread();
     void deliverQueuedEvents();
     void eventOccured(const DaemonConnectionServerEvent& event);
 
     template <class Reply, class Request>
-    std::unique_ptr<Reply> ask(const Request& request);
+    std::optional<Reply> ask(const Request& request);
     template <class Request>
     void tell(const Request& request);
     template <class Reply, class Request>
-    std::vector<std::unique_ptr<Reply>> askForRows(std::int32_t iteratorId, std::int32_t first,
-                                                   std::int32_t count);
+    std::vector<std::optional<Reply>> askForRows(std::int32_t iteratorId, std::int32_t first,
+                                                 std::int32_t count);
 
     std::unique_ptr<LLNC_ClientConnection> m_Connection;
     std::list<std::int32_t> m_ApplicationsIteratorsList;

@@ -9,5 +9,9 @@
  * date. */
 Time NSDateToTime(const QDateTime& date);
 
-/** The local date of `time`; invalid when its fields are no calendar time, as the unset time's are. */
+/**
+ * The local date of `time`. Fields beyond their range carry over, as the 30th of February does into March; an hour that
+ * the clock skips moves forward, of an hour that occurs twice the first is meant. Invalid for the unset time and for
+ * absurd fields.
+ */
 QDateTime TimeToNSDate(const Time& time);

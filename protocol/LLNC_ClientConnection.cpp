@@ -1,25 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "protocol/LLNC_ClientConnection.h"
 
-#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 
 #include "protocol/EventMessage.h"
+#include "threads/ThreadSignals.h"
 
 namespace {
 
 constexpr int transferSize = 1024;  // bytes a read or write moves at most
 constexpr useconds_t pollIntervalMicroseconds = 5000;
-
-/** The program's signals belong to its main thread. */
-void blockSignals() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_BLOCK, &all, nullptr);
-}
 
 }  // namespace
 
@@ -97,7 +90,7 @@ std::unique_ptr<BinarySerializer> LLNC_ClientConnection::GetData(int count) {
 }
 
 void LLNC_ClientConnection::entryPoint() {
-    blockSignals();
+    blockThreadSignals();
     while (!m_NeedStop) {
         ReceiveFrame();
     }

@@ -2,11 +2,17 @@
 #include "daemon/DaemonConnection.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <algorithm>
 #include <chrono>
-#include <map>
+#include <cstdlib>
+#include <iterator>
+#include <memory>
+#include <thread>
 
 #include "daemon/ApplicationsIterator.h"
 #include "daemon/ConnectionsIterator.h"
@@ -66,6 +72,8 @@ bool answer(const LinkPeer::Request& request, BinarySerializer& body) {
             return info.SerializeTo(body);
         }
         case 3:
+        case 5:
+        case 7:
         case 9:
             body.WriteLongLong(request.header.messageType * 1000LL);
             return true;
@@ -124,6 +132,7 @@ TEST_F(DaemonConnectionTest, QueriesBecomeRecords) {
 
 TEST_F(DaemonConnectionTest, CursorsRememberOneRowAndFetchManyInOneGo) {
     LinkPeer peer(answer, daemonPort);
+    ASSERT_TRUE(DaemonConnection::sharedConnection()->isValid());
     const auto cursor = ApplicationsIterator::iterator();
     EXPECT_EQ(cursor->countApplications(), 1000);
     for (const int index : {3, 3, 4, 3}) {
@@ -145,22 +154,137 @@ TEST_F(DaemonConnectionTest, CursorsRememberOneRowAndFetchManyInOneGo) {
     EXPECT_EQ(requestsOfType(peer.waitForRequests(50), 18).size(), 47U) << "one request a row";
 }
 
-TEST_F(DaemonConnectionTest, DeletesTheCursorsThatAreStillOpenWhenItGoes) {
+std::string hexOf(const LinkPeer::Request& request) {
+    BinarySerializer body;
+    body.WriteCopy(request.body.data(), static_cast<long>(request.body.size()));
+    return std::to_string(request.header.messageType) + ":" + takeHex(body);
+}
+
+TEST_F(DaemonConnectionTest, EveryQueryCarriesItsArguments) {
     LinkPeer peer(answer, daemonPort);
     DaemonConnection* connection = DaemonConnection::sharedConnection();
-    connection->createApplicationsIterator();
-    connection->createApplicationsIterator();
-    connection->deleteConnectionsIterator(connection->createConnectionsIterator());
-    EXPECT_TRUE(connection->connectionsIterators().empty());
-    EXPECT_EQ(connection->applicationsIterators().size(), 2U);
-    peer.waitForRequests(4);
-    delete connection;
+    const QDateTime start(QDate(2008, 3, 7), QTime(9, 5, 1));
+    const QDateTime end(QDate(2009, 4, 8), QTime(10, 6, 2));
+    connection->totalReceivedBytesToTime(start, 6);
+    connection->totalSendedBytesToTime(start, 17);
+    connection->totalReceivedBytesForApplicationId(258, start, -1);
+    connection->totalSendedBytesForApplicationId(258, end, 6);
+    connection->setApplicationIteratorParameters(7, 4, 1);
+    connection->setConnectionIteratorParameters(8, start, end, 258, 17, 5, 0);
+    connection->deleteConnectionsIterator(9);
+    connection->startCleanDataBase();
+    connection->sendConfigChangedEvent();
+
+    const std::string startBytes =
+        "00000007"
+        "00000003"
+        "000007d8"
+        "00000001"
+        "00000005"
+        "00000009";
+    const std::string endBytes =
+        "00000008"
+        "00000004"
+        "000007d9"
+        "00000002"
+        "00000006"
+        "0000000a";
+    const std::vector<std::string> expected{
+        "3:" + startBytes + "00000006",
+        "5:" + startBytes + "00000011",
+        "7:00000102" + startBytes + "ffffffff",
+        "9:00000102" + endBytes + "00000006",
+        "15:00000007"
+        "00000001"
+        "00000004",
+        "22:00000008" + startBytes + endBytes +
+            "00000102"
+            "00000011"
+            "00000000"
+            "00000005",
+        "26:00000009",
+        "-1:00000001"
+        "00000000",
+        "-1:00000004"
+        "00000000",
+    };
+    const auto requests = peer.waitForRequests(expected.size());
+    ASSERT_EQ(requests.size(), expected.size());
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_EQ(hexOf(requests[i]), expected[i]);
+    }
+}
+
+TEST_F(DaemonConnectionTest, RecordsTakeEachFieldFromItsOwn) {
+    const LinkPeer peer(
+        [](const LinkPeer::Request& request, BinarySerializer& body) {
+            body.WriteInt(1);
+            body.WriteString("n");
+            body.WriteString("p");
+            for (long long value = 100; value < 106; ++value) {
+                body.WriteLongLong(value);
+            }
+            for (const int year : {2008, 2009}) {
+                Time(1, 1, year, 0, 0, 0).SerializeTo(body);
+            }
+            if (request.header.messageType == 11) {  // the sums begin where the counters do
+                std::string skipped(4 + 6 + 6, ' ');
+                body.Read(skipped.data(), static_cast<long>(skipped.size()));
+            }
+            return true;
+        },
+        daemonPort);
+    const auto application = DaemonConnection::sharedConnection()->applicationInfoFromId(1);
+    ASSERT_NE(application, nullptr);
+    EXPECT_EQ(application->totalReceivedBytes(), 100);
+    EXPECT_EQ(application->totalSendedBytes(), 101);
+    EXPECT_EQ(application->tcpReceivedBytes(), 102);
+    EXPECT_EQ(application->tcpSendedBytes(), 103);
+    EXPECT_EQ(application->udpReceivedBytes(), 104);
+    EXPECT_EQ(application->udpSendedBytes(), 105);
+    EXPECT_EQ(application->startTime().date().year(), 2008);
+    EXPECT_EQ(application->endTime().date().year(), 2009);
+    const auto totals = DaemonConnection::sharedConnection()->totalStatisticInfo();
+    ASSERT_NE(totals, nullptr);
+    EXPECT_EQ(totals->totalReceivedBytes(), 100);
+    EXPECT_EQ(totals->udpSendedBytes(), 105);
+    EXPECT_EQ(totals->startTime().date().year(), 2008);
+}
+
+/** Runs `body` in a process of its own, which leaves through `exit`, once the parent says so. */
+template <class Body>
+auto startProcess(Body body) {
+    int gate[2];
+    EXPECT_EQ(pipe(gate), 0);
+    const pid_t process = fork();
+    if (process == 0) {
+        char byte = 0;
+        [[maybe_unused]] const auto opened = read(gate[0], &byte, 1);
+        body();
+        std::exit(0);
+    }
+    return [process, gate = gate[1]] {
+        [[maybe_unused]] const auto opened = write(gate, "x", 1);
+        int status = 0;
+        waitpid(process, &status, 0);
+        return status;
+    };
+}
+
+TEST_F(DaemonConnectionTest, TheProcessesExitDeletesTheCursorsThatAreStillOpen) {
+    const auto finish = startProcess([] {
+        static std::shared_ptr<ApplicationsIterator> outlivesTheConnection;
+        outlivesTheConnection = ApplicationsIterator::iterator();
+        ApplicationsIterator::iterator();
+        DaemonConnection::sharedConnection()->createConnectionsIterator();
+    });
+    LinkPeer peer(answer, daemonPort);
+    EXPECT_EQ(finish(), 0);
     const auto requests = peer.waitForRequests(6);
-    const auto deletions = requestsOfType(requests, 19);
-    ASSERT_EQ(deletions.size(), 2U);
-    EXPECT_EQ(deletions[0].body.back(), 100);
-    EXPECT_EQ(deletions[1].body.back(), 101);
-    EXPECT_EQ(requestsOfType(requests, 26).size(), 1U);
+    std::vector<std::string> sent;
+    std::transform(requests.begin(), requests.end(), std::back_inserter(sent), hexOf);
+    EXPECT_EQ(sent,
+              (std::vector<std::string>{"13:", "13:", "19:00000065", "20:", "19:00000064", "26:00000067"}));
 }
 
 class RecordingDelegate : public DaemonConnectionDelegate {

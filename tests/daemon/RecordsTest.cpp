@@ -52,10 +52,25 @@ TEST(DateConversion, KeepsLocalCalendarTimeToTheSecond) {
     EXPECT_EQ(TimeToNSDate(NSDateToTime(utc)).toUTC(), utc.addMSecs(-999));
 }
 
+TEST(DateConversion, MeansTheFirstOfAnHourThatOccursTwiceWhateverWasConvertedBefore) {
+    setenv("TZ", "America/New_York", 1);
+    tzset();
+    for (const int month : {1, 7}) {
+        TimeToNSDate(Time(1, month, 2008, 0, 0, 12));
+        const QDateTime first = TimeToNSDate(Time(2, 11, 2008, 0, 30, 1));
+        EXPECT_EQ(first.toUTC(), QDateTime(QDate(2008, 11, 2), QTime(5, 30), Qt::UTC));
+        const QDateTime skipped = TimeToNSDate(Time(9, 3, 2008, 0, 30, 2));
+        EXPECT_EQ(skipped.toUTC(), QDateTime(QDate(2008, 3, 9), QTime(7, 30), Qt::UTC));
+    }
+}
+
+TEST(DateConversion, FieldsBeyondTheirRangeCarryOver) {
+    EXPECT_EQ(TimeToNSDate(Time(30, 2, 2008, 61, 59, 9)), QDateTime(QDate(2008, 3, 1), QTime(10, 0, 1)));
+    EXPECT_EQ(TimeToNSDate(Time(31, 7, 2008, 60, 0, 9)), QDateTime(QDate(2008, 7, 31), QTime(9, 1, 0)));
+}
+
 TEST(DateConversion, WhatIsNoDateIsUnset) {
     EXPECT_FALSE(TimeToNSDate(Time()).isValid());
-    EXPECT_FALSE(TimeToNSDate(Time(30, 2, 2008, 0, 0, 0)).isValid());
-    EXPECT_FALSE(TimeToNSDate(Time(1, 1, 2008, 61, 0, 0)).isValid());
     EXPECT_FALSE(TimeToNSDate(Time(-2147483647, 2147483647, -2147483647, 0, 0, 0)).isValid());
     EXPECT_EQ(NSDateToTime(QDateTime()), Time());
 }

@@ -105,15 +105,10 @@ void Daemon::announceNewApplications() {
     }
 }
 
-/** One line per second at most, however many clients tell it how often. */
 void Daemon::noteConfigurationChange() {
-    const Moment now = systemClock();
-    if (now != m_LastConfigurationChange) {
-        const std::string& file = m_Options.config;
-        logLine("the settings have changed", file.empty() ? "" : " in " + file,
+    const std::string& file = m_Options.config;
+    logPeerLine("the settings have changed", file.empty() ? "" : " in " + file,
                 "; this version does not obey them");
-    }
-    m_LastConfigurationChange = now;
 }
 
 }  // namespace service

@@ -52,7 +52,6 @@ class Daemon {
     const Options m_Options;
     std::unique_ptr<TemporaryFolder> m_TemporaryFolder;  ///< of a demo whose history is not kept
     std::string m_DatabasePath;
-    Moment m_LastConfigurationChange;
 
     // In the order of dependence: what stands below uses what stands above and goes first. The server is the
     // first to go, so that its clients learn at once that nobody answers them any more.

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <iostream>
@@ -9,6 +11,15 @@
 #include "service/log/Log.h"
 
 namespace {
+
+/** Fills closed standard descriptors, lest a database or a client gets the number that the log writes to. */
+void openStandardDescriptors() {
+    int descriptor = STDIN_FILENO;
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO) {
+        descriptor = ::open("/dev/null", O_RDWR);
+    }
+    ::close(descriptor);
+}
 
 /** Runs the daemon until it is told to stop; returns the process's exit status. */
 int serve(const service::Options& options) {
@@ -30,6 +41,7 @@ int serve(const service::Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    openStandardDescriptors();
     using Action = service::CommandLine::Action;
     const service::CommandLine line = service::parseCommandLine({argv + 1, argv + argc});
     switch (line.action) {

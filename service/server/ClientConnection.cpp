@@ -91,9 +91,9 @@ void ClientConnection::serveFrame(const ScannedFrame& frame) {
         return;
     }
     const bool isUnknown = outcome == RequestRouter::Outcome::UnknownType;
-    logLine("client ", m_Number, ": ",
-            isUnknown ? "unknown request type " : "too short a body for request type ",
-            frame.header.messageType, "; further faults of this client are not logged");
+    logPeerLine("client ", m_Number, ": ",
+                isUnknown ? "unknown request type " : "too short a body for request type ",
+                frame.header.messageType, "; further faults of this client are not logged");
     m_HasComplained = true;
 }
 
@@ -134,7 +134,7 @@ bool ClientConnection::isSettled() const {
 }
 
 void ClientConnection::drop(const std::string& reason) {
-    logLine("client ", m_Number, ": dropped, ", reason);
+    logPeerLine("client ", m_Number, ": dropped, ", reason);
     m_Over = true;
 }
 

@@ -14,7 +14,7 @@ void HistoryCleaner::start() {
         return;
     }
     m_Running = true;
-    logLine("cleaning the history");
+    logPeerLine("cleaning the history");
     m_Hooks.tellClients(DaemonEvent::CleaningStarted);
     m_Ledger.clear(m_Hooks.now());
     m_Hooks.wakeWriter();
@@ -25,7 +25,7 @@ void HistoryCleaner::finish() {
         return;
     }
     m_Running = false;
-    logLine("the history is clean");
+    logPeerLine("the history is clean");
     m_Hooks.tellClients(DaemonEvent::CleaningFinished);
 }
 

@@ -59,7 +59,7 @@ void Server::acceptClients() {
  */
 void Server::pauseAccepting() {
     if (!m_IsExhausted) {
-        logLine("out of file descriptors: new clients have to wait");
+        logPeerLine("out of file descriptors: new clients have to wait");
     }
     m_IsExhausted = true;
     m_Loop.setEvents(m_ListenerWatch, 0);
@@ -68,7 +68,7 @@ void Server::pauseAccepting() {
 void Server::addClient(FileDescriptor socket) {
     if (m_Clients.size() >= m_Limits.clients) {
         if (!m_IsTurningAway) {
-            logLine(m_Clients.size(), " clients are connected: further ones are turned away");
+            logPeerLine(m_Clients.size(), " clients are connected: further ones are turned away");
         }
         m_IsTurningAway = true;
         return;
@@ -146,6 +146,7 @@ void Server::tick() {
         checkDrained();
         return;
     }
+    logLeftOutLines();
     m_Loop.setEvents(m_ListenerWatch, EPOLLIN);
     for (auto next = m_Clients.begin(); next != m_Clients.end();) {
         const auto client = next++;

@@ -42,12 +42,17 @@ void ClientConnection::readAndServe() {
     if (count > 0) {
         m_Inbox.append(std::span(chunk).first(static_cast<std::size_t>(count)));
     } else if (count == 0) {
-        m_PeerIsDone = true;
-        setResetOnClose(m_Socket.get(), false);  // it asks no more: let the last answers reach it
+        endRequests();
     } else if (!isTransient(errno)) {
         fail();
     }
     serve();
+}
+
+/** No more is read; who has asked before still gets the answers. */
+void ClientConnection::endRequests() {
+    m_PeerIsDone = true;
+    setResetOnClose(m_Socket.get(), false);
 }
 
 void ClientConnection::serve() {
@@ -73,7 +78,10 @@ void ClientConnection::serveFrames(SteadyTime turnEnd) {
             return;
         }
         if (frame.kind == ScannedFrame::Kind::Bad) {
-            drop("it announced a body of " + std::to_string(frame.header.dataSize) + " bytes");
+            logPeerLine("client ", m_Number, ": dropped, it announced a body of ", frame.header.dataSize,
+                        " bytes");
+            m_Inbox.take(m_Inbox.size());
+            endRequests();
             return;
         }
         if (manyWait() || steady_clock::now() >= turnEnd) {

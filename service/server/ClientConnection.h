@@ -64,6 +64,7 @@ class ClientConnection {
   private:
     using SteadyTime = std::chrono::steady_clock::time_point;
 
+    void endRequests();
     void serveFrames(SteadyTime turnEnd);
     void serveFrame(const ScannedFrame& frame);
     void send();
@@ -77,7 +78,7 @@ class ClientConnection {
     Outbox m_Outbox;
     SteadyTime m_LastProgress;  ///< when bytes were last sent, or began to wait
     bool m_FramesWait = false;  ///< whole frames are in the inbox
-    bool m_PeerIsDone = false;  ///< it sends no more, but may still read
+    bool m_PeerIsDone = false;  ///< it asks no more, but may still read
     bool m_HasComplained = false;
     bool m_Over = false;
 };

@@ -81,7 +81,13 @@ TEST_F(ServerTest, ABodyOfAnImpossibleSizeEndsItsClientOnly) {
     TestClient good(address);
     for (const std::int32_t size : {-1, 4097, 0x7fffffff}) {
         TestClient bad(address);
-        ASSERT_TRUE(bad.send(frameHeader(0, 11, size)));
+        std::vector<std::uint8_t> bytes = requestFrame(7, anything);
+        const std::vector<std::uint8_t> impossible = frameHeader(8, 11, size);
+        bytes.insert(bytes.end(), impossible.begin(), impossible.end());
+        ASSERT_TRUE(bad.send(bytes));
+        const auto answer = bad.read();
+        ASSERT_TRUE(answer) << size;
+        EXPECT_EQ(answer->header.replyToId, 7) << "what came before it is answered";
         EXPECT_FALSE(bad.read()) << size;
         EXPECT_TRUE(good.ask(anything)) << size;
     }

@@ -34,7 +34,7 @@ class Daemon {
     Daemon(const Daemon&) = delete;
     Daemon& operator=(const Daemon&) = delete;
 
-    /** Serves until SIGTERM or SIGINT, then gives the last answers. The destructor writes what is left. */
+    /** Serves until SIGTERM, SIGINT or SIGHUP, then gives the last answers. The destructor writes what is left. */
     void serve();
 
   private:

@@ -17,6 +17,11 @@ sigset_t stopSignals() {
     sigemptyset(&signals);
     sigaddset(&signals, SIGTERM);
     sigaddset(&signals, SIGINT);
+    struct sigaction onHangup {};
+    ::sigaction(SIGHUP, nullptr, &onHangup);
+    if (onHangup.sa_handler != SIG_IGN) {  // nohup's wish that the daemon outlives its terminal
+        sigaddset(&signals, SIGHUP);
+    }
     return signals;
 }
 
@@ -30,13 +35,10 @@ void StopSignals::block() {
 StopSignals::StopSignals(EventLoop& loop, std::function<void()> onSignal) : m_Loop(loop) {
     const sigset_t signals = stopSignals();
     m_Descriptor = FileDescriptor(::signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC));
-    m_Watch = loop.watch(m_Descriptor.get(), EPOLLIN,
-                         [descriptor = m_Descriptor.get(), onSignal = std::move(onSignal)](std::uint32_t) {
-                             signalfd_siginfo info{};
-                             if (::read(descriptor, &info, sizeof info) == sizeof info) {
-                                 onSignal();
-                             }
-                         });
+    m_Watch = loop.watch(m_Descriptor.get(), EPOLLIN, [this, onSignal = std::move(onSignal)](std::uint32_t) {
+        m_Loop.unwatch(m_Watch);
+        onSignal();
+    });
 }
 
 StopSignals::~StopSignals() {

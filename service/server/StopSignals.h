@@ -7,10 +7,10 @@
 
 namespace service {
 
-/** Turns SIGTERM and SIGINT into a call on a loop's thread. */
+/** Turns the first SIGTERM, SIGINT or SIGHUP into a call on a loop's thread; later ones change nothing. */
 class StopSignals {
   public:
-    /** Keeps both signals from ending the process; before the first thread is started, since threads inherit
+    /** Keeps these signals from ending the process; before the first thread is started, since threads inherit
      * it. */
     static void block();
 

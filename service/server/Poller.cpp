@@ -11,7 +11,8 @@ namespace service {
 
 namespace {
 
-constexpr std::chrono::seconds interval{1};
+constexpr std::chrono::milliseconds interval{1000};
+constexpr std::chrono::milliseconds minimalRest{250};  ///< after a poll, however long it took
 
 }  // namespace
 
@@ -33,7 +34,7 @@ void Poller::run() {
     bool stop = false;
     while (!stop) {
         poll();
-        next = std::max(next + interval, steady_clock::now());  // after a slow poll no hurry to catch up
+        next = std::max(next + interval, steady_clock::now() + minimalRest);  // no hurry to catch up
         std::unique_lock lock(m_Mutex);
         stop = m_StopChanged.wait_until(lock, next, [this] { return m_StopRequested; });
     }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "service/Daemon.h"
 
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "service/DefaultDatabase.h"
@@ -40,6 +42,12 @@ bool Daemon::placeDatabase(std::string& error) {
         return false;
     }
     m_DatabasePath = m_Options.database.empty() ? *defaultDatabasePath() : m_Options.database;
+    std::error_code ignored;
+    if (std::filesystem::path(m_DatabasePath).filename().empty() ||
+        std::filesystem::is_directory(m_DatabasePath, ignored)) {
+        error = "the history needs a file, not the folder " + m_DatabasePath;
+        return false;
+    }
     return makeFolderOf(m_DatabasePath, error);
 }
 

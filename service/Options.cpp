@@ -73,6 +73,9 @@ std::string parseOption(const std::vector<std::string>& arguments, std::size_t& 
     if (!isAttached && position == arguments.size()) {
         return name + " needs " + std::string(option->expected);
     }
+    if (!isAttached && arguments[position].starts_with("--")) {  // a forgotten value, more likely than not
+        return name + " needs " + std::string(option->expected) + " before " + arguments[position];
+    }
     const std::string value = isAttached ? argument.substr(equals + 1) : arguments[position++];
     if (!option->apply(options, value)) {
         return name + " needs " + std::string(option->expected) + ", not '" + value + "'";

@@ -25,8 +25,9 @@ TEST(Options, WrongOnesAreNamed) {
     };
     for (const Case& wrong :
          {Case{{"--demon"}, "'--demon'"}, Case{{"file"}, "'file'"}, Case{{"--database"}, "--database needs"},
-          Case{{"--database="}, "--database needs"}, Case{{"--demo=1"}, "'--demo=1'"},
-          Case{{"--listen", "localhost:1"}, "'localhost:1'"}, Case{{"--listen", "127.0.0.1"}, "'127.0.0.1'"},
+          Case{{"--database="}, "--database needs"}, Case{{"--database", "--demo"}, "--database needs"},
+          Case{{"--demo=1"}, "'--demo=1'"}, Case{{"--listen", "localhost:1"}, "'localhost:1'"},
+          Case{{"--listen", "127.0.0.1"}, "'127.0.0.1'"},
           Case{{"--listen", "127.0.0.1:65536"}, "127.0.0.1:65536"}, Case{{"--listen", "127.0.0.1:1x"}, "1x"},
           Case{{"--listen", "127.0.0.1:"}, "--listen"}, Case{{"--capture", "pcap"}, "'pcap'"},
           Case{{"--demo", "--capture", "auto"}, "exclude"}}) {

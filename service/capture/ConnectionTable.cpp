@@ -136,6 +136,11 @@ void ConnectionTable::enterDestroyed(const SocketReport& report, Moment now) {
             return;
         }
         position = open(report, now);
+        Direction& direction = position->second.sample.direction;
+        if (direction ==
+            Direction::Output) {  // its listener may have come and gone between two dumps as well
+            direction = Direction::Undefined;
+        }
     }
     count(position->second, report);
     close(position);

@@ -19,8 +19,8 @@ namespace service {
  *
  * Counts payload, not headers. Works without privileges; then the applications of other users' connections
  * stay unknown. A connection shorter than the time between two polls is counted, but its owner is unknown
- * too: by the time the kernel tells of it no process holds it any more. Half-open connections are no
- * connections yet.
+ * too: by the time the kernel tells of it no process holds it any more. So is who opened it, unless its local
+ * port was seen listening. Half-open connections are no connections yet.
  */
 class DiagSource : public TrafficSource {
   public:

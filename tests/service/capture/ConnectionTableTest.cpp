@@ -97,7 +97,7 @@ TEST_F(ConnectionTableTest, EndsWithTheLastBytesUnderTheOwnerItHad) {
     EXPECT_TRUE(poll({}).empty());
 }
 
-TEST_F(ConnectionTableTest, GuessesNoOwnerForAConnectionSeenOnlyAtItsEnd) {
+TEST_F(ConnectionTableTest, GuessesNothingOfAConnectionSeenOnlyAtItsEnd) {
     const SocketReport last = inState(TcpState::Close, report(1, {160, 120}, 0));
     EXPECT_TRUE(poll({}, {last}, false).empty()) << "how much of it is older than the baseline is not known";
     EXPECT_TRUE(poll({}).empty());
@@ -106,6 +106,7 @@ TEST_F(ConnectionTableTest, GuessesNoOwnerForAConnectionSeenOnlyAtItsEnd) {
     ASSERT_EQ(samples.size(), 1U);
     EXPECT_EQ(samples[0].application->path, unknownApplicationPath);
     EXPECT_EQ(samples[0].moved, (ByteCount{160, 120}));
+    EXPECT_EQ(samples[0].direction, Direction::Undefined) << "nor who opened it";
     EXPECT_TRUE(samples[0].closed);
 }
 

@@ -4,6 +4,8 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <limits.h>
+#include <sys/stat.h>
+#include <unicode/unistr.h>
 #include <unistd.h>
 
 #include <array>
@@ -36,6 +38,21 @@ std::optional<std::uint32_t> socketInode(std::string_view link) {
 
 bool isProcess(const dirent& entry) {
     return entry.d_name[0] >= '1' && entry.d_name[0] <= '9';
+}
+
+/** Whether both are there and lead to one file. */
+bool isSameFile(const std::string& left, const std::string& right) {
+    struct stat first {};
+    struct stat second {};
+    return ::stat(left.c_str(), &first) == 0 && ::stat(right.c_str(), &second) == 0 &&
+           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+/** A file's name is any bytes: those that are no UTF-8 become U+FFFD, since the link and the history hold text. */
+std::string validUtf8(const std::string& bytes) {
+    std::string text;
+    icu::UnicodeString::fromUTF8(bytes).toUTF8String(text);
+    return text;
 }
 
 }  // namespace
@@ -97,16 +114,18 @@ void SocketOwners::rememberProcess(const std::string& processFolder) {
 
 std::shared_ptr<const ApplicationIdentity> SocketOwners::applicationOf(const std::string& processFolder) {
     std::array<char, PATH_MAX> link;
-    const ssize_t length = ::readlink((processFolder + "/exe").c_str(), link.data(), link.size());
+    const std::string executable = processFolder + "/exe";
+    const ssize_t length = ::readlink(executable.c_str(), link.data(), link.size());
     if (length <= 0) {
         return nullptr;
     }
     std::string path(link.data(), static_cast<std::size_t>(length));
     // The kernel's mark on an executable that was replaced, as by an update, while it runs.
     constexpr std::string_view deletedMark = " (deleted)";
-    if (path.ends_with(deletedMark)) {
+    if (path.ends_with(deletedMark) && !isSameFile(path, executable)) {
         path.resize(path.size() - deletedMark.size());
     }
+    path = validUtf8(path);
     auto& application = m_Applications[path];
     if (!application) {
         const std::string name = path.substr(path.rfind('/') + 1);

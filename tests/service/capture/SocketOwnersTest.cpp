@@ -39,6 +39,31 @@ pid_t runWithSocket(const std::string& program, int socket) {
     return child;
 }
 
+/** A path of this test's own among the temporary files. */
+std::string temporaryPath(const std::string& ending) {
+    return std::filesystem::temp_directory_path() / ("capture-test-" + std::to_string(::getpid()) + ending);
+}
+
+enum class File { Stays, Goes };
+
+/** Who holds a socket that is in the hands of a program at `path` whose file stays or goes as it runs. */
+ApplicationIdentity ownerFor(const std::string& path, File file) {
+    LoopbackPair pair(AF_INET);
+    const std::uint32_t inode = inodeOf(pair.server());
+    std::filesystem::copy_file("/bin/sleep", path);
+    const pid_t child = runWithSocket(path, pair.server());
+    if (file == File::Goes) {
+        std::filesystem::remove(path);
+    }
+    pair.closeServer();
+
+    const auto found = SocketOwners().find({inode});
+    ::kill(child, SIGKILL);
+    ::waitpid(child, nullptr, 0);
+    std::filesystem::remove(path);
+    return found.contains(inode) ? *found.at(inode) : ApplicationIdentity{};
+}
+
 TEST(SocketOwners, NamesThisProcessOnceForAllItsSockets) {
     const LoopbackPair pair(AF_INET);
     SocketOwners owners;
@@ -52,20 +77,22 @@ TEST(SocketOwners, NamesThisProcessOnceForAllItsSockets) {
 }
 
 TEST(SocketOwners, NamesAnotherProgramByItsPathThoughItsFileIsGone) {
-    LoopbackPair pair(AF_INET);
-    const std::uint32_t inode = inodeOf(pair.server());
-    const auto copy = std::filesystem::temp_directory_path() / ("capture-test-" + std::to_string(::getpid()));
-    std::filesystem::copy_file("/bin/sleep", copy);
-    const pid_t child = runWithSocket(copy, pair.server());
-    std::filesystem::remove(copy);
-    pair.closeServer();
+    const std::string path = temporaryPath("");
+    const ApplicationIdentity owner = ownerFor(path, File::Goes);
+    EXPECT_EQ(owner.path, path);
+    EXPECT_EQ(owner.name, std::filesystem::path(path).filename());
+}
 
-    const auto found = SocketOwners().find({inode});
-    ::kill(child, SIGKILL);
-    ::waitpid(child, nullptr, 0);
-    ASSERT_TRUE(found.contains(inode));
-    EXPECT_EQ(found.at(inode)->path, copy);
-    EXPECT_EQ(found.at(inode)->name, copy.filename());
+TEST(SocketOwners, KeepsANameThatOnlyLooksLikeTheMarkOfAGoneFile) {
+    const std::string path = temporaryPath(" (deleted)");
+    EXPECT_EQ(ownerFor(path, File::Stays).path, path);
+    EXPECT_EQ(ownerFor(path, File::Goes).path, path);
+}
+
+TEST(SocketOwners, MakesTextOfANameThatIsNone) {
+    const ApplicationIdentity owner = ownerFor(temporaryPath("\xff\xc3z"), File::Stays);
+    EXPECT_EQ(owner.path, temporaryPath("\uFFFD\uFFFDz"));
+    EXPECT_EQ(owner.name, std::filesystem::path(owner.path).filename());
 }
 
 }  // namespace

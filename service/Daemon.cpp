@@ -9,7 +9,7 @@
 #include "service/demo/DemoHistory.h"
 #include "service/demo/DemoSource.h"
 #include "service/log/Log.h"
-#include "service/server/Clock.h"
+#include "service/traffic/Clock.h"
 
 namespace service {
 

@@ -5,8 +5,8 @@
 #include <optional>
 
 #include "service/ledger/Ledger.h"
-#include "service/server/Clock.h"
 #include "service/store/HistoryReader.h"
+#include "service/traffic/Clock.h"
 
 namespace service {
 

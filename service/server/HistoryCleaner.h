@@ -4,8 +4,8 @@
 #include <functional>
 
 #include "service/ledger/Ledger.h"
-#include "service/server/Clock.h"
 #include "service/server/DaemonEvent.h"
+#include "service/traffic/Clock.h"
 
 namespace service {
 

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <utility>
 
-#include "service/server/Clock.h"
+#include "service/traffic/Clock.h"
 
 namespace service {
 

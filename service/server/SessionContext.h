@@ -4,10 +4,10 @@
 #include <functional>
 
 #include "service/ledger/Ledger.h"
-#include "service/server/Clock.h"
 #include "service/server/HistoryCleaner.h"
 #include "service/server/TextOrder.h"
 #include "service/store/HistoryReader.h"
+#include "service/traffic/Clock.h"
 
 namespace service {
 

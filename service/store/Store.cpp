@@ -16,11 +16,14 @@ namespace {
 
 /**
  * With WAL and NORMAL a crash of the daemon loses nothing and a loss of power the last moments at most; the
- * limit gives the log's space back after a burst.
+ * limit gives the log's space back after a burst. Debian builds SQLite so that it overwrites with zeros what
+ * is deleted: a wipe would write the whole database into the log once, only for the `VACUUM` after it to leave
+ * those pages behind anyway, and would want that much room on a disk that may be full.
  */
 constexpr char settings[] =
     "PRAGMA journal_mode = WAL;"
     "PRAGMA synchronous = NORMAL;"
+    "PRAGMA secure_delete = OFF;"
     "PRAGMA journal_size_limit = 8388608;";
 
 }  // namespace

@@ -83,15 +83,15 @@ void StoreWriter::limitBacklog() {
     }
 }
 
-/** One line when writing begins to fail and one when it works again. */
+/** One line when writing begins to fail, one when a wipe does, and one when it works again. */
 void StoreWriter::report(bool written) {
-    if (written == m_Works) {
-        return;
-    }
-    m_Works = written;
-    if (written) {
+    const bool wipeWaited = std::exchange(m_WipeWaits, !written && m_Backlog.wiped);
+    const bool worked = std::exchange(m_Works, written);
+    if (written && !worked) {
         logLine("store: the history goes on; connections lost meanwhile: ", std::exchange(m_Dropped, 0));
-    } else {
+    } else if (m_WipeWaits && !wipeWaited) {
+        logLine("store: the history waits until it can be wiped: ", m_Store.lastError());
+    } else if (!written && worked) {
         logLine("store: the history waits until it can be written: ", m_Store.lastError());
     }
 }

@@ -46,6 +46,7 @@ class StoreWriter {
     // For the writer's thread only:
     LedgerChanges m_Backlog;    ///< taken from the ledger and not on disk yet
     bool m_Works = true;        ///< whether the last write succeeded
+    bool m_WipeWaits = false;   ///< whether a wipe is among what the last write left undone
     std::size_t m_Dropped = 0;  ///< connections that a long failure has cost
 
     std::mutex m_Mutex;

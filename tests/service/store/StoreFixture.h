@@ -61,9 +61,9 @@ class StoreFixture : public testing::Test {
     std::unique_ptr<Store> store;
 };
 
-/** Makes every write of a connection fail until the second is run. */
-inline constexpr char breakConnections[] =
-    "CREATE TRIGGER broken BEFORE INSERT ON connections BEGIN SELECT RAISE(ABORT, 'broken on purpose'); END";
-inline constexpr char mendConnections[] = "DROP TRIGGER broken";
+/** Makes every write fail until the second is run. */
+inline constexpr char breakWrites[] =
+    "CREATE TRIGGER broken BEFORE INSERT ON counting BEGIN SELECT RAISE(ABORT, 'broken on purpose'); END";
+inline constexpr char mendWrites[] = "DROP TRIGGER broken";
 
 }  // namespace service

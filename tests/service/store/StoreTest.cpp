@@ -116,7 +116,7 @@ TEST_F(StoreTest, ABatchIsWrittenWholeOrNotAtAll) {
         EXPECT_TRUE(givenUp.append(seconds[0]) && givenUp.append(seconds[1]));
         EXPECT_EQ(reader()->totalUpTo({}, {}, at(2)).received, 0);
     }
-    interfere(breakConnections);
+    interfere(breakWrites);
     {
         StoreBatch broken(*store);
         EXPECT_FALSE(broken.append(seconds[0]));
@@ -124,7 +124,7 @@ TEST_F(StoreTest, ABatchIsWrittenWholeOrNotAtAll) {
         EXPECT_FALSE(broken.commit());
         EXPECT_EQ(store->lastError(), "broken on purpose");
     }
-    interfere(mendConnections);
+    interfere(mendWrites);
     EXPECT_EQ(reader()->totalUpTo({}, {}, at(2)).received, 0);
     StoreBatch batch(*store);
     EXPECT_TRUE(batch.append(seconds[0]) && batch.append(seconds[1]) && batch.commit());

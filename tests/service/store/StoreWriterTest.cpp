@@ -60,13 +60,13 @@ TEST_F(StoreWriterTest, WhatTheDiskDoesNotTakeFollowsLaterAndIsLoggedOnceEachWay
     Ledger ledger(store->load(at(0)));
     ErrorOutput log;
     auto writer = std::make_unique<StoreWriter>(ledger, *store, [] {});
-    interfere(breakConnections);
+    interfere(breakWrites);
     ledger.apply({sampleOf(1, "/a", {10, 0}, true)}, at(1));
     writer->wake();
     EXPECT_NE(log.readLine().find("waits until it can be written: broken on purpose"), std::string::npos);
     ledger.apply({sampleOf(2, "/b", {5, 0})}, at(2));
     writer->wake();  // may fail once more, of which nothing is said
-    interfere(mendConnections);
+    interfere(mendWrites);
     writer->wake();
     EXPECT_NE(log.readLine().find("goes on; connections lost meanwhile: 0"), std::string::npos);
 
@@ -78,6 +78,22 @@ TEST_F(StoreWriterTest, WhatTheDiskDoesNotTakeFollowsLaterAndIsLoggedOnceEachWay
     ASSERT_TRUE(history->connection(1, info)) << "it had left the ledger when the disk came back";
     EXPECT_EQ(info.receivedBytes, 10);
     EXPECT_TRUE(history->connection(2, info));
+}
+
+TEST_F(StoreWriterTest, AWipeThatFailsIsLoggedAlsoWhereWritesHadFailedBefore) {
+    Ledger ledger(store->load(at(0)));
+    ErrorOutput log;
+    StoreWriter writer(ledger, *store, [] {});
+    interfere(breakWrites);
+    ledger.apply({sampleOf(1, "/a", {10, 0})}, at(1));
+    writer.wake();
+    EXPECT_NE(log.readLine().find("waits until it can be written"), std::string::npos);
+    ledger.clear(at(2));
+    writer.wake();
+    EXPECT_NE(log.readLine().find("waits until it can be wiped: broken on purpose"), std::string::npos);
+    interfere(mendWrites);
+    writer.wake();
+    EXPECT_NE(log.readLine().find("goes on"), std::string::npos);
 }
 
 }  // namespace service

@@ -56,16 +56,17 @@ bool Daemon::openHistory(std::string& error) {
     if (!m_Store) {
         return false;
     }
-    LedgerState state = m_Store->load(systemClock());
-    if (m_Options.demo && state.applications.empty()) {
-        if (!writeDemoHistory(*m_Store, DemoScene::here(systemClock()))) {
-            error = "cannot write the demo's history: " + m_Store->lastError();
-            return false;
-        }
-        state = m_Store->load(systemClock());
+    if (m_Options.demo && !writeDemoHistory(*m_Store, DemoScene::here(systemClock()))) {
+        error = "cannot write the demo's history: " + m_Store->lastError();
+        return false;
     }
-    m_Source = makeSource(state, error);
-    m_Ledger = std::make_unique<Ledger>(std::move(state));
+    std::optional<LedgerState> state = m_Store->load(systemClock());
+    if (!state) {
+        error = "cannot read the history: " + m_Store->lastError();
+        return false;
+    }
+    m_Source = makeSource(*state, error);
+    m_Ledger = std::make_unique<Ledger>(std::move(*state));
     m_History = HistoryReader::open(m_DatabasePath, error);
     return m_Source && m_History;
 }

@@ -50,12 +50,15 @@ bool runDemoYear(const DemoScene& scene, Ledger& ledger,
 }
 
 bool writeDemoHistory(Store& store, const DemoScene& scene) {
-    LedgerState state = store.load(demoHistoryBegin(scene));
-    const bool isNew = state.applications.empty() && state.totals.start == demoHistoryBegin(scene);
+    std::optional<LedgerState> state = store.load(demoHistoryBegin(scene));
+    if (!state) {
+        return false;
+    }
+    const bool isNew = state->applications.empty() && state->totals.start == demoHistoryBegin(scene);
     if (!isNew) {
         return true;
     }
-    Ledger ledger(std::move(state));
+    Ledger ledger(std::move(*state));
     StoreBatch batch(store);
     return runDemoYear(scene, ledger, [&](const LedgerChanges& changes) { return batch.append(changes); }) &&
            batch.commit();

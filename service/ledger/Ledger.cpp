@@ -72,6 +72,7 @@ ConnectionRecord& Ledger::connectionOf(const TrafficSample& sample, ApplicationI
     // A record tells of what was counted, so it never begins before the counting did.
     connection.start = std::min(std::max(sample.opened, m_Totals.start), now);
     connection.end = now;
+    connection.isOpen = true;
     connection.direction = sample.direction;
     connection.socketDomain = sample.socketDomain;
     connection.socketType = sample.socketType;
@@ -87,6 +88,7 @@ void Ledger::closeConnection(ConnectionKey key) {
     const auto closed = m_Live.extract(key);
     m_LiveKeys.erase(closed.mapped().id);
     m_ChangedConnections.erase(key);
+    closed.mapped().isOpen = false;
     m_Ended.push_back(closed.mapped());
 }
 
@@ -149,10 +151,15 @@ std::size_t Ledger::applicationCount() const {
     return m_Applications.size();
 }
 
-std::optional<ConnectionRecord> Ledger::liveConnection(ConnectionId id) const {
+std::optional<ConnectionRecord> Ledger::liveConnection(ConnectionId id, Moment now) const {
     const std::lock_guard lock(m_Mutex);
     const auto key = m_LiveKeys.find(id);
-    return key != m_LiveKeys.end() ? std::optional(m_Live.at(key->second)) : std::nullopt;
+    if (key == m_LiveKeys.end()) {
+        return std::nullopt;
+    }
+    ConnectionRecord connection = m_Live.at(key->second);
+    connection.end = std::max(connection.end, now);
+    return connection;
 }
 
 TotalsRecord Ledger::totals() const {

@@ -54,8 +54,8 @@ class Ledger {
 
     std::size_t applicationCount() const;
 
-    /** The live connection of that id; nothing when it ended or never was. */
-    std::optional<ConnectionRecord> liveConnection(ConnectionId id) const;
+    /** The live connection of that id, its end being `now`; nothing when it ended or never was. */
+    std::optional<ConnectionRecord> liveConnection(ConnectionId id, Moment now) const;
 
     TotalsRecord totals() const;
 

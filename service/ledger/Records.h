@@ -30,7 +30,8 @@ struct ConnectionRecord {
     ConnectionId id = 0;
     ApplicationId applicationId = 0;
     Moment start;
-    Moment end;  ///< closed, or last seen moving bytes
+    Moment end;  ///< closed; while it is open, last seen moving bytes
+    bool isOpen = false;
     Direction direction = Direction::Undefined;
     std::int32_t socketDomain = 0;
     std::int32_t socketType = 0;

@@ -78,7 +78,7 @@ void ConnectionRequests::remove(const DaemonDeleteConnectionsIteratorRequest& re
 
 /** As the ledger knows it while it is alive, as the history keeps it after that. */
 std::optional<DaemonConnectionInfo> ConnectionRequests::info(ConnectionId id) {
-    if (const std::optional<ConnectionRecord> alive = m_Context.ledger.liveConnection(id)) {
+    if (const std::optional<ConnectionRecord> alive = m_Context.ledger.liveConnection(id, m_Context.now())) {
         return toWire(*alive);
     }
     DaemonConnectionInfo info;

@@ -15,9 +15,12 @@ Moment momentFromColumn(std::int64_t seconds) {
     return Moment(std::chrono::seconds(seconds));
 }
 
-int lifeColumn(Moment start, Moment end) {
-    const auto seconds = std::max<std::int64_t>((end - start).count(), 0);
-    return std::bit_width(static_cast<std::uint64_t>(seconds));
+int lifeColumn(const ConnectionRecord& connection) {
+    if (connection.isOpen) {
+        return openLife;
+    }
+    const auto seconds = std::max<std::int64_t>((connection.end - connection.start).count(), 0);
+    return std::min<int>(std::bit_width(static_cast<std::uint64_t>(seconds)), longestLife);
 }
 
 std::vector<std::uint8_t> toColumn(const IpAddress& address) {

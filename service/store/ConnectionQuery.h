@@ -24,7 +24,7 @@ enum class ConnectionSortField : std::int32_t {
 /** On the wire: never renumber. */
 enum class SortDirection : std::int32_t { Descending = 0, Ascending = 1, None = 2 };
 
-/** Which connections, in which order. */
+/** Which connections, in which order. One that is open ends later than any other. */
 struct ConnectionQuery {
     Moment from;  ///< connections whose life [start, end] overlaps [from, to], both inclusive
     Moment to;

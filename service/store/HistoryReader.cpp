@@ -26,10 +26,14 @@ SQLite::Database::Value addressPort(std::span<const std::uint8_t> blob) {
     return std::int64_t{addressFromColumn(blob).port};
 }
 
-/** The columns in the order of `DaemonConnectionInfo::UpdateFromQuery`. */
+/**
+ * The columns in the order of `DaemonConnectionInfo::UpdateFromQuery`. An open connection (?2 is the life of
+ * those) is known to have lasted until the last moment that was written.
+ */
 constexpr char selectConnection[] =
     "SELECT id, application, datetime(started, 'unixepoch', 'localtime'), "
-    "datetime(ended, 'unixepoch', 'localtime'), direction, domain, type, protocol, received, sent, "
+    "datetime(iif(life = ?2, (SELECT latest FROM counting), ended), 'unixepoch', 'localtime'), "
+    "direction, domain, type, protocol, received, sent, "
     "address_family(remote), address_text(remote), address_port(remote), "
     "address_family(local), address_text(local), address_port(local) "
     "FROM connections WHERE id = ?1";
@@ -40,7 +44,7 @@ const char* columnOf(ConnectionSortField field) {
         case ConnectionSortField::StartTime:
             return "started";
         case ConnectionSortField::EndTime:
-            return "ended";
+            return "iif(life = ?5, 9223372036854775807, ended)";  // an open one ends after all others
         case ConnectionSortField::Direction:
             return "direction";
         case ConnectionSortField::ReceivedBytes:
@@ -63,12 +67,12 @@ bool isSorted(const ConnectionQuery& query) {
                                                     query.sortDirection == SortDirection::Descending);
 }
 
-/** Why it goes life by life is told in `Migrations.cpp`. */
+/** Why it goes life by life, of which the last (?5) is that of open ones, is told in `Migrations.cpp`. */
 std::string selectIds(const ConnectionQuery& query) {
     std::string sql =
-        "WITH RECURSIVE lives (life) AS (VALUES (0) UNION ALL SELECT life + 1 FROM lives WHERE life < 32) "
+        "WITH RECURSIVE lives (life) AS (VALUES (0) UNION ALL SELECT life + 1 FROM lives WHERE life < ?5) "
         "SELECT id FROM lives CROSS JOIN connections USING (life) "
-        "WHERE started BETWEEN ?1 - (1 << life) AND ?2 AND ended >= ?1";
+        "WHERE started BETWEEN ?1 - (1 << life) AND ?2 AND (ended >= ?1 OR life = ?5)";
     if (query.application) {
         sql += " AND application = ?3";
     }
@@ -116,6 +120,7 @@ std::vector<ConnectionId> HistoryReader::connections(const ConnectionQuery& quer
     SQLite::Query rows(*m_Database, selectIds(query));
     rows.Bind(1, toColumn(query.from));
     rows.Bind(2, toColumn(query.to));
+    rows.Bind(5, openLife);
     if (query.application) {
         rows.Bind(3, *query.application);
     }
@@ -137,7 +142,7 @@ std::vector<ConnectionId> HistoryReader::connections(const ConnectionQuery& quer
 }
 
 bool HistoryReader::connection(ConnectionId id, DaemonConnectionInfo& info) {
-    const bool found = m_Connection.BindAll(id) && m_Connection.Step() == SQLite::StepResult::Row &&
+    const bool found = m_Connection.BindAll(id, openLife) && m_Connection.Step() == SQLite::StepResult::Row &&
                        info.UpdateFromQuery(&m_Connection);
     m_Connection.Reset();
     return found;

@@ -16,17 +16,14 @@ namespace {
 constexpr std::array migrations = {
     // All moments are seconds of UTC, all addresses blobs (see Columns.h).
     //
-    // counting: since when bytes are counted, the latest moment that was written, the ids to go on with; one
-    // row.
-    // series: cumulative bytes of an application (0: all of them) in a protocol class, a row for each moment
-    // at
+    // counting: since when bytes are counted, the latest moment that was written, the ids to go on with; one row.
+    // series: cumulative bytes of an application (0: all of them) in a protocol class, a row for each moment at
     //   which they changed. A total up to a moment is the last row at or before it.
-    // connections: `life` is the number of bits in the seconds from start to end. Whoever looks for those
-    // that live
-    //   in a range asks life by life for those that started at most 2^life seconds before it, and so reads
-    //   about
-    //   what belongs to the answer, however long the history. The indexes hold all that such a question
-    //   needs.
+    // connections: `life` is the number of bits in the seconds from start to end. Whoever looks for those that
+    //   live in a range asks life by life for those that started at most 2^life seconds before it, and so reads
+    //   about what belongs to the answer, however long the history. Those that are open have a life of their own
+    //   beyond the others, whatever their `ended` says, so that a quiet one lasts without being written. The
+    //   indexes hold all that such a question needs.
     R"sql(
         CREATE TABLE counting (
             only_row INTEGER PRIMARY KEY CHECK (only_row = 1),

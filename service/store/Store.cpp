@@ -96,25 +96,52 @@ Store::Progress Store::readProgress() {
     return progress;
 }
 
-LedgerState Store::load(Moment now) {
+bool Store::closeLeftovers() {
+    // The life is the number of powers of two, from 1 up, that fit into it; see `lifeColumn`.
+    SQLite::Query close(
+        *m_Database,
+        "WITH RECURSIVE powers (power) AS "
+        "(VALUES (1) UNION ALL SELECT power * 2 FROM powers LIMIT ?1), "
+        "last (moment) AS (SELECT latest FROM counting) "
+        "UPDATE connections SET ended = max(started, (SELECT moment FROM last)), "
+        "life = (SELECT count(*) FROM powers WHERE power <= (SELECT moment FROM last) - started) "
+        "WHERE life = ?2");
+    return close.Execute(longestLife, openLife);
+}
+
+bool Store::readCounting(LedgerState& state) {
+    SQLite::Query row(*m_Database, "SELECT start, next_application, next_connection FROM counting");
+    const SQLite::StepResult result = row.Step();
+    if (result == SQLite::StepResult::Row) {
+        state.totals.start = momentFromColumn(row.GetColumnAsInt64(0));
+        state.nextApplicationId = row.GetColumnAsInt(1);
+        state.nextConnectionId = row.GetColumnAsInt(2);
+    }
+    return result != SQLite::StepResult::Failed;
+}
+
+bool Store::readApplications(LedgerState& state) {
+    SQLite::Query rows(*m_Database,
+                       "SELECT id, name, path, first_seen, last_seen FROM applications ORDER BY id");
+    SQLite::StepResult result = rows.Step();
+    for (; result == SQLite::StepResult::Row; result = rows.Step()) {
+        const ApplicationId id = rows.GetColumnAsInt(0);
+        state.applications.push_back({.id = id,
+                                      .name = rows.GetColumnAsString(1),
+                                      .path = rows.GetColumnAsString(2),
+                                      .counters = m_Progress.written[id],
+                                      .firstSeen = momentFromColumn(rows.GetColumnAsInt64(3)),
+                                      .lastSeen = momentFromColumn(rows.GetColumnAsInt64(4))});
+    }
+    return result == SQLite::StepResult::Done;
+}
+
+std::optional<LedgerState> Store::load(Moment now) {
     LedgerState state;
     state.totals = {.counters = m_Progress.written[allApplications], .start = now};
-    SQLite::Query counting(*m_Database, "SELECT start, next_application, next_connection FROM counting");
-    if (counting.Step() == SQLite::StepResult::Row) {
-        state.totals.start = momentFromColumn(counting.GetColumnAsInt64(0));
-        state.nextApplicationId = counting.GetColumnAsInt(1);
-        state.nextConnectionId = counting.GetColumnAsInt(2);
-    }
-    SQLite::Query applications(*m_Database,
-                               "SELECT id, name, path, first_seen, last_seen FROM applications ORDER BY id");
-    while (applications.Step() == SQLite::StepResult::Row) {
-        const ApplicationId id = applications.GetColumnAsInt(0);
-        state.applications.push_back({.id = id,
-                                      .name = applications.GetColumnAsString(1),
-                                      .path = applications.GetColumnAsString(2),
-                                      .counters = m_Progress.written[id],
-                                      .firstSeen = momentFromColumn(applications.GetColumnAsInt64(3)),
-                                      .lastSeen = momentFromColumn(applications.GetColumnAsInt64(4))});
+    if (!closeLeftovers() || !readCounting(state) || !readApplications(state)) {
+        m_LastError = m_Database->GetLastError();
+        return std::nullopt;
     }
     return state;
 }
@@ -152,9 +179,9 @@ bool Store::writeApplication(const ApplicationRecord& application) {
 bool Store::writeConnection(const ConnectionRecord& connection) {
     return m_WriteConnection.Execute(
         connection.id, connection.applicationId, toColumn(connection.start), toColumn(connection.end),
-        lifeColumn(connection.start, connection.end), static_cast<int>(connection.direction),
-        connection.socketDomain, connection.socketType, connection.socketProtocol, connection.bytes.received,
-        connection.bytes.sent, toColumn(connection.remote), toColumn(connection.local));
+        lifeColumn(connection), static_cast<int>(connection.direction), connection.socketDomain,
+        connection.socketType, connection.socketProtocol, connection.bytes.received, connection.bytes.sent,
+        toColumn(connection.remote), toColumn(connection.local));
 }
 
 bool Store::writeSeries(ApplicationId application, const Counters& counters, Progress& progress) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
@@ -29,14 +30,17 @@ class Store {
     Store(const Store&) = delete;
     Store& operator=(const Store&) = delete;
 
-    /** What the last run left; for a new database an empty state that starts at `now`. */
-    LedgerState load(Moment now);
+    /**
+     * What the last run left; for a new database an empty state that starts at `now`. Connections that were left
+     * open ended at the last moment that was written. Nothing when the disk fails: see `lastError`.
+     */
+    std::optional<LedgerState> load(Moment now);
 
     /** Appends one second's changes in one transaction. False when the disk would not take them: nothing is
      * written. */
     bool append(const LedgerChanges& changes);
 
-    /** Why the last `append`, or the last commit of a batch, failed. */
+    /** Why the last `load` or `append`, or the last commit of a batch, failed. */
     const std::string& lastError() const { return m_LastError; }
 
   private:
@@ -52,6 +56,9 @@ class Store {
 
     bool isValid() const;
     Progress readProgress();
+    bool closeLeftovers();
+    bool readCounting(LedgerState& state);
+    bool readApplications(LedgerState& state);
 
     // Within a transaction that the caller has begun:
     bool write(const LedgerChanges& changes, Progress& progress);

@@ -215,7 +215,7 @@ TEST(DemoHistory, FillsANewStoreAndLeavesAnOlderOneAlone) {
     const auto store = Store::open(path, error);
     ASSERT_NE(store, nullptr) << error;
     ASSERT_TRUE(writeDemoHistory(*store, scene)) << store->lastError();
-    const LedgerState first = store->load(scene.present);
+    const LedgerState first = store->load(scene.present).value();
     Counters sum;
     for (const ApplicationRecord& application : first.applications) {
         for (std::size_t i = 0; i < protocolClassCount; ++i) {
@@ -238,8 +238,8 @@ TEST(DemoHistory, FillsANewStoreAndLeavesAnOlderOneAlone) {
     DemoScene later = scene;
     later.present += days(3);
     ASSERT_TRUE(writeDemoHistory(*store, later));
-    EXPECT_EQ(store->load(later.present).totals.counters, first.totals.counters);
-    EXPECT_EQ(store->load(later.present).nextConnectionId, first.nextConnectionId);
+    EXPECT_EQ(store->load(later.present).value().totals.counters, first.totals.counters);
+    EXPECT_EQ(store->load(later.present).value().nextConnectionId, first.nextConnectionId);
 }
 
 }  // namespace

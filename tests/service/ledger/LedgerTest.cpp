@@ -57,7 +57,7 @@ TEST_F(LedgerTest, WhatTheWriterTakesAddsUpWhileOthersCountAndAsk) {
             }
         }
         ASSERT_EQ(sum, changes.totals.counters);
-        ledger.liveConnection(changes.nextConnectionId - 1);
+        ledger.liveConnection(changes.nextConnectionId - 1, at(0));
         ledger.applications();
     }
     counting.join();
@@ -82,9 +82,10 @@ TEST_F(LedgerTest, ChangesAreGivenOnce) {
 
 TEST_F(LedgerTest, AnEndedConnectionIsGivenALastTimeAndItsKeyMayComeAgain) {
     const ConnectionId id = apply(1, {sampleOf(1, "/a", {5, 0})}).connections.at(0).id;
-    ASSERT_TRUE(ledger.liveConnection(id));
+    ASSERT_TRUE(ledger.liveConnection(id, at(7)));
+    EXPECT_EQ(ledger.liveConnection(id, at(7))->end, at(7));
     ledger.apply({sampleOf(1, "/a", {2, 0}, true)}, at(9));
-    EXPECT_FALSE(ledger.liveConnection(id));
+    EXPECT_FALSE(ledger.liveConnection(id, at(9)));
     const auto connections = apply(10, {sampleOf(1, "/a", {}, true)}).connections;
     ASSERT_EQ(connections.size(), 2u);
     EXPECT_EQ(connections[0].id, id);

@@ -30,7 +30,7 @@ class SessionFixture : public StoreFixture {
     }
 
     Moment now = at(100);
-    Ledger ledger{store->load(at(0))};
+    Ledger ledger{store->load(at(0)).value()};
     std::unique_ptr<HistoryReader> history = reader();
     TextOrder textOrder;
     int writerWakes = 0;

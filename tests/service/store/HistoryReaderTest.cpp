@@ -9,6 +9,7 @@
 #include <tuple>
 
 #include "libs/utils/src/StringUtils.h"
+#include "service/ledger/Ledger.h"
 #include "tests/service/store/StoreFixture.h"
 
 namespace service {
@@ -32,6 +33,7 @@ class HistoryReaderTest : public StoreFixture {
             connection.applicationId = below(3);
             connection.start = at(below(1000) * 10'000);
             connection.end = connection.start + std::chrono::seconds(length());
+            connection.isOpen = below(10) == 0;
             connection.direction = static_cast<Direction>(below(3));
             connection.socketProtocol = std::array{6, 17, 1}[random() % 3];
             connection.bytes = {.received = below(20), .sent = std::int64_t{below(9)} << 40};
@@ -79,7 +81,7 @@ TEST_F(HistoryReaderTest, FindsEveryLifeThatTouchesTheRange) {
         }
         std::vector<ConnectionRecord> expected;
         std::ranges::copy_if(connections, std::back_inserter(expected), [&](const ConnectionRecord& row) {
-            return row.start <= query.to && row.end >= query.from &&
+            return row.start <= query.to && (row.isOpen || row.end >= query.from) &&
                    row.applicationId == query.application.value_or(row.applicationId) &&
                    row.socketProtocol == query.socketProtocol.value_or(row.socketProtocol);
         });
@@ -97,7 +99,8 @@ TEST_F(HistoryReaderTest, SortsByTheFieldAndThenById) {
     };
     const std::vector<std::pair<ConnectionSortField, Less>> fields = {
         {ConnectionSortField::StartTime, by([](const auto& row) { return row.start; })},
-        {ConnectionSortField::EndTime, by([](const auto& row) { return row.end; })},
+        {ConnectionSortField::EndTime,
+         by([](const auto& row) { return row.isOpen ? Moment::max() : row.end; })},
         {ConnectionSortField::Direction, by([](const auto& row) {
              return std::array{"Input", "Output", "Undefined"}[static_cast<std::size_t>(row.direction)][0];
          })},
@@ -160,6 +163,45 @@ TEST_F(HistoryReaderTest, ARowComesWithLocalTimesAsItStandsNow) {
     EXPECT_TRUE(info.remoteAddress == connection.remote);
     EXPECT_TRUE(info.localAddress == connection.local);
     EXPECT_FALSE(history->connection(3, info));
+    ::unsetenv("TZ");
+    ::tzset();
+}
+
+TEST_F(HistoryReaderTest, AQuietConnectionLastsUntilItIsClosed) {
+    ::setenv("TZ", "UTC", 1);
+    ::tzset();
+    Ledger ledger(store->load(at(0)).value());
+    const auto write = [&](const std::vector<TrafficSample>& samples, int second) {
+        ledger.apply(samples, at(second));
+        ASSERT_TRUE(store->append(ledger.takeChanges(at(second)))) << store->lastError();
+    };
+    const auto history = reader();
+    const auto foundAt = [&](int second) {
+        return history->connections(
+            {.from = at(second), .to = at(second), .application = {}, .socketProtocol = {}});
+    };
+    const auto endOf = [&](ConnectionId id) {
+        DaemonConnectionInfo info;
+        EXPECT_TRUE(history->connection(id, info));
+        return Time::toString(info.endTime);
+    };
+    using Ids = std::vector<ConnectionId>;
+    write({sampleOf(1, "/a", {1, 0}), sampleOf(2, "/b", {1, 0}), sampleOf(3, "/b", {1, 0})}, 10);
+    write({sampleOf(2, "/b", {1, 0})}, 500);
+    EXPECT_EQ(foundAt(400), (Ids{1, 2, 3})) << "1 and 3 have been quiet since second 10";
+    EXPECT_EQ(foundAt(-1), Ids{});
+    EXPECT_EQ(endOf(1), "2023-11-14 22:21:40") << "the last moment that was written, 500";
+    write({sampleOf(1, "/a", {}, true)}, 600);
+    EXPECT_EQ(foundAt(600), (Ids{1, 2, 3}));
+    EXPECT_EQ(foundAt(601), (Ids{2, 3}));
+    EXPECT_EQ(endOf(1), "2023-11-14 22:23:20");
+
+    reopen();
+    ASSERT_TRUE(store->load(at(9000)));
+    EXPECT_EQ(foundAt(600), (Ids{1, 2, 3}))
+        << "the lives of the leftovers are closed with their right lengths";
+    EXPECT_EQ(foundAt(601), Ids{});
+    EXPECT_EQ(endOf(3), "2023-11-14 22:23:20");
     ::unsetenv("TZ");
     ::tzset();
 }

@@ -15,7 +15,7 @@ namespace service {
 using StoreTest = StoreFixture;
 
 TEST_F(StoreTest, TheNextRunGoesOnWhereTheLastOneEnded) {
-    Ledger ledger(store->load(at(0)));
+    Ledger ledger(store->load(at(0)).value());
     ledger.apply({sampleOf(1, "/usr/bin/ä", {10, 1}), sampleOf(2, "", {5, 0})}, at(1));
     ASSERT_TRUE(store->append(ledger.takeChanges(at(1))));
     ledger.apply({sampleOf(2, "", {7, 7})}, at(3));
@@ -23,7 +23,7 @@ TEST_F(StoreTest, TheNextRunGoesOnWhereTheLastOneEnded) {
     ASSERT_TRUE(store->append(last));
 
     reopen();
-    const LedgerState state = store->load(at(99));
+    const LedgerState state = store->load(at(99)).value();
     EXPECT_EQ(state.totals.start, at(0));
     EXPECT_EQ(state.totals.counters, ledger.totals().counters);
     EXPECT_EQ(state.nextConnectionId, last.nextConnectionId);
@@ -39,7 +39,7 @@ TEST_F(StoreTest, TheNextRunGoesOnWhereTheLastOneEnded) {
 
 TEST_F(StoreTest, EveryTotalUpToAMomentIsWhatWasCountedUntilThen) {
     std::mt19937 random(3);
-    Ledger ledger(store->load(at(0)));
+    Ledger ledger(store->load(at(0)).value());
     std::map<Moment, std::vector<ApplicationRecord>> counted;
     for (int second = 1; second < 600; second += 1 + static_cast<int>(random() % 5)) {
         const int socketProtocol = std::array{6, 17, 132}[random() % 3];
@@ -71,7 +71,7 @@ TEST_F(StoreTest, EveryTotalUpToAMomentIsWhatWasCountedUntilThen) {
 }
 
 TEST_F(StoreTest, OnlyAClassThatChangedGetsARow) {
-    Ledger ledger(store->load(at(0)));
+    Ledger ledger(store->load(at(0)).value());
     const auto move = [&](int socketProtocol, int second) {
         ledger.apply({sampleOf(1, "/a", {1, 1}, true, socketProtocol)}, at(second));
         ASSERT_TRUE(store->append(ledger.takeChanges(at(second))));
@@ -92,7 +92,7 @@ TEST_F(StoreTest, OnlyAClassThatChangedGetsARow) {
 }
 
 TEST_F(StoreTest, TotalsDoNotSinkWhenTheClockIsSetBack) {
-    Ledger ledger(store->load(at(0)));
+    Ledger ledger(store->load(at(0)).value());
     for (const int second : {100, 40, 101}) {
         ledger.apply({sampleOf(1, "/a", {10, 0})}, at(second));
         ASSERT_TRUE(store->append(ledger.takeChanges(at(second))));
@@ -105,7 +105,7 @@ TEST_F(StoreTest, TotalsDoNotSinkWhenTheClockIsSetBack) {
 }
 
 TEST_F(StoreTest, ABatchIsWrittenWholeOrNotAtAll) {
-    Ledger ledger(store->load(at(0)));
+    Ledger ledger(store->load(at(0)).value());
     std::vector<LedgerChanges> seconds;
     for (const int second : {1, 2}) {
         ledger.apply({sampleOf(1, "/a", {10, 0})}, at(second));
@@ -133,7 +133,7 @@ TEST_F(StoreTest, ABatchIsWrittenWholeOrNotAtAll) {
 }
 
 TEST_F(StoreTest, AWipeLeavesNothingButTheIdsToGoOnWithAndGivesTheSpaceBack) {
-    Ledger ledger(store->load(at(0)));
+    Ledger ledger(store->load(at(0)).value());
     std::vector<TrafficSample> samples;
     for (std::uint64_t key = 0; key < 5000; ++key) {
         samples.push_back(sampleOf(key, "/" + std::to_string(key % 300), {1, 1}));
@@ -155,7 +155,7 @@ TEST_F(StoreTest, AWipeLeavesNothingButTheIdsToGoOnWithAndGivesTheSpaceBack) {
     EXPECT_EQ(history->totalUpTo(1, {}, at(9)), ByteCount{});
     EXPECT_EQ(history->totalUpTo({}, {}, at(9)).received, 5000);
     reopen();
-    const LedgerState state = store->load(at(9));
+    const LedgerState state = store->load(at(9)).value();
     EXPECT_EQ(state.totals.start, at(2));
     ASSERT_EQ(state.applications.size(), 1u);
     EXPECT_EQ(state.applications[0].id, 301);

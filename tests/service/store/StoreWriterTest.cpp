@@ -44,7 +44,7 @@ class ErrorOutput {
 }  // namespace
 
 TEST_F(StoreWriterTest, TellsOfAWipeWhenItIsOnDisk) {
-    Ledger ledger(store->load(at(0)));
+    Ledger ledger(store->load(at(0)).value());
     ledger.apply({sampleOf(1, "/a", {10, 0})}, at(1));
     ASSERT_TRUE(store->append(ledger.takeChanges(at(1))));
     std::promise<std::int64_t> receivedAtWipe;
@@ -57,7 +57,7 @@ TEST_F(StoreWriterTest, TellsOfAWipeWhenItIsOnDisk) {
 }
 
 TEST_F(StoreWriterTest, WhatTheDiskDoesNotTakeFollowsLaterAndIsLoggedOnceEachWay) {
-    Ledger ledger(store->load(at(0)));
+    Ledger ledger(store->load(at(0)).value());
     ErrorOutput log;
     auto writer = std::make_unique<StoreWriter>(ledger, *store, [] {});
     interfere(breakWrites);
@@ -81,7 +81,7 @@ TEST_F(StoreWriterTest, WhatTheDiskDoesNotTakeFollowsLaterAndIsLoggedOnceEachWay
 }
 
 TEST_F(StoreWriterTest, AWipeThatFailsIsLoggedAlsoWhereWritesHadFailedBefore) {
-    Ledger ledger(store->load(at(0)));
+    Ledger ledger(store->load(at(0)).value());
     ErrorOutput log;
     StoreWriter writer(ledger, *store, [] {});
     interfere(breakWrites);

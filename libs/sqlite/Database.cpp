@@ -3,6 +3,8 @@
 
 #include <sqlite3.h>
 
+#include <system_error>
+
 namespace SQLite {
 
 namespace {
@@ -34,9 +36,13 @@ bool Database::Open(const std::string& path, OpenMode mode) {
         mode == OpenMode::ReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
     if (sqlite3_open_v2(path.c_str(), &m_Handle, access | SQLITE_OPEN_NOMUTEX, nullptr) != SQLITE_OK) {
         m_OpenError = sqlite3_errmsg(m_Handle);
+        if (const int code = sqlite3_system_errno(m_Handle); code != 0) {
+            m_OpenError += ": " + std::generic_category().message(code);
+        }
         Close();
         return false;
     }
+    m_Path = sqlite3_db_filename(m_Handle, "main");
     sqlite3_extended_result_codes(m_Handle, 1);
     sqlite3_busy_timeout(m_Handle, busyTimeoutMs);
     return true;

@@ -44,6 +44,9 @@ class Database {
     /** Lets SQL call `function` as `name(blob)`. */
     bool AddFunction(const std::string& name, BlobFunction function);
 
+    /** Absolute path of the file that is open, symbolic links resolved. */
+    std::string GetPath() const { return m_Path; }
+
     /** What went wrong last, in SQLite's words. */
     std::string GetLastError() const;
 
@@ -52,6 +55,7 @@ class Database {
 
   private:
     sqlite3* m_Handle = nullptr;
+    std::string m_Path;
     std::string m_OpenError;  ///< why the last `Open` failed
 };
 

@@ -113,7 +113,16 @@ HistoryReader::HistoryReader(std::unique_ptr<SQLite::Database> database)
 ByteCount HistoryReader::totalUpTo(std::optional<ApplicationId> application,
                                    std::optional<ProtocolClass> protocolClass, Moment moment) {
     const ApplicationId id = application.value_or(allApplications);
-    return protocolClass ? m_Series.upTo(id, *protocolClass, moment) : m_Series.upTo(id, moment).total();
+    std::optional<ByteCount> bytes;
+    if (protocolClass) {
+        bytes = m_Series.upTo(id, *protocolClass, moment);
+    } else if (const std::optional<Counters> counters = m_Series.upTo(id, moment)) {
+        bytes = counters->total();
+    }
+    if (!bytes) {
+        logLine("store: cannot read a total: ", m_Database->GetLastError());
+    }
+    return bytes.value_or(ByteCount{});
 }
 
 std::vector<ConnectionId> HistoryReader::connections(const ConnectionQuery& query) {
@@ -142,8 +151,12 @@ std::vector<ConnectionId> HistoryReader::connections(const ConnectionQuery& quer
 }
 
 bool HistoryReader::connection(ConnectionId id, DaemonConnectionInfo& info) {
-    const bool found = m_Connection.BindAll(id, openLife) && m_Connection.Step() == SQLite::StepResult::Row &&
-                       info.UpdateFromQuery(&m_Connection);
+    m_Connection.BindAll(id, openLife);
+    const SQLite::StepResult result = m_Connection.Step();
+    const bool found = result == SQLite::StepResult::Row && info.UpdateFromQuery(&m_Connection);
+    if (result == SQLite::StepResult::Failed) {
+        logLine("store: cannot read connection ", id, ": ", m_Connection.GetLastError());
+    }
     m_Connection.Reset();
     return found;
 }

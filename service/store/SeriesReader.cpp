@@ -10,20 +10,28 @@ SeriesReader::SeriesReader(SQLite::Database& database)
                 "SELECT received, sent FROM series WHERE application = ?1 AND class = ?2 AND moment <= ?3 "
                 "ORDER BY moment DESC LIMIT 1") {}
 
-ByteCount SeriesReader::upTo(ApplicationId application, ProtocolClass protocolClass, Moment moment) {
-    ByteCount bytes;
+std::optional<ByteCount> SeriesReader::upTo(ApplicationId application, ProtocolClass protocolClass,
+                                            Moment moment) {
+    std::optional<ByteCount> bytes;
     m_LastRow.BindAll(application, static_cast<int>(protocolClass), toColumn(moment));
-    if (m_LastRow.Step() == SQLite::StepResult::Row) {
+    const SQLite::StepResult result = m_LastRow.Step();
+    if (result == SQLite::StepResult::Row) {
         bytes = {.received = m_LastRow.GetColumnAsInt64(0), .sent = m_LastRow.GetColumnAsInt64(1)};
+    } else if (result == SQLite::StepResult::Done) {
+        bytes = ByteCount{};
     }
     m_LastRow.Reset();
     return bytes;
 }
 
-Counters SeriesReader::upTo(ApplicationId application, Moment moment) {
+std::optional<Counters> SeriesReader::upTo(ApplicationId application, Moment moment) {
     Counters counters;
     for (std::size_t i = 0; i < protocolClassCount; ++i) {
-        counters.byClass[i] = upTo(application, static_cast<ProtocolClass>(i), moment);
+        const std::optional<ByteCount> bytes = upTo(application, static_cast<ProtocolClass>(i), moment);
+        if (!bytes) {
+            return std::nullopt;
+        }
+        counters.byClass[i] = *bytes;
     }
     return counters;
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <optional>
+
 #include "libs/sqlite/Query.h"
 #include "service/ledger/Records.h"
 #include "service/traffic/Counters.h"
@@ -18,11 +20,14 @@ class SeriesReader {
 
     bool isValid() const { return m_LastRow.IsValid(); }
 
-    /** The last row at or before `moment`: one index seek. 0 before the first. */
-    ByteCount upTo(ApplicationId application, ProtocolClass protocolClass, Moment moment);
+    /**
+     * The last row at or before `moment`: one index seek. 0 before the first. Nothing when it cannot be read, with
+     * the reason in the database's `GetLastError`.
+     */
+    std::optional<ByteCount> upTo(ApplicationId application, ProtocolClass protocolClass, Moment moment);
 
     /** All classes at or before `moment`. */
-    Counters upTo(ApplicationId application, Moment moment);
+    std::optional<Counters> upTo(ApplicationId application, Moment moment);
 
   private:
     SQLite::Query m_LastRow;

@@ -33,12 +33,15 @@ std::unique_ptr<Store> Store::open(const std::string& path, std::string& error) 
         error = "cannot open database " + path + ": " + reason;
         return nullptr;
     };
-    auto lock = std::make_unique<FileLock>(path + ".lock");
+    auto database = std::make_unique<SQLite::Database>();
+    if (!database->Open(path, SQLite::OpenMode::ReadWriteCreate)) {
+        return failed(database->GetLastError());
+    }
+    auto lock = std::make_unique<FileLock>(database->GetPath() + ".lock");
     if (!lock->isHeld()) {
         return failed(lock->error());
     }
-    auto database = std::make_unique<SQLite::Database>();
-    if (!database->Open(path, SQLite::OpenMode::ReadWriteCreate) || !database->Execute(settings)) {
+    if (!database->Execute(settings)) {
         return failed(database->GetLastError());
     }
     std::string reason;
@@ -48,6 +51,9 @@ std::unique_ptr<Store> Store::open(const std::string& path, std::string& error) 
     std::unique_ptr<Store> store(new Store(std::move(lock), std::move(database)));
     if (!store->isValid()) {
         return failed("its tables are not as they should be");
+    }
+    if (!store->readProgress()) {
+        return failed(store->m_LastError);
     }
     return store;
 }
@@ -73,27 +79,42 @@ Store::Store(std::unique_ptr<FileLock> lock, std::unique_ptr<SQLite::Database> d
           "sent = excluded.sent"),
       m_WriteSeries(*m_Database,
                     "INSERT OR REPLACE INTO series (application, class, moment, received, sent) "
-                    "VALUES (?1, ?2, ?3, ?4, ?5)"),
-      m_Progress(readProgress()) {}
+                    "VALUES (?1, ?2, ?3, ?4, ?5)") {}
 
 bool Store::isValid() const {
     return m_Series.isValid() && m_WriteCounting.IsValid() && m_WriteApplication.IsValid() &&
            m_WriteConnection.IsValid() && m_WriteSeries.IsValid();
 }
 
-Store::Progress Store::readProgress() {
-    Progress progress;
-    progress.written[allApplications] = m_Series.upTo(allApplications, Moment::max());
-    SQLite::Query ids(*m_Database, "SELECT id FROM applications");
-    while (ids.Step() == SQLite::StepResult::Row) {
+/** Keeps the reason, before the end of another statement clears it. */
+bool Store::fail() {
+    m_LastError = m_Database->GetLastError();
+    return false;
+}
+
+// A counter that could not be read must not pass for zero: the totals would sink and their rows be overwritten.
+bool Store::readProgress() {
+    SQLite::Query ids(*m_Database, "SELECT ?1 UNION ALL SELECT id FROM applications");
+    ids.Bind(1, allApplications);
+    SQLite::StepResult result = ids.Step();
+    for (; result == SQLite::StepResult::Row; result = ids.Step()) {
         const ApplicationId id = ids.GetColumnAsInt(0);
-        progress.written[id] = m_Series.upTo(id, Moment::max());
+        const std::optional<Counters> written = m_Series.upTo(id, Moment::max());
+        if (!written) {
+            return fail();
+        }
+        m_Progress.written[id] = *written;
     }
-    SQLite::Query latest(*m_Database, "SELECT latest FROM counting");
-    if (latest.Step() == SQLite::StepResult::Row) {
-        progress.latest = momentFromColumn(latest.GetColumnAsInt64(0));
+    return (result == SQLite::StepResult::Done && readLatest()) || fail();
+}
+
+bool Store::readLatest() {
+    SQLite::Query row(*m_Database, "SELECT latest FROM counting");
+    const SQLite::StepResult result = row.Step();
+    if (result == SQLite::StepResult::Row) {
+        m_Progress.latest = momentFromColumn(row.GetColumnAsInt64(0));
     }
-    return progress;
+    return result != SQLite::StepResult::Failed;
 }
 
 bool Store::closeLeftovers() {
@@ -140,7 +161,7 @@ std::optional<LedgerState> Store::load(Moment now) {
     LedgerState state;
     state.totals = {.counters = m_Progress.written[allApplications], .start = now};
     if (!closeLeftovers() || !readCounting(state) || !readApplications(state)) {
-        m_LastError = m_Database->GetLastError();
+        fail();
         return std::nullopt;
     }
     return state;

@@ -55,7 +55,9 @@ class Store {
     Store(std::unique_ptr<FileLock> lock, std::unique_ptr<SQLite::Database> database);
 
     bool isValid() const;
-    Progress readProgress();
+    bool fail();
+    bool readProgress();
+    bool readLatest();
     bool closeLeftovers();
     bool readCounting(LedgerState& state);
     bool readApplications(LedgerState& state);

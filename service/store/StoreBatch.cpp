@@ -36,7 +36,7 @@ bool StoreBatch::commit() {
 
 void StoreBatch::fail() {
     m_Failed = true;
-    m_Store.m_LastError = m_Store.m_Database->GetLastError();
+    m_Store.fail();
 }
 
 }  // namespace service

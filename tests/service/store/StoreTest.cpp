@@ -2,6 +2,7 @@
 #include "service/store/Store.h"
 
 #include <algorithm>
+#include <fstream>
 #include <map>
 #include <random>
 #include <tuple>
@@ -166,12 +167,35 @@ TEST_F(StoreTest, IsRefusedToASecondDaemonAndForALaterVersion) {
     std::string error;
     EXPECT_FALSE(Store::open(path, error));
     EXPECT_NE(error.find("held by another process"), std::string::npos) << error;
+    std::filesystem::create_symlink(path, folder / "link.db");
+    EXPECT_FALSE(Store::open(folder / "link.db", error)) << "it is the same file";
     interfere("PRAGMA user_version = 1000");
     store.reset();
     EXPECT_FALSE(Store::open(path, error));
     EXPECT_NE(error.find("later version"), std::string::npos) << error;
     EXPECT_FALSE(Store::open(folder / "missing" / "history.db", error));
     EXPECT_NE(error.find("No such file"), std::string::npos) << error;
+}
+
+TEST_F(StoreTest, DoesNotStartOnCountersThatCannotBeRead) {
+    Ledger ledger(store->load(at(0)).value());
+    ledger.apply({sampleOf(1, "/a", {10, 0})}, at(1));
+    ASSERT_TRUE(store->append(ledger.takeChanges(at(1))));
+    reopen();  // brings the log into the database
+    store.reset();
+    {
+        SQLite::Database database;
+        ASSERT_TRUE(database.Open(path, SQLite::OpenMode::ReadOnly));
+        SQLite::Query root(database,
+                           "SELECT (rootpage - 1) * page_size FROM sqlite_schema, pragma_page_size "
+                           "WHERE name = 'series'");
+        ASSERT_EQ(root.Step(), SQLite::StepResult::Row);
+        std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(root.GetColumnAsInt64(0)) << std::string(64, '\xff');
+    }
+    std::string error;
+    EXPECT_FALSE(Store::open(path, error));
+    EXPECT_NE(error.find("malformed"), std::string::npos) << error;
 }
 
 }  // namespace service

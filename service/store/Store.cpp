@@ -2,6 +2,7 @@
 #include "service/store/Store.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <utility>
 
@@ -25,6 +26,17 @@ constexpr char settings[] =
     "PRAGMA synchronous = NORMAL;"
     "PRAGMA secure_delete = OFF;"
     "PRAGMA journal_size_limit = 8388608;";
+
+/** By how much the clock may be set back while the series only wait for it. */
+constexpr std::chrono::minutes longestWait{1};
+
+/**
+ * Whether the clock was ahead when the latest rows were written. A clock that says it is before the counting began
+ * is the one that is wrong, as on a machine that starts in 1970 until it asks the network: the history waits.
+ */
+bool isPastFuture(const LedgerChanges& changes, Moment latest) {
+    return changes.moment >= changes.totals.start && latest - changes.moment > longestWait;
+}
 
 }  // namespace
 
@@ -179,7 +191,13 @@ bool Store::write(const LedgerChanges& changes, Progress& progress) {
             return false;
         }
     }
-    // Where the clock was set back the series wait on their latest moment, or a total would sink with time.
+    if (isPastFuture(changes, progress.latest)) {
+        if (!redateSeries(changes.moment)) {
+            return false;
+        }
+        progress.latest = changes.moment;
+    }
+    // Where the clock was set back a little the series wait on their latest moment, or a total would sink with time.
     progress.latest = std::max(progress.latest, changes.moment);
     const auto writeCounters = [&](const ApplicationRecord& application) {
         return writeApplication(application) && writeSeries(application.id, application.counters, progress);
@@ -217,6 +235,17 @@ bool Store::writeSeries(ApplicationId application, const Counters& counters, Pro
     }
     written = counters;
     return true;
+}
+
+/** What the series say of moments after `present` they say of `present`: no byte is lost, and no total sinks. */
+bool Store::redateSeries(Moment present) {
+    // Both counts only grow with time, so the greatest ones are the last row's.
+    SQLite::Query gather(*m_Database,
+                         "INSERT OR REPLACE INTO series (application, class, moment, received, sent) "
+                         "SELECT application, class, ?1, max(received), max(sent) FROM series "
+                         "WHERE moment > ?1 GROUP BY application, class");
+    SQLite::Query erase(*m_Database, "DELETE FROM series WHERE moment > ?1");
+    return gather.Execute(toColumn(present)) && erase.Execute(toColumn(present));
 }
 
 bool Store::eraseEverything() {

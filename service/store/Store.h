@@ -67,6 +67,7 @@ class Store {
     bool writeApplication(const ApplicationRecord& application);
     bool writeConnection(const ConnectionRecord& connection);
     bool writeSeries(ApplicationId application, const Counters& counters, Progress& progress);
+    bool redateSeries(Moment present);
     bool eraseEverything();
 
     void giveSpaceBack();

@@ -105,6 +105,31 @@ TEST_F(StoreTest, TotalsDoNotSinkWhenTheClockIsSetBack) {
     EXPECT_EQ(history->totalUpTo({}, {}, at(101)).received, 30);
 }
 
+TEST_F(StoreTest, AClockThatWasAheadDoesNotHoldTheHistoryUp) {
+    Ledger ledger(store->load(at(0)).value());
+    const auto move = [&](const std::string& path, int second) {
+        ledger.apply({sampleOf(1, path, {10, 0})}, at(second));
+        ASSERT_TRUE(store->append(ledger.takeChanges(at(second)))) << store->lastError();
+    };
+    move("/a", 1);
+    move("/a", 1'000'000);
+    move("/b", 1'000'001);
+    move("/b", 50);
+    move("/b", 60);
+    const auto history = reader();
+    for (const ApplicationId id : {1, allApplications}) {
+        EXPECT_EQ(history->totalUpTo(id, {}, at(49)).received, 10);
+    }
+    EXPECT_EQ(history->totalUpTo(1, {}, at(50)).received, 20) << "counted in the future, though quiet since";
+    EXPECT_EQ(history->totalUpTo({}, {}, at(50)).received, 40);
+    EXPECT_EQ(history->totalUpTo({}, {}, at(60)).received, 50);
+    EXPECT_EQ(history->totalUpTo({}, {}, at(2'000'000)).received, 50);
+
+    move("/b", -1'000);  // before the counting began: the clock is wrong now, not then
+    EXPECT_EQ(history->totalUpTo({}, {}, at(59)).received, 40);
+    EXPECT_EQ(history->totalUpTo({}, {}, at(60)).received, 60);
+}
+
 TEST_F(StoreTest, ABatchIsWrittenWholeOrNotAtAll) {
     Ledger ledger(store->load(at(0)).value());
     std::vector<LedgerChanges> seconds;

@@ -25,6 +25,7 @@ constexpr std::array migrations = {
     //   beyond the others, whatever their `ended` says, so that a quiet one lasts without being written. The
     //   indexes hold all that such a question needs.
     R"sql(
+        PRAGMA application_id = 0x4e764d74;
         CREATE TABLE counting (
             only_row INTEGER PRIMARY KEY CHECK (only_row = 1),
             start INTEGER NOT NULL,
@@ -69,6 +70,11 @@ constexpr std::array migrations = {
 
 constexpr int currentVersion = static_cast<int>(migrations.size());
 
+/** The mark of our databases, "NvMt", or nothing in it at all. */
+constexpr char selectIsOurs[] =
+    "SELECT application_id = 0x4e764d74 OR (application_id = 0 AND NOT EXISTS (SELECT * FROM sqlite_schema)) "
+    "FROM pragma_application_id";
+
 int versionOf(SQLite::Database& database) {
     SQLite::Query query(database, "PRAGMA user_version");
     return query.Step() == SQLite::StepResult::Row ? query.GetColumnAsInt(0) : -1;
@@ -88,10 +94,16 @@ bool applyStep(SQLite::Database& database, int version, std::string& error) {
 
 bool migrate(SQLite::Database& database, std::string& error) {
     int version = versionOf(database);
-    if (version < 0) {
+    SQLite::Query isOurs(database, selectIsOurs);
+    if (version < 0 || isOurs.Step() != SQLite::StepResult::Row) {
         error = database.GetLastError();
         return false;
     }
+    if (isOurs.GetColumnAsInt(0) == 0) {
+        error = "it is another program's";
+        return false;
+    }
+    isOurs.Reset();
     if (version > currentVersion) {
         error = "it was written by a later version of this program";
         return false;

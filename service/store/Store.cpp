@@ -53,12 +53,12 @@ std::unique_ptr<Store> Store::open(const std::string& path, std::string& error) 
     if (!lock->isHeld()) {
         return failed(lock->error());
     }
-    if (!database->Execute(settings)) {
-        return failed(database->GetLastError());
-    }
     std::string reason;
     if (!migrate(*database, reason)) {
         return failed(reason);
+    }
+    if (!database->Execute(settings)) {  // one of them alters the file, which has to be ours for that
+        return failed(database->GetLastError());
     }
     std::unique_ptr<Store> store(new Store(std::move(lock), std::move(database)));
     if (!store->isValid()) {

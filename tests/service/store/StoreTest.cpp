@@ -188,7 +188,7 @@ TEST_F(StoreTest, AWipeLeavesNothingButTheIdsToGoOnWithAndGivesTheSpaceBack) {
     EXPECT_EQ(state.nextConnectionId, 5002);
 }
 
-TEST_F(StoreTest, IsRefusedToASecondDaemonAndForALaterVersion) {
+TEST_F(StoreTest, IsRefusedToASecondDaemonAndForForeignFiles) {
     std::string error;
     EXPECT_FALSE(Store::open(path, error));
     EXPECT_NE(error.find("held by another process"), std::string::npos) << error;
@@ -198,6 +198,13 @@ TEST_F(StoreTest, IsRefusedToASecondDaemonAndForALaterVersion) {
     store.reset();
     EXPECT_FALSE(Store::open(path, error));
     EXPECT_NE(error.find("later version"), std::string::npos) << error;
+    interfere("PRAGMA user_version = 1; PRAGMA application_id = 7");
+    EXPECT_FALSE(Store::open(path, error));
+    EXPECT_NE(error.find("another program's"), std::string::npos) << error;
+    path = folder / "other.db";
+    interfere("CREATE TABLE something (x)");
+    EXPECT_FALSE(Store::open(path, error));
+    EXPECT_NE(error.find("another program's"), std::string::npos) << error;
     EXPECT_FALSE(Store::open(folder / "missing" / "history.db", error));
     EXPECT_NE(error.find("No such file"), std::string::npos) << error;
 }

@@ -64,7 +64,9 @@ void TableView::drawEmptyText() {
 
 void TableView::resizeEvent(QResizeEvent* event) {
     QTableView::resizeEvent(event);
-    emit widthChanged(viewport()->width());
+    if (event->oldSize().width() != event->size().width()) {  // not when a scroll bar takes height only
+        emit widthChanged(viewport()->width());
+    }
     emit visibleRowsChanged();
 }
 

@@ -63,7 +63,7 @@ bool Read(BinarySerializer& in, Value& value) {
 
 /**
  * A message whose body is its fields one behind the other. `Message` lists them once, in wire order, in a
- * static template `Fields(self)` that returns a tie, and carries its type number as `MessageType`.
+ * static template `Fields(self)` that returns a tie, and a message that travels as a body carries its type number as `MessageType`.
  */
 template <class Message>
 struct WireMessage {

@@ -68,7 +68,11 @@ def start_desktop(children, log):
     os.environ["DBUS_SESSION_BUS_ADDRESS"] = start_and_read(children, bus, stdout=log, stderr=log)
     server = ["Xvfb", "-displayfd", "FD", "-screen", "0", "1280x800x24", "-nolisten", "tcp", "-noreset"]
     os.environ["DISPLAY"] = ":" + start_and_read(children, server, stderr=log)
-    children.start(["openbox"], stdout=log, stderr=log)
+    with tempfile.TemporaryDirectory() as scratch:
+        ready = Path(scratch, "ready")
+        children.start(["openbox", "--startup", f"touch {ready}"], stdout=log, stderr=log)
+        # A window that opens while the window manager takes over may stay unmapped for good.
+        wait_for("The window manager", ready.exists)
 
 
 def save_picture(window, path):

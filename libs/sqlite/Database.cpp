@@ -42,7 +42,8 @@ bool Database::Open(const std::string& path, OpenMode mode) {
         Close();
         return false;
     }
-    m_Path = sqlite3_db_filename(m_Handle, "main");
+    const char* resolved = sqlite3_db_filename(m_Handle, "main");
+    m_Path = resolved != nullptr ? resolved : "";
     sqlite3_extended_result_codes(m_Handle, 1);
     sqlite3_busy_timeout(m_Handle, busyTimeoutMs);
     return true;

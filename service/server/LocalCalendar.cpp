@@ -51,13 +51,12 @@ std::chrono::seconds offsetAt(Moment moment) {
 }  // namespace
 
 Time LocalCalendar::fromMoment(Moment moment) {
-    ::tzset();  // localtime_r alone keeps the zone that the process started in
     return Time::fromEpoch(moment.time_since_epoch().count());
 }
 
 Moment LocalCalendar::toMoment(const Time& time) {
     using std::chrono::days;
-    ::tzset();
+    ::tzset();  // localtime_r alone keeps the zone that the process started in
     const Moment face = asUtc(clamped(time));
     // No offset reaches a whole day, so these two are in force on either side of any change near that time.
     const std::chrono::seconds before = offsetAt(face - days{1});

@@ -59,7 +59,9 @@ bool answer(const LinkPeer::Request& request, BinarySerializer& body) {
         case 12:
         case 18: {
             DaemonApplicationInfo info;
-            info.id = request.header.messageType == 18 ? indexOf(request) : 4711;
+            info.id = request.header.messageType == 18 ? indexOf(request)
+                                                       : static_cast<unsigned char>(request.body[2]) * 256 +
+                                                             static_cast<unsigned char>(request.body[3]);
             info.name = "Äpp";
             info.tcpReceivedBytes = 5;
             return info.id < 1000 || info.id == 4711 ? info.SerializeTo(body) : true;

@@ -73,6 +73,45 @@ TEST(Catalogue, RecordsHaveTheirSizes) {
               "01020304000000000000000000000000");
 }
 
+TEST(Catalogue, RecordsReadTheirFieldsInWireOrder) {
+    BinarySerializer in;
+    for (int value = 1; value <= 2; ++value) {
+        in.WriteInt(value);
+    }
+    for (int value = 10; value < 22; ++value) {  // two times: day, month, year, second, minute, hour
+        in.WriteInt(value);
+    }
+    for (int value = 3; value <= 6; ++value) {
+        in.WriteInt(value);
+    }
+    in.WriteLongLong(7);
+    in.WriteLongLong(8);
+    putHex(in,
+           "00000000"
+           "0001fffe"
+           "01020304000000000000000000000000");
+    putHex(in,
+           "00000001"
+           "00000035"
+           "20010db8000000000000000000000009");
+    DaemonConnectionInfo record;
+    ASSERT_TRUE(record.UnserializeFrom(in));
+    EXPECT_EQ(record.id, 1);
+    EXPECT_EQ(record.applicationId, 2);
+    EXPECT_EQ(record.startTime, Time(10, 11, 12, 13, 14, 15));
+    EXPECT_EQ(record.endTime, Time(16, 17, 18, 19, 20, 21));
+    EXPECT_EQ(record.direction, 3);
+    EXPECT_EQ(record.socketDomain, 4);
+    EXPECT_EQ(record.socketType, 5);
+    EXPECT_EQ(record.socketProtocol, 6);
+    EXPECT_EQ(record.receivedBytes, 7);
+    EXPECT_EQ(record.sendedBytes, 8);
+    EXPECT_EQ(record.remoteAddress.port, 0xFFFE) << "the low 16 bits count";
+    EXPECT_EQ(ipToString(record.remoteAddress), "1.2.3.4");
+    EXPECT_EQ(record.localAddress.port, 53);
+    EXPECT_EQ(record.localAddress.address[15], 9);
+}
+
 TEST(Catalogue, AnyFlagButZeroIsTrue) {
     BinarySerializer in;
     putHex(in, "00000002");
@@ -121,12 +160,17 @@ TEST(Catalogue, AConnectionsRowReadsAddressesByTheirFamily) {
     ASSERT_TRUE(database.Open(":memory:", SQLite::OpenMode::ReadWriteCreate));
     SQLite::Query query(
         database,
-        "SELECT 9, 3, '2008-03-07 09:05:00', '2008-03-08 10:06:01', 1, 10, 1, 6, 5000000000, 8, "
+        "SELECT 9, 3, '2008-03-07 09:05:00', '2008-03-08 10:06:01', 1, 10, 2, 6, 5000000000, 8, "
         "1, '32.1.13.184.0.0.0.0.0.0.0.0.0.0.0.1', 443, 0, '10.0.0.2', 65537");
     ASSERT_EQ(query.Step(), SQLite::StepResult::Row);
     DaemonConnectionInfo record;
     ASSERT_TRUE(record.UpdateFromQuery(&query));
+    EXPECT_FALSE(record.UpdateFromQuery(nullptr));
+    EXPECT_EQ(record.id, 9);
     EXPECT_EQ(record.applicationId, 3);
+    EXPECT_EQ(Time::toString(record.startTime), "2008-03-07 09:05:00");
+    EXPECT_EQ(Time::toString(record.endTime), "2008-03-08 10:06:01");
+    EXPECT_EQ(record.socketType, 2);
     EXPECT_EQ(record.direction, 1);
     EXPECT_EQ(record.socketDomain, 10);
     EXPECT_EQ(record.socketProtocol, 6);

@@ -36,6 +36,14 @@ int askCount(LLNC_ClientConnection& connection, int iteratorId) {
     return connection.SendMessage(countRequest(iteratorId), reply, 0) ? reply.count : -1;
 }
 
+/** Returns when `isSo` is, or after ten seconds. */
+template <class Condition>
+void waitUntil(Condition isSo) {
+    for (int i = 0; i < 10000 && !isSo(); ++i) {
+        std::this_thread::sleep_for(1ms);
+    }
+}
+
 TEST(LLNC_ClientConnection, FramesRequestsAndEventsToTheByte) {
     LinkPeer peer(nullptr);
     LLNC_ClientConnection connection(peer.address());
@@ -87,7 +95,7 @@ TEST(LLNC_ClientConnection, GivesEveryThreadItsOwnReply) {
         });
     }
     for (int i = 0; i < 20; ++i) {
-        peer.sendEvent(i, i);
+        peer.sendEvent(i, 100 + i, 7);
     }
     for (std::thread& thread : threads) {
         thread.join();
@@ -98,7 +106,11 @@ TEST(LLNC_ClientConnection, GivesEveryThreadItsOwnReply) {
         EXPECT_EQ(requests[i].header.messageId, static_cast<int>(i)) << "numbers follow the sending order";
     }
     for (int i = 0; i < 20; ++i) {
-        EXPECT_EQ(connection.GetNextEvent().eventId, i);
+        waitUntil([&] { return connection.IsEventOccured(); });
+        const LLNC_ClientConnection::Event event = connection.GetNextEvent();
+        EXPECT_EQ(event.eventId, i);
+        EXPECT_EQ(event.param, 100 + i);
+        EXPECT_EQ(event.moduleId, 7);
     }
     EXPECT_EQ(connection.GetNextEvent().eventId, -1);
     EXPECT_FALSE(connection.IsEventOccured());
@@ -121,10 +133,48 @@ TEST(LLNC_ClientConnection, TakesRepliesInAnyOrderAndTheLaterOfTwo) {
     DaemonGetCountApplicationsReply answer;
     EXPECT_TRUE(connection.WaitReply(second, answer));
     EXPECT_EQ(answer.count, 22);
-    std::this_thread::sleep_for(50ms);
+    waitUntil([&] { return connection.GetReply(99) != nullptr; });  // sent behind the others
     EXPECT_TRUE(connection.WaitReply(first, answer));
     EXPECT_EQ(answer.count, 11);
     EXPECT_EQ(connection.GetReply(first), nullptr);
+}
+
+TEST(LLNC_ClientConnection, PutsAReplyTogetherThatComesInPieces) {
+    LinkPeer peer(nullptr);
+    LLNC_ClientConnection connection(peer.address());
+    DaemonApplicationInfo sent;
+    sent.name = std::string(3000, 'n');
+    BinarySerializer body;
+    sent.SerializeTo(body);
+    MessageHeader header;
+    header.replyToId = 5;
+    header.dataSize = body.GetCurrentDataSize();
+    BinarySerializer frame;
+    header.SerializeTo(frame);
+    std::string bytes(frame.GetCurrentDataSize() + body.GetCurrentDataSize(), '\0');
+    frame.Read(bytes.data(), 20);
+    body.Read(bytes.data() + 20, static_cast<long>(bytes.size()) - 20);
+    std::size_t begin = 0;
+    for (const std::size_t end :
+         {std::size_t{1}, std::size_t{19}, std::size_t{21}, std::size_t{1043}, bytes.size()}) {
+        peer.send(bytes.substr(begin, end - begin));
+        std::this_thread::sleep_for(10ms);  // so that the reader meets the pieces one by one
+        begin = end;
+    }
+    DaemonApplicationInfo received;
+    EXPECT_TRUE(connection.WaitReply(5, received));
+    EXPECT_EQ(received.name, sent.name);
+}
+
+TEST(LLNC_ClientConnection, IgnoresAShortEventAndFilesOtherTypes) {
+    LinkPeer peer(nullptr);
+    LLNC_ClientConnection connection(peer.address());
+    BinarySerializer body;
+    body.WriteInt(2);
+    peer.sendFrame(-1, -1, body);
+    peer.sendFrame(8, -2, body);
+    waitUntil([&] { return connection.GetReply(8) != nullptr; });
+    EXPECT_FALSE(connection.IsEventOccured());
 }
 
 TEST(LLNC_ClientConnection, ShortAndHostileRepliesFailWithoutHarm) {
@@ -157,13 +207,13 @@ TEST(LLNC_ClientConnection, ShortAndHostileRepliesFailWithoutHarm) {
     std::string bytes(frame.GetCurrentDataSize(), '\0');
     frame.Read(bytes.data(), static_cast<long>(bytes.size()));
     peer.send(bytes + "the rest never comes");
-    std::this_thread::sleep_for(50ms);
-    const auto empty = connection.GetReply(77);
+    std::unique_ptr<BinarySerializer> empty;
+    waitUntil([&] { return (empty = connection.GetReply(77)) != nullptr; });
     ASSERT_NE(empty, nullptr);
     EXPECT_EQ(empty->GetCurrentDataSize(), 0);
 }
 
-TEST(LLNC_ClientConnection, LosingTheDaemonFailsTheNextRequestAndNumbersGoOn) {
+TEST(LLNC_ClientConnection, LosingTheDaemonFailsTheNextRequest) {
     LinkPeer peer(answerWithBody);
     LLNC_ClientConnection connection(peer.address());
     EXPECT_EQ(askCount(connection, 5), 5);

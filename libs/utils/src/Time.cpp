@@ -11,14 +11,23 @@
 #include "libs/utils/src/StringUtils.h"
 #include "libs/utils/src/TimeStringSplitterValidator.h"
 
+namespace {
+
+std::tm localClock(std::time_t moment) {
+    tzset();  // localtime_r alone keeps the zone that the process started in
+    std::tm local{};
+    localtime_r(&moment, &local);
+    return local;
+}
+
+}  // namespace
+
 Time::Time(std::int32_t day, std::int32_t month, std::int32_t year, std::int32_t second, std::int32_t minute,
            std::int32_t hour)
     : day(day), month(month), year(year), second(second), minute(minute), hour(hour) {}
 
 long Time::toEpoch(const Time& time) {
-    const std::time_t present = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&present, &local);
+    std::tm local = localClock(std::time(nullptr));
     local.tm_sec = time.second;
     local.tm_min = time.minute;
     local.tm_hour = time.hour;
@@ -29,9 +38,7 @@ long Time::toEpoch(const Time& time) {
 }
 
 Time Time::fromEpoch(long secondsSinceEpoch) {
-    const std::time_t moment = secondsSinceEpoch;
-    std::tm local{};
-    localtime_r(&moment, &local);
+    const std::tm local = localClock(secondsSinceEpoch);
     return Time(local.tm_mday, local.tm_mon + 1, local.tm_year + 1900, local.tm_sec, local.tm_min,
                 local.tm_hour);
 }

@@ -39,6 +39,7 @@ TEST(IpAddress, ComparesOnlyTheBytesOfItsFamily) {
     second.port = 1;
     EXPECT_NE(first, second);
     EXPECT_TRUE(IpAddress().isEmpty());
+    EXPECT_FALSE(stringToIp("0.0.0.1", 0).isEmpty());
     EXPECT_FALSE(stringToIp("", 1).isEmpty());
 }
 

@@ -25,9 +25,15 @@ TEST(Time, EpochUsesTodaysOffsetInEverySeason) {
     const std::time_t present = std::time(nullptr);
     std::tm local{};
     localtime_r(&present, &local);
-    const long july = 1215424800;  // 2008-07-07 10:00:00 UTC, 12:00 in Berlin's summer
+    const bool isSummer = local.tm_isdst > 0;
+    const long july = 1215424800;     // 2008-07-07 10:00:00 UTC, 12:00 in Berlin's summer
+    const long january = 1199700000;  // 2008-01-07 10:00:00 UTC, 11:00 in Berlin's winter
     EXPECT_EQ(Time::fromEpoch(july), Time(7, 7, 2008, 0, 0, 12));
-    EXPECT_EQ(Time::toEpoch(Time::fromEpoch(july)), july + (local.tm_isdst > 0 ? 0 : 3600));
+    EXPECT_EQ(Time::fromEpoch(january), Time(7, 1, 2008, 0, 0, 11));
+    EXPECT_EQ(Time::toEpoch(Time::fromEpoch(july)), july + (isSummer ? 0 : 3600));
+    EXPECT_EQ(Time::toEpoch(Time::fromEpoch(january)), january - (isSummer ? 3600 : 0));
+    setenv("TZ", "Asia/Tokyo", 1);
+    EXPECT_EQ(Time::fromEpoch(january).hour, 19) << "the zone is the present one, not the first";
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <QHeaderView>
 #include <QPainter>
+#include <QResizeEvent>
 
 namespace {
 

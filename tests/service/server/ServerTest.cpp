@@ -139,6 +139,9 @@ TEST_F(ServerTest, MoreClientsThanItServesAreTurnedAway) {
 }
 
 TEST_F(ServerTest, WithoutDescriptorsItWaitsAndDoesNotSpin) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer's own checks of objects need a descriptor";
+#endif
     start({.patience = 500ms});  // which is also how often it tries anew
     TestClient early(address);
     ASSERT_TRUE(early.ask(anything));

@@ -82,6 +82,8 @@ def save_picture(window, path):
 
 def window_of(process):
     """The id of the process's window; empty while it has none."""
+    if process.poll() is not None:
+        sys.exit(f"The window's program ended with status {process.returncode}.")
     search = ["xdotool", "search", "--all", "--onlyvisible", "--pid", str(process.pid), "--name", "Nevtora"]
     return subprocess.run(search, capture_output=True, text=True).stdout.split("\n")[0]
 
@@ -95,7 +97,7 @@ def read_table(program):
 
 def show(program, folder, children):
     process = children.start([program])
-    window = wait_for("The window", lambda: process.poll() is None and window_of(process))
+    window = wait_for("The window", lambda: window_of(process))
     time.sleep(7)  # until its second refresh
     save_picture(window, folder / "main-window.png")
     print(read_table(program), end="")

@@ -7,7 +7,7 @@ run_packages=(libqt6svg6 fonts-inter breeze-icon-theme)
 wayland_packages=(qt6-wayland) # large, and of use only where there is no X server beside Wayland
 # For a window on a machine without a display.
 picture_packages=(xvfb openbox dbus-daemon at-spi2-core python3-pyatspi xdotool imagemagick)
-test_packages=(libgtest-dev python3 iproute2)
+test_packages=(dbus-daemon libgtest-dev python3 iproute2)
 
 say() { printf '==> %s\n' "$*"; }
 
@@ -35,7 +35,7 @@ install_missing() {
     [ ${#missing[@]} -gt 0 ] || return 0
     say "Installing ${missing[*]}"
     if [ "$(id -u)" != 0 ]; then
-        command -v sudo >/dev/null || fail "There is no sudo here. As root: apt-get install ${missing[*]}"
+        command -v sudo >/dev/null || fail "There is no sudo here. As root: apt-get update && apt-get install --no-install-recommends ${missing[*]}"
         apt=(sudo "${apt[@]}")
     fi
     "${apt[@]}" update -qq

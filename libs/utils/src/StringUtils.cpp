@@ -32,7 +32,10 @@ IpAddress stringToIp(const std::string& text, int family) {
 std::string ipToString(const IpAddress& address) {
     std::string text;
     for (std::size_t i = 0; i < IpAddress::addressLength(address.family); ++i) {
-        text += (i == 0 ? "" : ".") + intToString(address.address[i]);
+        if (i > 0) {
+            text += '.';
+        }
+        text += intToString(address.address[i]);
     }
     return text;
 }

@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <limits>
+#include <ostream>
 
 namespace service {
 
@@ -18,6 +19,10 @@ struct Conversion {
     Time local;
     Moment utc;
     Time localOfUtc;  ///< what that moment reads as: another time than `local` where the clock skipped it
+
+    friend void PrintTo(const Conversion& conversion, std::ostream* out) {
+        *out << conversion.zone << " " << Time::toString(conversion.local);
+    }
 };
 
 constexpr Moment utc(std::chrono::year_month_day day, std::chrono::minutes time) {

@@ -119,9 +119,9 @@ std::string usage() {
            "                         $XDG_DATA_HOME or ~/.local/share)\n"
            "  --listen ADDRESS:PORT  wait for clients there (default: 127.0.0.1:10023)\n"
            "  --config FILE          the settings file; this version does not obey its settings yet\n"
-           "  --capture SOURCE       where the figures come from: bpf (programs in the kernel), diag (the "
-           "kernel's\n"
-           "                         socket diagnostics), off, or auto, the best that works here (default)\n"
+           "  --capture SOURCE       where the figures come from: diag (the kernel's socket diagnostics), off,\n"
+           "                         bpf (programs in the kernel; not in this version), or auto, the best\n"
+           "                         that works here (default)\n"
            "  --help                 show this text\n"
            "  --version              show the version\n";
 }

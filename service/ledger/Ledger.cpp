@@ -146,11 +146,6 @@ std::vector<ApplicationRecord> Ledger::applications() const {
     return applications;
 }
 
-std::size_t Ledger::applicationCount() const {
-    const std::lock_guard lock(m_Mutex);
-    return m_Applications.size();
-}
-
 std::optional<ConnectionRecord> Ledger::liveConnection(ConnectionId id, Moment now) const {
     const std::lock_guard lock(m_Mutex);
     const auto key = m_LiveKeys.find(id);

@@ -52,8 +52,6 @@ class Ledger {
     /** A copy of all applications in the order of their ids. */
     std::vector<ApplicationRecord> applications() const;
 
-    std::size_t applicationCount() const;
-
     /** The live connection of that id, its end being `now`; nothing when it ended or never was. */
     std::optional<ConnectionRecord> liveConnection(ConnectionId id, Moment now) const;
 

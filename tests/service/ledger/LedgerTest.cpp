@@ -99,7 +99,7 @@ TEST_F(LedgerTest, AnEndedConnectionIsGivenALastTimeAndItsKeyMayComeAgain) {
 TEST_F(LedgerTest, AConnectionThatOutlivesAClearIsNewAndItsBytesStartThere) {
     const LedgerChanges before = apply(1, {sampleOf(1, "/a", {100, 100})});
     ledger.clear(at(5));
-    EXPECT_EQ(ledger.applicationCount(), 0u);
+    EXPECT_EQ(ledger.applications().size(), 0u);
     EXPECT_TRUE(ledger.takeNewApplications().empty());
 
     const LedgerChanges after = apply(6, {sampleOf(1, "/a", {3, 4})});

@@ -9,11 +9,11 @@
 #include <QFile>
 #include <QLocalSocket>
 #include <QStandardPaths>
-#include <QThread>
 #include <QTimer>
 #include <QUrl>
 #include <algorithm>
 #include <chrono>
+#include <thread>
 
 #include "platform/ActivationToken.h"
 
@@ -21,8 +21,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto patience = 2s;  // for a first start to answer, and for a caller to say its line
-constexpr auto pause = 10ms;   // between two tries to reach a first start that does not listen yet
+constexpr auto patience = 2s;      // for a first start to answer, and for a caller to say its line
+constexpr auto retryPause = 10ms;  // between two tries to reach a first start that does not listen yet
 
 // The whole conversation: one line, a token or nothing after the word, answered with one byte.
 constexpr char request[] = "activate ";
@@ -101,7 +101,7 @@ void SingleInstance::askFirst() {
     const QByteArray line = requestLine();
     const QDeadlineTimer deadline(patience);
     while (!deadline.hasExpired() && !ask(m_Path + ".socket", line, deadline)) {
-        QThread::sleep(pause);
+        std::this_thread::sleep_for(retryPause);
         if (takeLock()) {
             m_IsFirst = true;
             listen();

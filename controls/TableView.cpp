@@ -1,9 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "controls/TableView.h"
 
+#include <QAction>
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QPainter>
 #include <QResizeEvent>
+#include <algorithm>
 
 namespace {
 
@@ -12,7 +17,8 @@ constexpr int headerHeight = 30;
 
 }  // namespace
 
-TableView::TableView(QWidget* parent) : QTableView(parent) {
+TableView::TableView(QWidget* parent)
+    : QTableView(parent), m_CopyAction(new QAction(QIcon::fromTheme("edit-copy"), "Copy", this)) {
     setShowGrid(false);
     setSelectionBehavior(SelectRows);
     setSelectionMode(SingleSelection);
@@ -28,9 +34,16 @@ TableView::TableView(QWidget* parent) : QTableView(parent) {
     horizontalHeader()->setFixedHeight(headerHeight);
     horizontalHeader()->setMinimumSectionSize(24);
     horizontalHeader()->setHighlightSections(false);
+    horizontalHeader()->setResizeContentsPrecision(
+        0);  // a column fitted to its contents looks at visible rows
     QFont captionFont = font();
     captionFont.setPointSizeF(captionFont.pointSizeF() - 1);
     horizontalHeader()->setFont(captionFont);
+    m_CopyAction->setShortcut(QKeySequence::Copy);
+    m_CopyAction->setShortcutContext(Qt::WidgetShortcut);
+    m_CopyAction->setEnabled(false);
+    connect(m_CopyAction, &QAction::triggered, this, &TableView::copySelectedRow);
+    addAction(m_CopyAction);
 }
 
 TableView::RowRange TableView::visibleRows() const {
@@ -45,6 +58,63 @@ void TableView::setEmptyText(const QString& text) {
         m_EmptyText = text;
         setAccessibleDescription(text);
         viewport()->update();
+    }
+}
+
+QString TableView::selectedRowText() const {
+    const QModelIndexList rows =
+        selectionModel() != nullptr ? selectionModel()->selectedRows() : QModelIndexList();
+    QStringList texts;
+    for (int visual = 0; !rows.isEmpty() && visual < horizontalHeader()->count(); ++visual) {
+        const int column = horizontalHeader()->logicalIndex(visual);
+        const QString text = rows.first().siblingAtColumn(column).data().toString();
+        if (!text.isEmpty() || !model()->headerData(column, Qt::Horizontal).toString().isEmpty()) {
+            texts.append(text);
+        }
+    }
+    return texts.join('\t');
+}
+
+void TableView::copySelectedRow() {
+    QGuiApplication::clipboard()->setText(selectedRowText());
+}
+
+void TableView::updateCopyAction() {
+    m_CopyAction->setEnabled(selectionModel() != nullptr && selectionModel()->hasSelection());
+}
+
+void TableView::keyboardSearch(const QString& keys) {
+    if (model() == nullptr) {
+        return;
+    }
+    const int selected = selectionModel()->hasSelection() ? currentIndex().row() : -1;
+    const int row = m_Search.find(*model(), m_SearchColumn, selected, keys);
+    if (row >= 0) {
+        setCurrentIndex(model()->index(row, m_SearchColumn));
+    }
+}
+
+void TableView::reset() {
+    QTableView::reset();
+    updateCopyAction();  // a selection that goes with its model says nothing
+}
+
+/** Amid a name a space is part of it, whatever it is a shortcut for. */
+bool TableView::event(QEvent* event) {
+    if (event->type() == QEvent::ShortcutOverride && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Space &&
+        m_Search.isGoingOn()) {
+        event->accept();
+        return true;
+    }
+    return QTableView::event(event);
+}
+
+/** The base class would copy a single cell, selected or not. */
+void TableView::keyPressEvent(QKeyEvent* event) {
+    if (event->matches(QKeySequence::Copy)) {
+        m_CopyAction->trigger();
+    } else {
+        QTableView::keyPressEvent(event);
     }
 }
 
@@ -84,4 +154,21 @@ void TableView::rowsAboutToBeRemoved(const QModelIndex& parent, int start, int e
         setCurrentIndex({});
     }
     QTableView::rowsAboutToBeRemoved(parent, start, end);
+}
+
+QModelIndex TableView::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) {
+    const int rows = model() != nullptr ? model()->rowCount() : 0;
+    const int column = std::max(currentIndex().column(), 0);
+    if (rows > 0 && action == MoveEnd) {
+        return model()->index(rows - 1, column);
+    }
+    if (rows > 0 && (action == MoveHome || !selectionModel()->hasSelection())) {
+        return model()->index(0, column);
+    }
+    return QTableView::moveCursor(action, modifiers);
+}
+
+void TableView::selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) {
+    QTableView::selectionChanged(selected, deselected);
+    updateCopyAction();
 }

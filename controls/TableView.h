@@ -3,9 +3,14 @@
 
 #include <QTableView>
 
+#include "controls/TypedSearch.h"
+
+class QAction;
+
 /**
  * A table of whole rows without a grid that tells which rows the user can see, so that a model need fetch no
- * others, and that says in a sentence why it is empty.
+ * others, and that says in a sentence why it is empty. The keyboard goes from row to row, finds rows by the
+ * text of one column, and copies the selected one. Main thread.
  */
 class TableView : public QTableView {
     Q_OBJECT
@@ -25,6 +30,24 @@ class TableView : public QTableView {
     void setEmptyText(const QString& text);
     QString emptyText() const { return m_EmptyText; }
 
+    /**
+     * Typing selects a row by the beginning of its text in this logical column, 0 at first. Rows without text,
+     * such as those that were not fetched, are passed over.
+     */
+    void setSearchColumn(int column) { m_SearchColumn = column; }
+
+    /** Copies the selected row; disabled without one. */
+    QAction* copyAction() const { return m_CopyAction; }
+
+    /**
+     * What the user sees of the selected row, from left to right, with tabs in between; without columns that
+     * have neither a text nor a header. Empty without a selection.
+     */
+    QString selectedRowText() const;
+
+    void keyboardSearch(const QString& keys) override;
+    void reset() override;
+
   signals:
     /** The user scrolled, or the table has another size. Comes before the newly visible rows are painted. */
     void visibleRowsChanged();
@@ -33,6 +56,8 @@ class TableView : public QTableView {
     void widthChanged(int width);
 
   protected:
+    bool event(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
@@ -40,8 +65,19 @@ class TableView : public QTableView {
     /** A selected row takes its selection along, instead of leaving it to a neighbour. */
     void rowsAboutToBeRemoved(const QModelIndex& parent, int start, int end) override;
 
-  private:
-    void drawEmptyText();
+    /** Home and End are the first and the last row; without a selection every other key begins at the first.
+     */
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
 
+    void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
+
+  private:
+    void copySelectedRow();
+    void drawEmptyText();
+    void updateCopyAction();
+
+    QAction* m_CopyAction;
     QString m_EmptyText;
+    TypedSearch m_Search;
+    int m_SearchColumn = 0;
 };

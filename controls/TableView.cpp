@@ -109,6 +109,15 @@ bool TableView::event(QEvent* event) {
     return QTableView::event(event);
 }
 
+/** The base class makes the first row the current one unselected, and the first key would then do nothing. */
+void TableView::focusInEvent(QFocusEvent* event) {
+    const bool hadCurrent = currentIndex().isValid();
+    QTableView::focusInEvent(event);
+    if (!hadCurrent && selectionModel() != nullptr) {
+        selectionModel()->clearCurrentIndex();
+    }
+}
+
 /** The base class would copy a single cell, selected or not. */
 void TableView::keyPressEvent(QKeyEvent* event) {
     if (event->matches(QKeySequence::Copy)) {

@@ -5,6 +5,7 @@
 
 #include "daemon/DaemonConnection.h"
 #include "platform/InterfaceStyle.h"
+#include "platform/SingleInstance.h"
 #include "platform/TerminationSignals.h"
 #include "ui/main/MainController.h"
 
@@ -27,16 +28,24 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName("nevtora-meter");
     QApplication::setApplicationDisplayName("Nevtora Meter");
     QApplication::setDesktopFileName("nevtora-meter");
-    QApplication::setWindowIcon(QIcon(":/nevtora-meter.svg"));
+    QApplication::setApplicationVersion(NEVTORA_VERSION);
+    QApplication::setWindowIcon(QIcon(":/app"));
+    QApplication::setQuitOnLastWindowClosed(false);  // the tray keeps the program
     InterfaceStyle::install();
     const TerminationSignals terminationSignals;
+    const SingleInstance instance(QApplication::applicationName());
+    if (!instance.isFirst()) {
+        return 0;
+    }
     if (!DaemonConnection::sharedConnection()->isValid()) {
         showUnreachableDaemonAlert();
         return -1;
     }
     int status = 0;
     {
-        const MainController controller;
+        MainController controller;
+        QObject::connect(&instance, &SingleInstance::activationRequested, &controller,
+                         &MainController::applicationShouldHandleReopen);
         status = QApplication::exec();
     }
     DaemonConnection::sharedConnection()->stopEventsListener();

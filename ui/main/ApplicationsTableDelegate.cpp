@@ -6,6 +6,7 @@
 #include <QHelpEvent>
 #include <QPainter>
 #include <QToolTip>
+#include <QtMath>
 
 #include "ui/main/ApplicationsTableModel.h"
 
@@ -32,6 +33,10 @@ QRect textRect(const QStyleOptionViewItem& cell) {
 bool isSecondary(int column) {
     return column == Model::NumberColumn || column == Model::PathColumn ||
            column == Model::LastActivityColumn;
+}
+
+bool isNumber(int column) {
+    return column == Model::NumberColumn || column == Model::ReceivedColumn || column == Model::SentColumn;
 }
 
 QColor textColor(const QStyleOptionViewItem& cell, int column) {
@@ -102,6 +107,17 @@ void ApplicationsTableDelegate::drawContent(QPainter& painter, const QStyleOptio
             painter.drawText(room, static_cast<int>(cell.displayAlignment),
                              cell.fontMetrics.elidedText(cell.text, cell.textElideMode, room.width()));
     }
+}
+
+/** What a double click on the border of a header makes of its column. */
+QSize ApplicationsTableDelegate::sizeHint(const QStyleOptionViewItem& option,
+                                          const QModelIndex& index) const {
+    QStyleOptionViewItem cell(option);
+    initStyleOption(&cell, index);
+    const int width = index.column() == Model::IconColumn ? cell.decorationSize.width()
+                      : isNumber(index.column())          ? qCeil(m_Digits.width(cell.text))
+                                                          : cell.fontMetrics.horizontalAdvance(cell.text);
+    return {width + 2 * margin, cell.fontMetrics.height()};
 }
 
 bool ApplicationsTableDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,

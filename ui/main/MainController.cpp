@@ -1,16 +1,30 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/main/MainController.h"
 
+#include <QCoreApplication>
+#include <QDesktopServices>
+#include <QDir>
+#include <QEvent>
 #include <QHeaderView>
 #include <QMainWindow>
+#include <QMenu>
+#include <QMessageBox>
+#include <QShortcut>
+#include <QSystemTrayIcon>
+#include <QUrl>
 #include <QtMath>
-#include <algorithm>
 #include <chrono>
 
+#include "controls/ColumnFitter.h"
 #include "controls/TabularDigits.h"
 #include "daemon/DaemonConnection.h"
+#include "platform/FileInformation.h"
+#include "platform/WindowFront.h"
 #include "ui/charts/TrafficFormat.h"
 #include "ui/main/ApplicationsTableDelegate.h"
+#include "ui/main/DrawerController.h"
+#include "ui/main/TotalStatisticController.h"
+#include "ui/main/WindowMemory.h"
 #include "ui_MainWindow.h"
 
 namespace {
@@ -19,6 +33,10 @@ using namespace std::chrono_literals;
 using Model = ApplicationsTableModel;
 
 constexpr auto updateInterval = 5s;
+constexpr QSize menuIconSize(16, 16);
+
+/** From the folder of the program, in an installed tree as in that of a build. */
+const QString homePage = QStringLiteral("../share/nevtora-meter/site/index.html");
 
 /** On the wire: never renumber. */
 enum SortField : std::int32_t {
@@ -43,6 +61,11 @@ std::int32_t nextDirection(std::int32_t direction) {
     }
 }
 
+/** A name is not to gain a mnemonic or a shortcut column by what stands in it. */
+QString plainMenuText(QString name) {
+    return name.replace('&', "&&").replace('\t', ' ');
+}
+
 }  // namespace
 
 MainController::MainController()
@@ -51,9 +74,30 @@ MainController::MainController()
       m_ApplicationsSortDirection(Unsorted),
       m_ApplicationsTableModel(
           [this](auto first, auto count) { return m_ApplicationsList->prefetch(first, count); }),
-      m_Window(std::make_unique<QMainWindow>()) {
+      m_Window(std::make_unique<QMainWindow>()),
+      m_Outlets(std::make_unique<Ui::MainWindow>()) {
     DaemonConnection::sharedConnection()->setDelegate(this);
+    m_Outlets->setupUi(m_Window.get());
+    m_TotalStatisticController = std::make_unique<TotalStatisticController>(*m_Outlets->m_TotalsPanel);
+    awakeFromNib();
+}
+
+MainController::~MainController() {
+    DaemonConnection::sharedConnection()->setDelegate(nullptr);
+    if (m_Window->isVisible()) {
+        m_WindowMemory->save();
+    }
+}
+
+void MainController::awakeFromNib() {
     setupTable();
+    setupColumns();
+    setupDrawer();
+    setupCommands();
+    createStatusIcon();
+    m_WindowMemory = std::make_unique<WindowMemory>(*m_Window, *m_ColumnFitter, *m_Outlets->m_Drawer);
+    m_WindowMemory->restore();
+    m_Window->installEventFilter(this);
     m_Window->show();  // the table's size decides how many rows are fetched
     connect(&m_UpdateInformationTimer, &QTimer::timeout, this, &MainController::updateInformationTimer);
     m_UpdateInformationTimer.setTimerType(Qt::PreciseTimer);
@@ -61,48 +105,96 @@ MainController::MainController()
     updateInformationTimer();
 }
 
-MainController::~MainController() {
-    DaemonConnection::sharedConnection()->setDelegate(nullptr);
-}
-
 void MainController::setupTable() {
-    Ui::MainWindow form;
-    form.setupUi(m_Window.get());
-    m_ApplicationsTable = form.m_ApplicationsTable;
-    m_ApplicationsTable->setModel(&m_ApplicationsTableModel);
-    m_ApplicationsTable->setItemDelegate(
-        new ApplicationsTableDelegate(m_ApplicationsTable->font(), m_ApplicationsTable));
-    connect(m_ApplicationsTable, &TableView::widthChanged, this, &MainController::fitColumns);
-    connect(m_ApplicationsTable, &TableView::visibleRowsChanged, this, &MainController::fetchVisibleRows);
+    TableView* table = m_Outlets->m_ApplicationsTable;
+    table->setModel(&m_ApplicationsTableModel);
+    table->setItemDelegate(new ApplicationsTableDelegate(table->font(), table));
+    table->setSearchColumn(Model::NameColumn);
+    table->setContextMenuPolicy(Qt::CustomContextMenu);
+    table->setFocus();
+    connect(table, &TableView::visibleRowsChanged, this, &MainController::fetchVisibleRows);
+    connect(table, &TableView::doubleClicked, m_Outlets->m_Drawer, &Drawer::toggle);
+    connect(table, &TableView::customContextMenuRequested, this, &MainController::showTableMenu);
+    connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &MainController::tableViewSelectionDidChange);
 
-    QHeaderView* header = m_ApplicationsTable->horizontalHeader();
+    QHeaderView* header = table->horizontalHeader();
     header->setSectionsClickable(true);
     header->setSortIndicatorShown(true);
     header->setSortIndicator(-1, Qt::AscendingOrder);
     connect(header, &QHeaderView::sectionClicked, this, &MainController::didClickTableColumn);
 }
 
-/** Numbers get the room that they need; names, paths and dates share the rest, none more than it can use. */
-void MainController::fitColumns(int width) {
+/** Numbers get the room that they need; names, paths and dates share the rest. */
+void MainController::setupColumns() {
+    TableView* table = m_Outlets->m_ApplicationsTable;
     constexpr int margins = 2 * ApplicationsTableDelegate::margin;
-    constexpr int iconWidth = 16 + margins;
-    const TabularDigits digits(m_ApplicationsTable->font());
+    const TabularDigits digits(table->font());
     const int numberWidth = qCeil(digits.width("0000")) + margins;
+    const int iconWidth = table->iconSize().width() + margins;
     const int bytesWidth = qCeil(digits.width("0000000.000")) + margins;
     const QString longDate = NSDateToNSString(QDateTime(QDate(2028, 9, 27), QTime(22, 58, 58)));
-    const int dateWidth = m_ApplicationsTable->fontMetrics().horizontalAdvance(longDate) + margins;
+    const int dateWidth = table->fontMetrics().horizontalAdvance(longDate) + margins;
+    m_ColumnFitter = new ColumnFitter(table, {{numberWidth, numberWidth, 0},
+                                              {iconWidth, iconWidth, 0},
+                                              {104, 224, 3},
+                                              {104, ColumnFitter::unlimitedWidth, 2},
+                                              {bytesWidth, bytesWidth, 0},
+                                              {bytesWidth, bytesWidth, 0},
+                                              {120, dateWidth, 6}});
+}
 
-    const int rest = width - numberWidth - iconWidth - 2 * bytesWidth;
-    const int dateShare = std::clamp(rest / 2, 120, std::max(dateWidth, 120));
-    const int nameShare = std::clamp(rest * 23 / 100, 96, 224);
-    QHeaderView* header = m_ApplicationsTable->horizontalHeader();
-    header->resizeSection(Model::NumberColumn, numberWidth);
-    header->resizeSection(Model::IconColumn, iconWidth);
-    header->resizeSection(Model::NameColumn, nameShare);
-    header->resizeSection(Model::PathColumn, std::max(rest - nameShare - dateShare, 80));
-    header->resizeSection(Model::ReceivedColumn, bytesWidth);
-    header->resizeSection(Model::SentColumn, bytesWidth);
-    header->resizeSection(Model::LastActivityColumn, dateShare);
+void MainController::setupDrawer() {
+    auto* details = new QWidget;
+    m_DrawerController = std::make_unique<DrawerController>(*details);
+    Drawer* drawer = m_Outlets->m_Drawer;
+    drawer->setContentView(details);
+    connect(drawer, &Drawer::willOpen, this, &MainController::drawerWillOpen);
+    connect(drawer, &Drawer::willClose, this, &MainController::drawerWillClose);
+    connect(m_Outlets->m_AdditionalInfoBtn, &QPushButton::clicked, drawer, &Drawer::toggle);
+    connect(m_Outlets->m_AdditionalInfoToggleBtn, &DisclosureButton::clicked, drawer, &Drawer::toggle);
+    connect(m_Outlets->m_AdditionalInfoAction, &QAction::triggered, drawer, &Drawer::toggle);
+    auto* space = new QShortcut(Qt::Key_Space, m_Outlets->m_ApplicationsTable);
+    space->setContext(Qt::WidgetShortcut);
+    connect(space, &QShortcut::activated, drawer, &Drawer::toggle);
+}
+
+void MainController::setupCommands() {
+    const Ui::MainWindow& outlets = *m_Outlets;
+    outlets.m_ShowApplicationPropertiesButton->setDefaultAction(outlets.m_PropertiesAction);
+    outlets.m_EditMenu->addAction(outlets.m_ApplicationsTable->copyAction());
+    connect(outlets.m_PropertiesAction, &QAction::triggered, this,
+            &MainController::showApplicationProperties);
+    connect(outlets.m_CloseAction, &QAction::triggered, m_Window.get(), &QWidget::close);
+    connect(outlets.m_MinimizeAction, &QAction::triggered, m_Window.get(), &QWidget::showMinimized);
+    connect(outlets.m_QuitAction, &QAction::triggered, this, &MainController::quitFromApplication);
+    connect(outlets.m_HelpAction, &QAction::triggered, this, &MainController::showHelp);
+    connect(outlets.m_HomePageAction, &QAction::triggered, this, &MainController::showHomePage);
+    connect(outlets.m_AboutAction, &QAction::triggered, this, &MainController::showAbout);
+}
+
+void MainController::createStatusIcon() {
+    const Ui::MainWindow& outlets = *m_Outlets;
+    m_StatusMenu = std::make_unique<QMenu>();
+    QAction* show = m_StatusMenu->addAction(QIcon::fromTheme("window"), "Show Nevtora Meter");
+    connect(show, &QAction::triggered, this, &MainController::showMainWindow);
+    m_RealtimeGraphicsMenu = m_StatusMenu->addMenu("Applications");
+    // The outer one: not every panel asks for a submenu before it shows it.
+    connect(m_StatusMenu.get(), &QMenu::aboutToShow, this, &MainController::menuNeedsUpdate);
+    m_StatusMenu->addSeparator();
+    m_StatusMenu->addActions({outlets.m_HelpAction, outlets.m_HomePageAction});
+    m_StatusMenu->addSeparator();
+    m_StatusMenu->addAction(outlets.m_QuitAction);
+
+    m_StatusIcon = std::make_unique<QSystemTrayIcon>(QIcon(":/app"));
+    m_StatusIcon->setToolTip("Nevtora Meter");
+    m_StatusIcon->setContextMenu(m_StatusMenu.get());
+    connect(m_StatusIcon.get(), &QSystemTrayIcon::activated, this, [this](auto reason) {
+        if (reason == QSystemTrayIcon::Trigger) {
+            showMainWindow();
+        }
+    });
+    m_StatusIcon->show();
 }
 
 void MainController::updateInformationTimer() {
@@ -110,23 +202,46 @@ void MainController::updateInformationTimer() {
 }
 
 void MainController::updateAllInformation() {
-    m_TotalStatisticController.updateTotalStatistic();
-    const auto totals = m_TotalStatisticController.totalStatisticInfo();
+    m_TotalStatisticController->updateTotalStatistic();
+    const auto totals = m_TotalStatisticController->totalStatisticInfo();
     const std::int32_t applications = m_ApplicationsList->countApplications();
     m_ApplicationsTableModel.refresh(applications, totals);
     fetchVisibleRows();
     const bool isNothingKnown = applications == 0 && totals != nullptr;  // a lost daemon has no totals either
-    m_ApplicationsTable->setEmptyText(isNothingKnown ? "No application has used the network yet." : "");
+    m_Outlets->m_ApplicationsTable->setEmptyText(isNothingKnown ? "No application has used the network yet."
+                                                                : "");
+    tableViewSelectionDidChange();
 }
 
 void MainController::fetchVisibleRows() {
-    const auto [first, last] = m_ApplicationsTable->visibleRows();
+    const auto [first, last] = m_Outlets->m_ApplicationsTable->visibleRows();
     m_ApplicationsTableModel.fetchRows(first, last);
 }
 
+int MainController::selectedRow() const {
+    const QModelIndexList rows = m_Outlets->m_ApplicationsTable->selectionModel()->selectedRows();
+    return rows.isEmpty() ? -1 : rows.first().row();
+}
+
 std::shared_ptr<const ApplicationInfo> MainController::selectedApplication() {
-    const QModelIndexList rows = m_ApplicationsTable->selectionModel()->selectedRows();
-    return rows.isEmpty() ? nullptr : m_ApplicationsTableModel.applicationForRow(rows.first().row());
+    return m_ApplicationsTableModel.applicationForRow(selectedRow());
+}
+
+void MainController::tableViewSelectionDidChange() {
+    m_DrawerController->updateFromApplicationInfo(selectedApplication());
+    updateApplicationButtons();
+}
+
+/** Always up to date, and not only when the menu opens: the buttons and the shortcuts are the same actions. */
+void MainController::updateApplicationButtons() {
+    for (QAction* item : m_Outlets->m_ApplicationMenu->actions()) {
+        item->setEnabled(validateMenuItem(item));
+    }
+}
+
+/** The totals row is a row, but no application: it has traffic, and no properties. */
+bool MainController::validateMenuItem(const QAction* item) {
+    return item == m_Outlets->m_PropertiesAction ? selectedApplication() != nullptr : selectedRow() >= 0;
 }
 
 std::int32_t MainController::sortFieldFromColumnId(int columnId) {
@@ -162,5 +277,108 @@ void MainController::didClickTableColumn(int columnId) {
 void MainController::showSortIndicator(int columnId) {
     const bool isSorted = m_ApplicationsSortDirection != Unsorted;
     const auto order = m_ApplicationsSortDirection == Descending ? Qt::DescendingOrder : Qt::AscendingOrder;
-    m_ApplicationsTable->horizontalHeader()->setSortIndicator(isSorted ? columnId : -1, order);
+    m_Outlets->m_ApplicationsTable->horizontalHeader()->setSortIndicator(isSorted ? columnId : -1, order);
+}
+
+void MainController::drawerWillOpen() {
+    m_Outlets->m_AdditionalInfoToggleBtn->setChecked(false);
+    m_Outlets->m_AdditionalInfoBtn->setText("Additional Info <<<");
+}
+
+void MainController::drawerWillClose() {
+    m_Outlets->m_AdditionalInfoToggleBtn->setChecked(true);
+    m_Outlets->m_AdditionalInfoBtn->setText("Additional Info >>>");
+}
+
+void MainController::showTableMenu(const QPoint& position) {
+    const Ui::MainWindow& outlets = *m_Outlets;
+    if (selectedRow() < 0) {
+        return;
+    }
+    auto* menu = new QMenu(outlets.m_ApplicationsTable);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->addActions(outlets.m_ApplicationMenu->actions());
+    menu->addAction(outlets.m_AdditionalInfoAction);
+    menu->addSeparator();
+    menu->addAction(outlets.m_ApplicationsTable->copyAction());
+    menu->popup(outlets.m_ApplicationsTable->viewport()->mapToGlobal(position));
+}
+
+void MainController::showApplicationProperties() {
+    if (const auto application = selectedApplication()) {
+        FileInformation::showForFile(application->bundlePath());
+    }
+}
+
+/** By name, with a cursor of its own: the table keeps its order. */
+void MainController::menuNeedsUpdate() {
+    m_RealtimeGraphicsMenu->clear();
+    const auto applications = ApplicationsIterator::iterator();
+    applications->setSortField(SortByName);
+    for (const auto& application : applications->prefetch(0, applications->countApplications())) {
+        if (application == nullptr || application->id() <= 0) {
+            continue;
+        }
+        const std::int32_t id = application->id();
+        QAction* item =
+            m_RealtimeGraphicsMenu->addAction(application->icon(), plainMenuText(application->name()));
+        connect(item, &QAction::triggered, this, [this, id] { showApplication(id); });
+    }
+}
+
+void MainController::showApplication(std::int32_t applicationId) {
+    m_ApplicationsTableModel.fetchRows(0, m_ApplicationsTableModel.rowCount() - 1);
+    const int row = m_ApplicationsTableModel.rowOfApplication(applicationId);
+    showMainWindow();
+    m_Outlets->m_ApplicationsTable->selectRow(row);
+    m_Outlets->m_Drawer->setOpen(true);
+}
+
+void MainController::showMainWindow() {
+    WindowFront::orderFrontRegardless(*m_Window);
+}
+
+void MainController::showHelp() {
+    showHomePage();
+}
+
+void MainController::showHomePage() {
+    const QString page = QDir::cleanPath(QDir(QCoreApplication::applicationDirPath()).filePath(homePage));
+    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(page))) {
+        showMessage("No program could be started that shows this page:", page);
+    }
+}
+
+void MainController::showAbout() {
+    showMessage("Nevtora Meter " + QCoreApplication::applicationVersion(),
+                "Shows which application moves how many bytes.\n\n"
+                "Free software under the GNU General Public License, version 3 or later.");
+}
+
+void MainController::showMessage(const QString& text, const QString& details) {
+    auto* box = new QMessageBox(QMessageBox::NoIcon, "Nevtora Meter", text, QMessageBox::Ok, m_Window.get());
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setIconPixmap(QIcon(":/app").pixmap(64, m_Window->devicePixelRatioF()));
+    box->setInformativeText(details);
+    box->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    box->open();
+}
+
+bool MainController::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Close) {
+        windowWillClose();
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+/** The monitor stays in the tray; without one nobody could bring it back. */
+void MainController::windowWillClose() {
+    m_WindowMemory->save();
+    if (!QSystemTrayIcon::isSystemTrayAvailable()) {
+        QCoreApplication::exit();
+    }
+}
+
+void MainController::quitFromApplication() {
+    QCoreApplication::quit();
 }

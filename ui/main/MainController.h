@@ -9,14 +9,24 @@
 #include "daemon/ApplicationsIterator.h"
 #include "daemon/DaemonConnectionDelegate.h"
 #include "ui/main/ApplicationsTableModel.h"
-#include "ui/main/TotalStatisticController.h"
 
+class ColumnFitter;
+class DrawerController;
+class QAction;
 class QMainWindow;
-class TableView;
+class QMenu;
+class QSystemTrayIcon;
+class TotalStatisticController;
+class WindowMemory;
+
+namespace Ui {
+class MainWindow;
+}
 
 /**
- * Owns the main window: fills the applications table every five seconds and sorts it as the user clicks.
- * Lives on the main thread, from the start of the shared connection to the end of the event loop.
+ * Owns the main window and the item in the desktop's tray: fills the applications table every five seconds, sorts it
+ * as the user clicks, and answers the commands of both. Lives on the main thread, from the start of the shared
+ * connection to the end of the event loop.
  */
 class MainController : public QObject, public DaemonConnectionDelegate {
   public:
@@ -32,28 +42,65 @@ class MainController : public QObject, public DaemonConnectionDelegate {
     /** Null without a selection, for the totals row and for a row that cannot be fetched. */
     std::shared_ptr<const ApplicationInfo> selectedApplication();
 
-    /** Fetches the totals, the number of applications and the visible rows; the main thread waits for them.
-     */
+    /** Fetches the totals, the number of applications and the visible rows; the main thread waits for them. */
     void updateAllInformation();
+
+    void showMainWindow();
+
+    /** The user asked for the program that runs already: the window comes to the front. */
+    void applicationShouldHandleReopen() { showMainWindow(); }
 
     /** What the daemon calls the column to sort by: 0 name, 1 path, 2 last activity, 3 received, 4 sent, 5
      * none. */
     static std::int32_t sortFieldFromColumnId(int columnId);
 
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
   private:
+    void awakeFromNib();
     void setupTable();
-    void fitColumns(int width);
+    void setupColumns();
+    void setupDrawer();
+    void setupCommands();
+    void createStatusIcon();
+
     void updateInformationTimer();
     void fetchVisibleRows();
+    int selectedRow() const;
+    void tableViewSelectionDidChange();
+    void updateApplicationButtons();
+    bool validateMenuItem(const QAction* item);
+
     void didClickTableColumn(int columnId);
     void showSortIndicator(int columnId);
+
+    void drawerWillOpen();
+    void drawerWillClose();
+
+    void showTableMenu(const QPoint& position);
+    void showApplicationProperties();
+    void menuNeedsUpdate();
+    void showApplication(std::int32_t applicationId);
+    void showHelp();
+    void showHomePage();
+    void showAbout();
+    void showMessage(const QString& text, const QString& details);
+    void windowWillClose();
+    void quitFromApplication();
 
     std::shared_ptr<ApplicationsIterator> m_ApplicationsList;
     std::int32_t m_ApplicationsSortField;
     std::int32_t m_ApplicationsSortDirection;
-    TotalStatisticController m_TotalStatisticController;
     ApplicationsTableModel m_ApplicationsTableModel;
-    std::unique_ptr<QMainWindow> m_Window;
-    TableView* m_ApplicationsTable = nullptr;  ///< the window's
+    const std::unique_ptr<QMainWindow> m_Window;
+    const std::unique_ptr<Ui::MainWindow> m_Outlets;
+    std::unique_ptr<DrawerController> m_DrawerController;
+    std::unique_ptr<TotalStatisticController> m_TotalStatisticController;
+    ColumnFitter* m_ColumnFitter = nullptr;  ///< the table's
+    std::unique_ptr<WindowMemory> m_WindowMemory;
+    std::unique_ptr<QMenu> m_StatusMenu;
+    QMenu* m_RealtimeGraphicsMenu = nullptr;  ///< in m_StatusMenu
+    std::unique_ptr<QSystemTrayIcon> m_StatusIcon;
     QTimer m_UpdateInformationTimer;
 };

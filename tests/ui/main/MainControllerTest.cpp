@@ -5,7 +5,10 @@
 
 #include <QApplication>
 #include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
 #include <QTest>
+#include <QToolButton>
 #include <atomic>
 
 #include "controls/TableView.h"
@@ -42,16 +45,17 @@ class MainControllerTest : public testing::Test {
             GTEST_SKIP() << "this system does not allow a network namespace";
         }
         m_Controller = std::make_unique<MainController>();
-        for (const QWidget* window : QApplication::topLevelWidgets()) {
-            m_Table = window->objectName() == "m_Window" ? window->findChild<TableView*>() : m_Table;
+        for (QWidget* window : QApplication::topLevelWidgets()) {
+            m_Window = window->objectName() == "m_Window" ? window : m_Window;
         }
-        ASSERT_NE(m_Table, nullptr);
+        ASSERT_NE(m_Window, nullptr);
+        m_Table = m_Window->findChild<TableView*>();
     }
 
     bool answer(const LinkPeer::Request& request, BinarySerializer& body) {
         switch (request.header.messageType) {
             case 11:
-                return DaemonTotalStatisticInfo().SerializeTo(body);
+                return !m_HasTotals || totals().SerializeTo(body);
             case 13:
                 body.WriteInt(7);
                 return true;
@@ -68,13 +72,39 @@ class MainControllerTest : public testing::Test {
         }
     }
 
+    static DaemonTotalStatisticInfo totals() {
+        DaemonTotalStatisticInfo info;
+        info.totalReceivedBytes = 100 << 20;
+        info.tcpReceivedBytes = 70 << 20;
+        info.udpReceivedBytes = 20 << 20;
+        info.totalSendedBytes = 10 << 20;
+        info.tcpSendedBytes = 7 << 20;
+        info.udpSendedBytes = 2 << 20;
+        return info;
+    }
+
     DaemonApplicationInfo describe(int index) const {
         DaemonApplicationInfo info;
         info.id = 100 + index;
         info.name = std::to_string(m_Order) + "/" + std::to_string(index);
         info.fullPath = "/usr/bin/app";
+        info.totalReceivedBytes = 60 << 20;
+        info.tcpReceivedBytes = 30 << 20;
+        info.udpReceivedBytes = 20 << 20;
+        info.totalSendedBytes = 6 << 20;
+        info.tcpSendedBytes = 3 << 20;
+        info.udpSendedBytes = 2 << 20;
         return info;
     }
+
+    template <class Widget = QLabel>
+    Widget* outlet(const char* name, const char* panel = "m_Window") const {
+        const QWidget* root =
+            m_Window->objectName() == panel ? m_Window : m_Window->findChild<QWidget*>(panel);
+        return root->findChild<Widget*>(name);
+    }
+
+    bool isEnabled(const char* action) const { return outlet<QAction>(action)->isEnabled(); }
 
     QString text(int row, int column) const { return m_Table->model()->index(row, column).data().toString(); }
 
@@ -98,9 +128,11 @@ class MainControllerTest : public testing::Test {
 
     std::atomic<int> m_Order{52};
     std::atomic<int> m_Count{12};
+    std::atomic<bool> m_HasTotals{true};
     std::size_t m_Seen = 0;
     LinkPeer m_Peer{[this](const auto& request, auto& body) { return answer(request, body); }, daemonPort};
     std::unique_ptr<MainController> m_Controller;
+    QWidget* m_Window = nullptr;
     TableView* m_Table = nullptr;
 };
 
@@ -112,7 +144,7 @@ TEST_F(MainControllerTest, FillsTheTableAtOnceWithARequestForEachRow) {
     }
     EXPECT_EQ(text(12, Model::NameColumn), "52/11");
     m_Table->grab();
-    std::vector<int> expected{13, 11, 11, 16};  // the cursor, the totals twice, the count
+    std::vector<int> expected{13, 11, 11, 11, 16};  // the cursor, the totals thrice, the count
     expected.insert(expected.end(), 12, 18);
     EXPECT_EQ(newRequests(), expected);
 }
@@ -166,6 +198,55 @@ TEST_F(MainControllerTest, ScrollingFetchesTheRowsThatComeIntoSight) {
     m_Table->grab();
     m_Table->scrollTo(m_Table->model()->index(500, 0), QAbstractItemView::PositionAtTop);
     EXPECT_EQ(newRequests(), std::vector<int>());
+}
+
+TEST_F(MainControllerTest, CommandsFollowTheSelection) {
+    EXPECT_FALSE(isEnabled("m_PropertiesAction"));
+    m_Table->selectRow(1);
+    EXPECT_TRUE(isEnabled("m_PropertiesAction"));
+    EXPECT_TRUE(outlet<QToolButton>("m_ShowApplicationPropertiesButton")->isEnabled());
+    m_Table->selectRow(0);
+    EXPECT_FALSE(isEnabled("m_PropertiesAction"));
+}
+
+TEST_F(MainControllerTest, TheDrawerFollowsTheSelectionAndItsCaptionTheDrawer) {
+    const auto values = [this] {
+        QStringList texts;
+        for (const char* name : {"m_ApplicationName", "m_ReceivedTCPData", "m_ReceivedUDPData",
+                                 "m_ReceivedOtherData", "m_ReceivedTotalData", "m_SendedTCPData",
+                                 "m_SendedUDPData", "m_SendedOtherData", "m_SendedTotalData"}) {
+            texts.append(outlet(name, "m_Drawer")->text());
+        }
+        return texts.join(' ');
+    };
+    const auto* toggle = outlet<QAbstractButton>("m_AdditionalInfoToggleBtn");
+    auto* caption = outlet<QPushButton>("m_AdditionalInfoBtn");
+    EXPECT_EQ(caption->text(), "Additional Info >>>");
+    EXPECT_TRUE(toggle->isChecked());
+    caption->click();
+    EXPECT_EQ(caption->text(), "Additional Info <<<");
+    EXPECT_FALSE(toggle->isChecked());
+    m_Table->selectRow(2);
+    EXPECT_EQ(values(), "52/1 30.000 20.000 10.000 60.000 3.000 2.000 1.000 6.000");
+    clickHeader(Model::NameColumn);
+    EXPECT_EQ(values(), "1/1 30.000 20.000 10.000 60.000 3.000 2.000 1.000 6.000");
+    m_Table->selectRow(0);
+    EXPECT_EQ(values(), "Please, select application. - - - - - - - -");
+    emit m_Table->doubleClicked(m_Table->model()->index(0, 0));
+    EXPECT_EQ(caption->text(), "Additional Info >>>");
+    EXPECT_TRUE(toggle->isChecked());
+}
+
+TEST_F(MainControllerTest, ThePanelKeepsItsTextsWhenTheTotalsFail) {
+    const auto values = [this] {
+        return outlet("m_TcpReceivedData", "m_TotalsPanel")->text() + ' ' +
+               outlet("m_OtherSendedData", "m_TotalsPanel")->text();
+    };
+    EXPECT_EQ(values(), "70.000 1.000");
+    m_HasTotals = false;
+    m_Controller->updateAllInformation();
+    EXPECT_EQ(values(), "70.000 1.000");
+    EXPECT_EQ(text(0, Model::ReceivedColumn), "0.000");
 }
 
 TEST_F(MainControllerTest, SaysThatNothingIsKnownButNotThatTheDaemonIsLost) {

@@ -159,7 +159,8 @@ bool ColumnFitter::restore(const QByteArray& state) {
         qint32 visual = -1;
         Share& share = shares[column];
         stream >> visual >> share.weight >> share.chosenWidth;
-        const bool isWeight = share.column.stretch > 0 ? share.weight > 0 : share.weight == 0;
+        const bool isWeight =
+            share.column.stretch > 0 ? share.weight > 0 && share.weight <= unlimitedWidth : share.weight == 0;
         const bool isWidth = share.chosenWidth >= 0 && share.chosenWidth <= unlimitedWidth;
         if (!isWeight || !isWidth || visual < 0 || visual >= count || order[visual] >= 0) {
             return false;

@@ -37,7 +37,8 @@ void Drawer::setOpen(bool isOpen) {
         return;
     }
     const bool isAnimated = style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) > 0;
-    if (!isAnimated || !isVisible()) {
+    const QWidget* seen = isOpen ? parentWidget() : this;
+    if (!isAnimated || seen == nullptr || !seen->isVisible()) {
         arrive();
         return;
     }
@@ -45,6 +46,7 @@ void Drawer::setOpen(bool isOpen) {
     if (m_Slide.state() != QVariantAnimation::Running) {
         m_Slide.start();
     }
+    show();  // now that it has no width: showing makes room at once
 }
 
 void Drawer::setOpenAtOnce(bool isOpen) {
@@ -59,13 +61,7 @@ bool Drawer::beginChange(bool isOpen) {
     }
     m_IsOpen = isOpen;
     emit(isOpen ? willOpen() : willClose());
-    if (m_IsOpen != isOpen) {
-        return false;
-    }
-    if (isOpen) {
-        show();
-    }
-    return true;
+    return m_IsOpen == isOpen;
 }
 
 void Drawer::arrive() {

@@ -22,6 +22,7 @@ TableView::TableView(QWidget* parent)
     setShowGrid(false);
     setSelectionBehavior(SelectRows);
     setSelectionMode(SingleSelection);
+    setEditTriggers(NoEditTriggers);
     setVerticalScrollMode(ScrollPerPixel);
     setHorizontalScrollMode(ScrollPerPixel);
     setTabKeyNavigation(false);
@@ -171,8 +172,11 @@ QModelIndex TableView::moveCursor(CursorAction action, Qt::KeyboardModifiers mod
     if (rows > 0 && action == MoveEnd) {
         return model()->index(rows - 1, column);
     }
-    if (rows > 0 && (action == MoveHome || !selectionModel()->hasSelection())) {
+    if (rows > 0 && action == MoveHome) {
         return model()->index(0, column);
+    }
+    if (action == MoveNext && !currentIndex().isValid()) {
+        return {};  // asked when the table gets the focus: the first key would leave that row unselected
     }
     return QTableView::moveCursor(action, modifiers);
 }

@@ -66,8 +66,7 @@ class TableView : public QTableView {
     /** A selected row takes its selection along, instead of leaving it to a neighbour. */
     void rowsAboutToBeRemoved(const QModelIndex& parent, int start, int end) override;
 
-    /** Home and End are the first and the last row; without a selection every other key begins at the first.
-     */
+    /** Home and End are the first and the last row. */
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
 
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;

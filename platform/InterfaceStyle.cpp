@@ -1,98 +1,36 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/InterfaceStyle.h"
 
+#include <QAbstractScrollArea>
 #include <QApplication>
 #include <QFontDatabase>
-#include <QIcon>
 #include <QPainter>
-#include <QPalette>
-#include <QStandardPaths>
-#include <QStyleOption>
+#include <QToolButton>
 #include <QToolTip>
 
 #include "platform/ColorScheme.h"
+#include "platform/IconTheme.h"
+#include "platform/style/Brush.h"
+#include "platform/style/ButtonPainter.h"
+#include "platform/style/FieldPainter.h"
+#include "platform/style/FramePainter.h"
+#include "platform/style/HeaderPainter.h"
+#include "platform/style/InterfacePalette.h"
+#include "platform/style/MenuPainter.h"
+#include "platform/style/RangePainter.h"
 
 namespace {
 
 const QString interfaceFamily = QStringLiteral("Inter");
 constexpr int interfacePointSize = 10;
-constexpr int headerMargin = 8;      // pixels left and right of a header's text, as in the cells below
-constexpr qreal headerArrowGap = 6;  // pixels between a header's text and its arrow
-constexpr qreal headerArrowWidth = 8;
-constexpr qreal headerArrowHeight = 4.5;
 
-struct RoleColor {
-    QPalette::ColorRole role;
-    QRgb color;
-};
-
-constexpr RoleColor lightColors[] = {
-    {QPalette::Window, 0xf3f4f6},
-    {QPalette::WindowText, 0x22252a},
-    {QPalette::Base, 0xffffff},
-    {QPalette::AlternateBase, 0xf8f9fb},
-    {QPalette::Text, 0x22252a},
-    {QPalette::Button, 0xfbfbfc},
-    {QPalette::ButtonText, 0x22252a},
-    {QPalette::BrightText, 0xd02020},
-    {QPalette::ToolTipBase, 0xffffff},
-    {QPalette::ToolTipText, 0x22252a},
-    {QPalette::PlaceholderText, 0x6c737d},
-    {QPalette::Link, 0x1f6fd6},
-    {QPalette::LinkVisited, 0x7a52b3},
-    {QPalette::Highlight, 0x2a6fd0},
-    {QPalette::HighlightedText, 0xffffff},
-    {QPalette::Light, 0xffffff},
-    {QPalette::Midlight, 0xe9ebee},
-    {QPalette::Mid, 0xd4d7dc},
-    {QPalette::Dark, 0x9aa0a8},
-    {QPalette::Shadow, 0x5a5f66},
-};
-
-constexpr RoleColor darkColors[] = {
-    {QPalette::Window, 0x2a2c30},
-    {QPalette::WindowText, 0xe6e7ea},
-    {QPalette::Base, 0x1f2124},
-    {QPalette::AlternateBase, 0x232528},
-    {QPalette::Text, 0xe6e7ea},
-    {QPalette::Button, 0x35373c},
-    {QPalette::ButtonText, 0xe6e7ea},
-    {QPalette::BrightText, 0xff6b6b},
-    {QPalette::ToolTipBase, 0x35373c},
-    {QPalette::ToolTipText, 0xe6e7ea},
-    {QPalette::PlaceholderText, 0x9a9da4},
-    {QPalette::Link, 0x6aaaf2},
-    {QPalette::LinkVisited, 0xb79be8},
-    {QPalette::Highlight, 0x2f62ad},
-    {QPalette::HighlightedText, 0xffffff},
-    {QPalette::Light, 0x46494f},
-    {QPalette::Midlight, 0x3c3f44},
-    {QPalette::Mid, 0x3a3d42},
-    {QPalette::Dark, 0x17181a},
-    {QPalette::Shadow, 0x000000},
-};
-
-constexpr QRgb lightDisabledText = 0xa4a9b0;
-constexpr QRgb darkDisabledText = 0x74777d;
-
-template <std::size_t size>
-QPalette paletteOf(const RoleColor (&colors)[size], QRgb disabledText) {
-    QPalette palette;
-    for (const auto& [role, color] : colors) {
-        palette.setColor(role, QColor(color));
-    }
-    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
-        palette.setColor(QPalette::Disabled, role, QColor(disabledText));
-    }
-    return palette;
-}
-
-void applyColors(bool isDark) {
-    const QPalette palette =
-        isDark ? paletteOf(darkColors, darkDisabledText) : paletteOf(lightColors, lightDisabledText);
-    QApplication::setPalette(palette);
-    QToolTip::setPalette(palette);
-}
+constexpr int controlHeight = 28;  // pixels, of buttons and fields
+constexpr int buttonWidth = 80;    // pixels, the narrowest push button
+constexpr int listRowHeight = 24;
+constexpr int fieldMargin = 4;     // pixels above and below a field's text
+constexpr int fieldTextShift = 3;  // pixels to the right, for a margin of 8
+constexpr int groupGap = 8;        // pixels between the parts of a group's caption
+constexpr int scrollHandleLength = 32;
 
 void applyFont() {
     if (QFontDatabase::hasFamily(interfaceFamily)) {
@@ -100,72 +38,58 @@ void applyFont() {
     }
 }
 
-void applyIconTheme(bool isDark) {
-    static const bool hasOwnTheme = !QIcon::themeName().isEmpty() && QIcon::themeName() != "hicolor";
-    const QString fallback = isDark ? "breeze-dark" : "breeze";
-    QIcon::setFallbackThemeName(fallback);
-    if (!hasOwnTheme) {
-        QIcon::setThemeName(fallback);
+void applyColors(bool isDark) {
+    const QPalette palette = isDark ? InterfacePalette::dark() : InterfacePalette::light();
+    QApplication::setPalette(palette);
+    QToolTip::setPalette(palette);
+}
+
+Qt::ArrowType arrowDirection(QStyle::PrimitiveElement element) {
+    switch (element) {
+        case QStyle::PE_IndicatorArrowUp:
+            return Qt::UpArrow;
+        case QStyle::PE_IndicatorArrowLeft:
+            return Qt::LeftArrow;
+        case QStyle::PE_IndicatorArrowRight:
+            return Qt::RightArrow;
+        default:
+            return Qt::DownArrow;
     }
 }
 
-/** A platform without a desktop, such as "offscreen", knows no folder of icons. */
-void applyIconFolders() {
-    QStringList folders = QIcon::themeSearchPaths();
-    const QStringList installed = QStandardPaths::locateAll(QStandardPaths::GenericDataLocation, "icons",
-                                                            QStandardPaths::LocateDirectory);
-    for (const QString& folder : installed) {
-        if (!folders.contains(folder)) {
-            folders.append(folder);
-        }
+void drawArrow(QPainter& painter, const QStyleOption& option, Qt::ArrowType direction) {
+    const qreal size = qMin(8, qMin(option.rect.width(), option.rect.height()));
+    Brush(painter).chevron(QRectF(option.rect).center(), direction,
+                           option.palette.color(QPalette::PlaceholderText), size);
+}
+
+/** A selected row is marked as a whole; a ring in it would be one mark too many. */
+bool needsFocusRing(const QStyleOption& option) {
+    return !option.state.testFlag(QStyle::State_Item) || !option.state.testFlag(QStyle::State_Selected);
+}
+
+QStyleOption grownForToolButton(const QStyleOption& option, const QWidget* widget) {
+    constexpr int inset = 3;  // by which Qt moves a tool button's ring away from its edge
+    QStyleOption grown(option);
+    if (qobject_cast<const QToolButton*>(widget) != nullptr) {
+        grown.rect.adjust(-inset, -inset, inset, inset);
     }
-    QIcon::setThemeSearchPaths(folders);
-    QIcon::setFallbackSearchPaths(QStandardPaths::locateAll(QStandardPaths::GenericDataLocation, "pixmaps",
-                                                            QStandardPaths::LocateDirectory));
+    return grown;
 }
 
-/** Flat, with a hairline below and a short one where it ends, which tells where to pull. */
-void drawHeaderSection(const QStyleOption& option, QPainter& painter) {
-    const QRect& rect = option.rect;
-    const bool isHeld = (option.state & QStyle::State_Sunken) != 0;
-    painter.fillRect(rect, isHeld ? option.palette.midlight() : option.palette.base());
-    painter.fillRect(QRect(rect.left(), rect.bottom(), rect.width(), 1), option.palette.mid());
-    painter.fillRect(QRect(rect.right(), rect.top() + 7, 1, rect.height() - 14), option.palette.mid());
+QRect withTextMargin(const QRect& room, Qt::LayoutDirection direction) {
+    return direction == Qt::LeftToRight ? room.adjusted(fieldTextShift, 0, 0, 0)
+                                        : room.adjusted(0, 0, -fieldTextShift, 0);
 }
 
-void drawHeaderEmptyArea(const QStyleOption& option, QPainter& painter) {
-    const QRect& rect = option.rect;
-    painter.fillRect(rect, option.palette.base());
-    painter.fillRect(QRect(rect.left(), rect.bottom(), rect.width(), 1), option.palette.mid());
-}
-
-/** Points up where values ascend. `SortDown` is what Qt calls that order. */
-void drawHeaderArrow(QPainter& painter, const QPointF& center, bool isAscending) {
-    const qreal rise = isAscending ? -headerArrowHeight / 2 : headerArrowHeight / 2;
-    const QPointF points[] = {center + QPointF(-headerArrowWidth / 2, -rise), center + QPointF(0, rise),
-                              center + QPointF(headerArrowWidth / 2, -rise)};
-    painter.setPen(Qt::NoPen);
-    painter.drawConvexPolygon(points, 3);
-}
-
-/** The arrow stands on the text's free side, so that a header over numbers stays aligned with them. */
-void drawHeaderLabel(const QStyleOptionHeader& header, QPainter& painter) {
-    const QRect room = header.rect.adjusted(headerMargin, 0, -headerMargin, 0);
-    const QString text = header.fontMetrics.elidedText(header.text, Qt::ElideRight, room.width());
-    const QColor color = header.palette.color(QPalette::PlaceholderText);
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(color);
-    painter.setBrush(color);
-    painter.drawText(room, static_cast<int>(header.textAlignment), text);
-    if (header.sortIndicator != QStyleOptionHeader::None) {
-        const qreal away = header.fontMetrics.horizontalAdvance(text) + headerArrowGap + headerArrowWidth / 2;
-        const bool isRight = header.textAlignment.testFlag(Qt::AlignRight);
-        const QPointF center(isRight ? room.right() + 1 - away : room.left() + away,
-                             QRectF(room).center().y());
-        drawHeaderArrow(painter, center, header.sortIndicator == QStyleOptionHeader::SortDown);
-    }
-    painter.restore();
+/** A scroll bar continues what it scrolls. */
+QColor scrollGround(const QStyleOption& option, const QWidget* bar) {
+    const QWidget* container = bar != nullptr ? bar->parentWidget() : nullptr;
+    const QWidget* parent = container != nullptr ? container->parentWidget() : nullptr;
+    const auto* area = qobject_cast<const QAbstractScrollArea*>(parent);
+    const QWidget* content = area != nullptr ? area->viewport() : nullptr;
+    return content != nullptr ? content->palette().color(content->backgroundRole())
+                              : option.palette.color(QPalette::Window);
 }
 
 }  // namespace
@@ -174,10 +98,10 @@ void InterfaceStyle::install() {
     auto* scheme = new ColorScheme(qApp);
     QApplication::setStyle(new InterfaceStyle);
     applyFont();
-    applyIconFolders();
+    IconTheme::install();
     const auto follow = [scheme] {
+        IconTheme::follow(scheme->isDark());
         applyColors(scheme->isDark());
-        applyIconTheme(scheme->isDark());
     };
     QObject::connect(scheme, &ColorScheme::changed, qApp, follow);
     follow();
@@ -185,19 +109,367 @@ void InterfaceStyle::install() {
 
 InterfaceStyle::InterfaceStyle() : QProxyStyle("fusion") {}
 
+void InterfaceStyle::polish(QWidget* widget) {
+    QProxyStyle::polish(widget);
+    if (qobject_cast<QAbstractScrollArea*>(widget) != nullptr) {
+        widget->installEventFilter(this);
+    }
+}
+
+void InterfaceStyle::unpolish(QWidget* widget) {
+    widget->removeEventFilter(this);
+    QProxyStyle::unpolish(widget);
+}
+
+/** Qt repaints the content of a table that the keyboard enters or leaves, but not its frame. */
+bool InterfaceStyle::eventFilter(QObject* object, QEvent* event) {
+    if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) {
+        static_cast<QWidget*>(object)->update();
+    }
+    return QProxyStyle::eventFilter(object, event);
+}
+
+void InterfaceStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                                   const QWidget* widget) const {
+    if (!drawButton(element, *option, *painter) && !drawSurround(element, *option, *painter, widget)) {
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+    }
+}
+
+bool InterfaceStyle::drawButton(PrimitiveElement element, const QStyleOption& option,
+                                QPainter& painter) const {
+    switch (element) {
+        case PE_PanelButtonCommand:
+            if (const auto* button = qstyleoption_cast<const QStyleOptionButton*>(&option)) {
+                ButtonPainter::drawPushButton(painter, *button);
+            }
+            return true;
+        case PE_PanelButtonTool:
+            ButtonPainter::drawToolButton(painter, option);
+            return true;
+        case PE_IndicatorCheckBox:
+        case PE_IndicatorItemViewItemCheck:
+            ButtonPainter::drawCheckBox(painter, option);
+            return true;
+        case PE_IndicatorRadioButton:
+            ButtonPainter::drawRadioButton(painter, option);
+            return true;
+        case PE_IndicatorArrowUp:
+        case PE_IndicatorArrowDown:
+        case PE_IndicatorArrowLeft:
+        case PE_IndicatorArrowRight:
+            drawArrow(painter, option, arrowDirection(element));
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool InterfaceStyle::drawSurround(PrimitiveElement element, const QStyleOption& option, QPainter& painter,
+                                  const QWidget* widget) const {
+    switch (element) {
+        case PE_PanelLineEdit:
+            if (const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(&option);
+                frame != nullptr && frame->lineWidth > 0) {
+                FieldPainter::drawField(painter, option);
+            } else {  // its owner draws the frame
+                painter.fillRect(option.rect, option.palette.base());
+            }
+            return true;
+        case PE_Frame:
+            FramePainter::drawFrame(painter, option);
+            return true;
+        case PE_FrameFocusRect:
+            if (needsFocusRing(option)) {
+                FramePainter::drawFocus(painter, grownForToolButton(option, widget));
+            }
+            return true;
+        case PE_FrameTabBarBase:
+            if (const auto* base = qstyleoption_cast<const QStyleOptionTabBarBase*>(&option)) {
+                FramePainter::drawTabBase(painter, *base);
+            }
+            return true;
+        case PE_PanelTipLabel:
+            FramePainter::drawToolTip(painter, option);
+            return true;
+        case PE_PanelMenu:
+            MenuPainter::drawMenuPanel(painter, option);
+            return true;
+        case PE_IndicatorToolBarSeparator:
+            FramePainter::drawBarSeparator(painter, option);
+            return true;
+        case PE_FrameGroupBox:
+        case PE_FrameTabWidget:
+        case PE_FrameMenu:
+        case PE_FrameStatusBarItem:
+        case PE_FrameDefaultButton:
+            return true;  // nothing: the ground or the content tells where they are
+        default:
+            return false;
+    }
+}
+
 void InterfaceStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                                  const QWidget* widget) const {
     const auto* header = qstyleoption_cast<const QStyleOptionHeader*>(option);
+    const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
+    const auto* bar = qstyleoption_cast<const QStyleOptionProgressBar*>(option);
+    const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
+    const auto* tab = qstyleoption_cast<const QStyleOptionTab*>(option);
     if (element == CE_Header && header != nullptr) {
-        drawHeaderSection(*header, *painter);
-        drawHeaderLabel(*header, *painter);
+        HeaderPainter::drawSection(*painter, *header);
     } else if (element == CE_HeaderEmptyArea) {
-        drawHeaderEmptyArea(*option, *painter);
+        HeaderPainter::drawEmptyArea(*painter, *option);
+    } else if (element == CE_PushButton && button != nullptr) {
+        proxy()->drawControl(CE_PushButtonBevel, option, painter, widget);
+        drawPushButtonLabel(*button, *painter, widget);
+    } else if (element == CE_ProgressBar && bar != nullptr) {
+        drawProgressBar(*bar, *painter, widget);
+    } else if (element == CE_MenuItem && item != nullptr) {
+        MenuPainter::drawItem(*painter, *item, proxy()->pixelMetric(PM_SmallIconSize, option, widget));
+    } else if (element == CE_MenuBarItem && item != nullptr) {
+        MenuPainter::drawBarItem(*painter, *item);
+    } else if (element == CE_MenuBarEmptyArea) {
+        painter->fillRect(option->rect, option->palette.window());
+    } else if (element == CE_TabBarTabShape && tab != nullptr) {
+        FramePainter::drawTab(*painter, *tab);
+    } else if (element == CE_Splitter) {
+        FramePainter::drawSplitter(*painter, *option);
+    } else if (element == CE_ToolBar) {
+        FramePainter::drawBar(*painter, *option);
     } else {
         QProxyStyle::drawControl(element, option, painter, widget);
     }
 }
 
+void InterfaceStyle::drawPushButtonLabel(const QStyleOptionButton& button, QPainter& painter,
+                                         const QWidget* widget) const {
+    QStyleOptionButton label(button);
+    label.rect = proxy()->subElementRect(SE_PushButtonContents, &button, widget);
+    if (ButtonPainter::isAccented(button)) {
+        label.palette.setColor(QPalette::ButtonText, button.palette.color(QPalette::HighlightedText));
+    }
+    proxy()->drawControl(CE_PushButtonLabel, &label, &painter, widget);
+}
+
+void InterfaceStyle::drawProgressBar(const QStyleOptionProgressBar& bar, QPainter& painter,
+                                     const QWidget* widget) const {
+    RangePainter::drawProgress(painter, bar, m_BusyBars.phase());
+    if (bar.maximum <= bar.minimum && widget != nullptr) {
+        m_BusyBars.keepMoving(const_cast<QWidget*>(widget));  // painting is const, its repetition is not
+    }
+}
+
+void InterfaceStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
+                                        QPainter* painter, const QWidget* widget) const {
+    const auto* spinBox = qstyleoption_cast<const QStyleOptionSpinBox*>(option);
+    const auto* comboBox = qstyleoption_cast<const QStyleOptionComboBox*>(option);
+    const auto* slider = qstyleoption_cast<const QStyleOptionSlider*>(option);
+    const auto* group = qstyleoption_cast<const QStyleOptionGroupBox*>(option);
+    const auto room = [&](SubControl part) { return proxy()->subControlRect(control, option, part, widget); };
+    if (control == CC_SpinBox && spinBox != nullptr) {
+        FieldPainter::drawSpinBox(*painter, *spinBox, room(SC_SpinBoxUp), room(SC_SpinBoxDown));
+    } else if (control == CC_ComboBox && comboBox != nullptr) {
+        FieldPainter::drawComboBox(*painter, *comboBox, room(SC_ComboBoxArrow));
+    } else if (control == CC_ScrollBar && slider != nullptr) {
+        RangePainter::drawScrollBar(*painter, *slider, room(SC_ScrollBarSlider),
+                                    scrollGround(*option, widget));
+    } else if (control == CC_Slider && slider != nullptr) {
+        drawSlider(*slider, *painter, widget);
+    } else if (control == CC_GroupBox && group != nullptr) {
+        drawGroupBox(*group, *painter, widget);
+    } else {
+        QProxyStyle::drawComplexControl(control, option, painter, widget);
+    }
+}
+
+void InterfaceStyle::drawSlider(const QStyleOptionSlider& slider, QPainter& painter,
+                                const QWidget* widget) const {
+    if (slider.tickPosition != QSlider::NoTicks) {
+        QStyleOptionSlider ticks(slider);
+        ticks.subControls = SC_SliderTickmarks;
+        QProxyStyle::drawComplexControl(CC_Slider, &ticks, &painter, widget);
+    }
+    const QRect handle = proxy()->subControlRect(CC_Slider, &slider, SC_SliderHandle, widget);
+    RangePainter::drawSlider(painter, slider, handle);
+}
+
+void InterfaceStyle::drawGroupBox(const QStyleOptionGroupBox& group, QPainter& painter,
+                                  const QWidget* widget) const {
+    if (!group.text.isEmpty()) {
+        FramePainter::drawGroupCaption(painter, group, groupBoxRect(group, SC_GroupBoxLabel, widget));
+    }
+    if (group.subControls.testFlag(SC_GroupBoxCheckBox)) {
+        QStyleOption box(group);
+        box.rect = groupBoxRect(group, SC_GroupBoxCheckBox, widget);
+        ButtonPainter::drawCheckBox(painter, box);
+    }
+}
+
+QRect InterfaceStyle::subControlRect(ComplexControl control, const QStyleOptionComplex* option,
+                                     SubControl subControl, const QWidget* widget) const {
+    const auto* slider = qstyleoption_cast<const QStyleOptionSlider*>(option);
+    const auto* group = qstyleoption_cast<const QStyleOptionGroupBox*>(option);
+    if (control == CC_ScrollBar && slider != nullptr) {
+        return scrollBarRect(*slider, subControl, widget);
+    }
+    if (control == CC_GroupBox && group != nullptr) {
+        return visualRect(group->direction, group->rect, groupBoxRect(*group, subControl, widget));
+    }
+    const QRect stock = QProxyStyle::subControlRect(control, option, subControl, widget);
+    const bool isField = (control == CC_SpinBox && subControl == SC_SpinBoxEditField) ||
+                         (control == CC_ComboBox && subControl == SC_ComboBoxEditField);
+    return isField ? withTextMargin(stock, option->direction) : stock;
+}
+
+QRect InterfaceStyle::subElementRect(SubElement element, const QStyleOption* option,
+                                     const QWidget* widget) const {
+    const QRect stock = QProxyStyle::subElementRect(element, option, widget);
+    const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
+    const bool isField = element == SE_LineEditContents && frame != nullptr && frame->lineWidth > 0;
+    return isField ? withTextMargin(stock, option->direction) : stock;
+}
+
+/** The caption above, the content below it; without a caption the content has all the room. */
+QRect InterfaceStyle::groupBoxRect(const QStyleOptionGroupBox& group, SubControl part,
+                                   const QWidget* widget) const {
+    QFont bold = widget != nullptr ? widget->font() : QFont();
+    bold.setWeight(QFont::DemiBold);
+    const QFontMetrics metrics(bold);
+    const bool isCheckable = group.subControls.testFlag(SC_GroupBoxCheckBox);
+    const int box = isCheckable ? proxy()->pixelMetric(PM_IndicatorWidth, &group, widget) : 0;
+    const bool hasCaption = isCheckable || !group.text.isEmpty();
+    const int height = hasCaption ? qMax(metrics.height(), box) : 0;
+    const QPoint corner = group.rect.topLeft();
+    switch (part) {
+        case SC_GroupBoxCheckBox:
+            return {corner + QPoint(0, (height - box) / 2), QSize(box, box)};
+        case SC_GroupBoxLabel:
+            return {corner + QPoint(isCheckable ? box + groupGap : 0, 0),
+                    QSize(metrics.size(Qt::TextShowMnemonic, group.text).width(), height)};
+        case SC_GroupBoxContents:
+            return group.rect.adjusted(0, height, 0, 0);
+        default:
+            return group.rect;
+    }
+}
+
+/** All of a scroll bar is track: there are no arrows. */
+QRect InterfaceStyle::scrollBarRect(const QStyleOptionSlider& bar, SubControl part,
+                                    const QWidget* widget) const {
+    const QRect handle =
+        RangePainter::scrollHandle(bar, proxy()->pixelMetric(PM_ScrollBarSliderMin, &bar, widget));
+    const bool isVertical = bar.orientation == Qt::Vertical;
+    QRect before = bar.rect;
+    QRect after = bar.rect;
+    if (isVertical) {
+        before.setBottom(handle.top() - 1);
+        after.setTop(handle.bottom() + 1);
+    } else {
+        before.setRight(handle.left() - 1);
+        after.setLeft(handle.right() + 1);
+    }
+    switch (part) {
+        case SC_ScrollBarSlider:
+            return handle;
+        case SC_ScrollBarGroove:
+            return bar.rect;
+        case SC_ScrollBarSubPage:
+            return bar.upsideDown ? after : before;
+        case SC_ScrollBarAddPage:
+            return bar.upsideDown ? before : after;
+        default:
+            return {};
+    }
+}
+
+QSize InterfaceStyle::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
+                                       const QWidget* widget) const {
+    const QSize stock = QProxyStyle::sizeFromContents(type, option, size, widget);
+    const int textHeight = option != nullptr ? option->fontMetrics.height() : 0;
+    const int fieldHeight = qMax(controlHeight, textHeight + 2 * fieldMargin);
+    const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
+    switch (type) {
+        case CT_PushButton:
+            return stock.expandedTo({buttonWidth, controlHeight});
+        case CT_LineEdit:
+        case CT_ComboBox:
+        case CT_SpinBox:
+            return {stock.width() + fieldTextShift, fieldHeight};
+        case CT_ToolButton:
+        case CT_HeaderSection:
+            return stock.expandedTo({0, controlHeight});
+        case CT_ItemViewItem:
+            return stock.expandedTo({0, listRowHeight});
+        case CT_TabBarTab:
+            return stock + QSize(0, 6);
+        case CT_MenuItem:
+            return item != nullptr ? MenuPainter::itemSize(*item, size) : stock;
+        case CT_MenuBarItem:
+            return MenuPainter::barItemSize(size);
+        default:
+            return stock;
+    }
+}
+
 int InterfaceStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const {
-    return metric == PM_SmallIconSize ? 16 : QProxyStyle::pixelMetric(metric, option, widget);
+    switch (metric) {
+        case PM_SmallIconSize:
+        case PM_ToolBarIconSize:
+        case PM_ButtonIconSize:
+        case PM_IndicatorWidth:
+        case PM_IndicatorHeight:
+        case PM_ExclusiveIndicatorWidth:
+        case PM_ExclusiveIndicatorHeight:
+        case PM_SliderLength:
+        case PM_SliderControlThickness:
+            return 16;
+        case PM_CheckBoxLabelSpacing:
+        case PM_RadioButtonLabelSpacing:
+        case PM_LayoutHorizontalSpacing:
+        case PM_LayoutVerticalSpacing:
+        case PM_ToolBarSeparatorExtent:
+            return 8;
+        case PM_LayoutLeftMargin:
+        case PM_LayoutTopMargin:
+        case PM_LayoutRightMargin:
+        case PM_LayoutBottomMargin:
+        case PM_ScrollBarExtent:
+            return 12;
+        case PM_FocusFrameHMargin:
+            return 7;  // one less than from a cell's edge to its text
+        case PM_ScrollBarSliderMin:
+            return scrollHandleLength;
+        case PM_MenuVMargin:
+        case PM_ToolBarItemMargin:
+        case PM_ToolBarItemSpacing:
+            return 4;
+        case PM_ToolTipLabelFrameWidth:
+            return 6;
+        case PM_SplitterWidth:
+            return 7;
+        case PM_MenuPanelWidth:
+            return 1;
+        case PM_MenuHMargin:
+        case PM_ButtonShiftHorizontal:
+        case PM_ButtonShiftVertical:
+        case PM_ToolBarFrameWidth:
+            return 0;
+        default:
+            return QProxyStyle::pixelMetric(metric, option, widget);
+    }
+}
+
+int InterfaceStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                              QStyleHintReturn* returned) const {
+    switch (hint) {
+        case SH_ComboBox_Popup:
+        case SH_DialogButtonBox_ButtonsHaveIcons:
+        case SH_EtchDisabledText:
+            return 0;
+        case SH_Table_GridLineColor:
+            return static_cast<int>(QApplication::palette().color(QPalette::Mid).rgb());
+        default:
+            return QProxyStyle::styleHint(hint, option, widget, returned);
+    }
 }

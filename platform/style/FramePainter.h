@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QPainter>
+#include <QStyleOption>
+
+/** Draws what divides or surrounds: frames, captions of groups, tabs, splitters, tooltips. */
+class FramePainter {
+  public:
+    /** A hairline round a table or another panel; where the keyboard is in it, the focus ring. */
+    static void drawFrame(QPainter& painter, const QStyleOption& option);
+
+    static void drawToolTip(QPainter& painter, const QStyleOption& option);
+
+    /** A ring round something inside of a control, such as a check box's text. */
+    static void drawFocus(QPainter& painter, const QStyleOption& option);
+
+    /** The caption in bold, and a hairline from its end to the right edge. `label` is the caption's room. */
+    static void drawGroupCaption(QPainter& painter, const QStyleOptionGroupBox& group, const QRect& label);
+
+    static void drawTab(QPainter& painter, const QStyleOptionTab& tab);
+
+    /** The hairline that a row of tabs stands on. */
+    static void drawTabBase(QPainter& painter, const QStyleOptionTabBarBase& base);
+
+    static void drawSplitter(QPainter& painter, const QStyleOption& option);
+
+    /** Window-coloured, with a hairline at its bottom. */
+    static void drawBar(QPainter& painter, const QStyleOption& option);
+
+    static void drawBarSeparator(QPainter& painter, const QStyleOption& option);
+};

@@ -1,21 +1,23 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/WorkspaceIcons.h"
 
+#include <QCache>
 #include <QCoreApplication>
 #include <QFileIconProvider>
 #include <QFileInfo>
-#include <QHash>
-#include <QPainter>
 #include <QStandardPaths>
 #include <memory>
 
 #include "platform/DesktopEntries.h"
+#include "platform/TileIcon.h"
 
 namespace {
 
+constexpr qsizetype maxIcons = 1000;  // many more than a screen shows at a time
+
 struct Cache {
-    QHash<QString, QIcon> files;
-    QHash<QString, QIcon> types;
+    QCache<QString, QIcon> files{maxIcons};
+    QCache<QString, QIcon> types{maxIcons};
     DesktopEntries entries{QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation)};
 };
 
@@ -35,41 +37,24 @@ bool isDrawable(const QIcon& icon) {
     return !icon.isNull() && !icon.pixmap(16).isNull();
 }
 
-/** A window with a title bar for a program without a picture, in a grey that steps back on light and dark. */
-QIcon drawnIcon() {
-    QIcon icon;
-    for (const int size : {16, 32, 64, 96, 192}) {
-        QPixmap pixmap(size, size);
-        pixmap.fill(Qt::transparent);
-        QPainter painter(&pixmap);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.scale(size / 16.0, size / 16.0);
-        painter.setPen(QPen(QColor(0x80868f), 1.5));
-        painter.setBrush(QColor(128, 134, 143, 48));
-        painter.drawRoundedRect(QRectF(1.5, 2.5, 13, 11), 2, 2);
-        painter.drawLine(QPointF(1.5, 5.5), QPointF(14.5, 5.5));
-        icon.addPixmap(pixmap);
-    }
-    return icon;
-}
-
-QIcon firstDrawable(std::initializer_list<QIcon> candidates) {
+/** The first of `candidates` that can be drawn, else the tile of `path`. */
+QIcon firstDrawable(std::initializer_list<QIcon> candidates, const QString& path) {
     for (const QIcon& icon : candidates) {
         if (isDrawable(icon)) {
             return icon;
         }
     }
-    return drawnIcon();
+    return TileIcon::forPath(path);
 }
 
 #ifdef Q_OS_MACOS
 
 QIcon findFileIcon(const QString& path) {
-    return firstDrawable({QFileIconProvider().icon(QFileInfo(path))});
+    return firstDrawable({QFileIconProvider().icon(QFileInfo(path))}, path);
 }
 
 QIcon findTypeIcon(const QString& type) {
-    return firstDrawable({QFileIconProvider().icon(QFileInfo("file." + type))});
+    return firstDrawable({QFileIconProvider().icon(QFileInfo("file." + type))}, type);
 }
 
 #else
@@ -86,28 +71,34 @@ QIcon iconNamed(const QString& name) {
 QIcon folderIcon(const QString& path) {
     const bool holdsApplications =
         QStandardPaths::standardLocations(QStandardPaths::ApplicationsLocation).contains(path);
-    return firstDrawable(
-        {QIcon::fromTheme(holdsApplications ? "applications-all" : "folder"), QIcon::fromTheme("folder")});
+    return holdsApplications ? TileIcon::allApplications()
+                             : firstDrawable({QIcon::fromTheme("folder")}, path);
 }
 
-/** Without the theme's "application-x-executable": in a list, the small one of Breeze looks like a warning. */
+/** Without the theme's "application-x-executable": it is the same for all programs. */
 QIcon findFileIcon(const QString& path) {
     const QFileInfo file(path);
     return file.isDir()
                ? folderIcon(path)
-               : firstDrawable({iconNamed(cache().entries.iconFor(path)), QIcon::fromTheme(file.fileName())});
+               : firstDrawable({iconNamed(cache().entries.iconFor(path)), QIcon::fromTheme(file.fileName())},
+                               path);
 }
 
 /** A bundle without a path is how the kernel is shown. */
 QIcon findTypeIcon(const QString& type) {
-    return firstDrawable({QIcon::fromTheme(type == QLatin1String("bundle") ? "computer" : type)});
+    return type == QLatin1String("bundle") ? TileIcon::kernel()
+                                           : firstDrawable({QIcon::fromTheme(type)}, type);
 }
 
 #endif
 
-QIcon cached(QHash<QString, QIcon>& icons, const QString& key, QIcon (*find)(const QString&)) {
-    const auto known = icons.constFind(key);
-    return known != icons.constEnd() ? *known : *icons.insert(key, find(key));
+QIcon cached(QCache<QString, QIcon>& icons, const QString& key, QIcon (*find)(const QString&)) {
+    if (const QIcon* known = icons.object(key)) {
+        return *known;
+    }
+    const QIcon found = find(key);
+    icons.insert(key, new QIcon(found));
+    return found;
 }
 
 }  // namespace

@@ -4,12 +4,12 @@
 #include <QIcon>
 #include <QString>
 
-/** The pictures that the desktop shows for files. Main thread; results are cached by path. */
+/** The pictures that the desktop shows for files. Main thread; the latest results are kept by path. */
 class WorkspaceIcons {
   public:
     /**
-     * The icon of the application that owns the executable or bundle at `path`, else that of the file's type.
-     * Never blank.
+     * The icon of the application that owns the executable or bundle at `path`, else a tile with the first
+     * letter of the file's name. The folder of applications has an icon of its own. Never blank.
      */
     static QIcon iconForFile(const QString& path);
 

@@ -189,6 +189,11 @@ bool InterfaceStyle::drawSurround(PrimitiveElement element, const QStyleOption& 
                 FramePainter::drawTabBase(painter, *base);
             }
             return true;
+        case PE_FrameTabWidget:
+            if (const auto* pane = qstyleoption_cast<const QStyleOptionTabWidgetFrame*>(&option)) {
+                FramePainter::drawTabPane(painter, *pane);
+            }
+            return true;
         case PE_PanelTipLabel:
             FramePainter::drawToolTip(painter, option);
             return true;
@@ -199,7 +204,6 @@ bool InterfaceStyle::drawSurround(PrimitiveElement element, const QStyleOption& 
             FramePainter::drawBarSeparator(painter, option);
             return true;
         case PE_FrameGroupBox:
-        case PE_FrameTabWidget:
         case PE_FrameMenu:
         case PE_FrameStatusBarItem:
         case PE_FrameDefaultButton:

@@ -26,6 +26,13 @@ bool isAtBottom(QTabBar::Shape shape) {
     return shape == QTabBar::RoundedSouth || shape == QTabBar::TriangularSouth;
 }
 
+/** A hairline along the lower edge or the upper one. */
+void drawEdge(QPainter& painter, const QStyleOption& option, bool isLower) {
+    const QRectF rect = option.rect;
+    Brush(painter).horizontalHairline(rect.left(), rect.right(), isLower ? rect.bottom() - 1 : rect.top(),
+                                      option.palette.color(QPalette::Mid));
+}
+
 }  // namespace
 
 void FramePainter::drawFrame(QPainter& painter, const QStyleOption& option) {
@@ -75,9 +82,11 @@ void FramePainter::drawTab(QPainter& painter, const QStyleOptionTab& tab) {
 }
 
 void FramePainter::drawTabBase(QPainter& painter, const QStyleOptionTabBarBase& base) {
-    const QRectF rect = base.rect;
-    const qreal y = isAtBottom(base.shape) ? rect.top() : rect.bottom() - 1;
-    Brush(painter).horizontalHairline(rect.left(), rect.right(), y, base.palette.color(QPalette::Mid));
+    drawEdge(painter, base, !isAtBottom(base.shape));
+}
+
+void FramePainter::drawTabPane(QPainter& painter, const QStyleOptionTabWidgetFrame& pane) {
+    drawEdge(painter, pane, isAtBottom(pane.shape));
 }
 
 void FramePainter::drawSplitter(QPainter& painter, const QStyleOption& option) {
@@ -94,10 +103,8 @@ void FramePainter::drawSplitter(QPainter& painter, const QStyleOption& option) {
 }
 
 void FramePainter::drawBar(QPainter& painter, const QStyleOption& option) {
-    const QRectF rect = option.rect;
-    painter.fillRect(rect, option.palette.window());
-    Brush(painter).horizontalHairline(rect.left(), rect.right(), rect.bottom() - 1,
-                                      option.palette.color(QPalette::Mid));
+    painter.fillRect(option.rect, option.palette.window());
+    drawEdge(painter, option, true);
 }
 
 void FramePainter::drawBarSeparator(QPainter& painter, const QStyleOption& option) {

@@ -23,6 +23,9 @@ class FramePainter {
     /** The hairline that a row of tabs stands on. */
     static void drawTabBase(QPainter& painter, const QStyleOptionTabBarBase& base);
 
+    /** Likewise, above the pages that the tabs belong to. */
+    static void drawTabPane(QPainter& painter, const QStyleOptionTabWidgetFrame& pane);
+
     static void drawSplitter(QPainter& painter, const QStyleOption& option);
 
     /** Window-coloured, with a hairline at its bottom. */

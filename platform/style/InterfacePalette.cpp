@@ -29,7 +29,7 @@ constexpr RoleColor lightColors[] = {
     {QPalette::Light, 0xffffff},
     {QPalette::Midlight, 0xe9ebee},
     {QPalette::Mid, 0xd4d7dc},
-    {QPalette::Dark, 0x858b94},
+    {QPalette::Dark, 0x7f858e},
     {QPalette::Shadow, 0x5a5f66},
 };
 

@@ -6,58 +6,28 @@
 """
 
 import sys
-import time
 
-import pyatspi
+import accessible
+from desktop import wait_for
 
 ROWS = 12
-SECONDS = 8  # that a program may take to answer
-
-
-def find(accessible, wanted):
-    """The first element below `accessible`, depth first, for which `wanted` holds; None while there is none."""
-    for child in accessible:
-        if child is None:
-            continue
-        if wanted(child):
-            return child
-        if found := find(child, wanted):
-            return found
-    return None
 
 
 def find_table(name):
     """The table of the program called `name`, once it has a row."""
-    for program in pyatspi.Registry.getDesktop(0):
-        if program and program.name == name:
-            table = find(program, lambda element: "Table" in pyatspi.listInterfaces(element))
-            if table and table.queryTable().nRows > 0:
-                return table.queryTable()
-    return None
+    filled = [table for program in accessible.programs(name) for table in accessible.tables(program) if table.nRows > 0]
+    return filled[0] if filled else None
 
 
-def read_rows(table):
-    """The header and the first rows, as lists of texts."""
-    columns = range(table.nColumns)
-    header = [table.getColumnHeader(column).name for column in columns]
-    rows = [[table.getAccessibleAt(r, c).name for c in columns] for r in range(min(ROWS, table.nRows))]
-    return header, rows
-
-
-def print_rows(header, rows):
-    widths = [max(map(len, cells)) for cells in zip(header, *rows)]
-    for cells in (header, *rows):
+def print_rows(rows):
+    widths = [max(map(len, cells)) for cells in zip(*rows)]
+    for cells in rows:
         print("  ".join(cell.ljust(width) for cell, width in zip(cells, widths)).rstrip())
 
 
 def main():
-    deadline = time.monotonic() + SECONDS
-    while time.monotonic() < deadline:
-        if table := find_table(sys.argv[1]):
-            print_rows(*read_rows(table))
-            return
-        time.sleep(0.1)
-    sys.exit(f"{sys.argv[1]} shows no table with a row.")
+    table = wait_for("A table with a row", lambda: find_table(sys.argv[1]), seconds=8)
+    print_rows([accessible.header(table), *accessible.rows(table, ROWS)])
 
 
 if __name__ == "__main__":

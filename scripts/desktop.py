@@ -1,0 +1,104 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""A desktop that nobody sees: a session bus, an X server and a window manager for programs that need them."""
+
+import os
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+from contextlib import contextmanager
+from pathlib import Path
+
+
+def wait_for(what, attempt, seconds=15):
+    """The first true result of `attempt`, which is called again and again; ends the script when time is up."""
+    deadline = time.monotonic() + seconds
+    while time.monotonic() < deadline:
+        if result := attempt():
+            return result
+        time.sleep(0.05)
+    sys.exit(f"{what} did not appear within {seconds} s.")
+
+
+class Children:
+    """The programs that this script started; they end with it, the last one first."""
+
+    def __init__(self):
+        self.running = []
+
+    def start(self, command, **options):
+        self.running.append(subprocess.Popen(command, **options))
+        return self.running[-1]
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        signal.signal(signal.SIGTERM, signal.SIG_IGN)
+        for child in reversed(self.running):
+            end(child)
+
+
+def end(child, seconds=3):
+    """Ends a program, politely at first."""
+    child.terminate()
+    try:
+        child.wait(seconds)
+    except subprocess.TimeoutExpired:
+        child.kill()
+        child.wait()
+
+
+def start_and_read(children, command, **options):
+    """Starts a program that tells where it can be reached, on the descriptor in place of FD; answers what it tells."""
+    read, write = os.pipe()
+    children.start([part.replace("FD", str(write)) for part in command], pass_fds=[write], **options)
+    os.close(write)
+    with open(read) as answer:
+        return answer.readline().strip()
+
+
+def start_bus(children, log):
+    bus = ["dbus-daemon", "--session", "--nofork", "--print-address=FD"]
+    os.environ["DBUS_SESSION_BUS_ADDRESS"] = start_and_read(children, bus, stdout=log, stderr=log)
+
+
+def start_display(children, log, size):
+    server = ["Xvfb", "-displayfd", "FD", "-screen", "0", f"{size}x24", "-nolisten", "tcp", "-noreset"]
+    os.environ["DISPLAY"] = ":" + start_and_read(children, server, stderr=log)
+
+
+def start_window_manager(children, log):
+    with tempfile.TemporaryDirectory() as scratch:
+        ready = Path(scratch, "ready")
+        children.start(["openbox", "--startup", f"touch {ready}"], stdout=log, stderr=log)
+        # A window that opens while the window manager takes over may stay unmapped for good.
+        wait_for("The window manager", ready.exists)
+
+
+@contextmanager
+def desktop(size="1280x800"):
+    """Puts the environment's display, bus and folders in place; answers the `Children` that end with the desktop."""
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit("Stopped."))  # so that the children end too
+    with tempfile.TemporaryDirectory() as home, Children() as children, open(f"{home}/log", "w") as log:
+        os.environ.update(XDG_RUNTIME_DIR=home, XDG_CONFIG_HOME=home, XDG_CACHE_HOME=home)
+        os.environ["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
+        os.environ.pop("WAYLAND_DISPLAY", None)
+        start_bus(children, log)
+        start_display(children, log, size)
+        start_window_manager(children, log)
+        yield children
+
+
+def windows_of(process):
+    """The ids of the windows that a program shows."""
+    if process.poll() is not None:
+        sys.exit(f"The window's program ended with status {process.returncode}.")
+    search = ["xdotool", "search", "--all", "--onlyvisible", "--pid", str(process.pid), "--name", "Nevtora"]
+    return subprocess.run(search, capture_output=True, text=True).stdout.split()
+
+
+def save_picture(window, path):
+    """Saves a window with its frame."""
+    subprocess.run(["import", "-silent", "-frame", "-window", window, str(path)], timeout=10, check=True)

@@ -5,9 +5,10 @@
 build_packages=(g++ cmake ninja-build qt6-base-dev libsqlite3-dev libicu-dev)
 run_packages=(libqt6svg6 fonts-inter breeze-icon-theme)
 wayland_packages=(qt6-wayland) # large, and of use only where there is no X server beside Wayland
-# For a window on a machine without a display.
-picture_packages=(xvfb openbox dbus-daemon at-spi2-core python3-pyatspi xdotool imagemagick)
-test_packages=(dbus-daemon libgtest-dev python3 iproute2)
+# For a window on a machine without a display, read from outside.
+desktop_packages=(xvfb openbox dbus-daemon at-spi2-core python3-pyatspi xdotool)
+picture_packages=("${desktop_packages[@]}" imagemagick)
+test_packages=("${desktop_packages[@]}" libgtest-dev python3 iproute2)
 
 say() { printf '==> %s\n' "$*"; }
 

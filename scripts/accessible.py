@@ -55,9 +55,13 @@ def press(element):
     actions.doAction(next(i for i, name in enumerate(names) if name in ("press", "toggle", "click")))
 
 
+def box(element):
+    """Where on the screen it is; has `x`, `y`, `width` and `height`."""
+    return element.queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
+
+
 def middle(element):
-    """Where on the screen its middle is."""
-    x, y, width, height = element.queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
+    x, y, width, height = box(element)
     return x + width // 2, y + height // 2
 
 

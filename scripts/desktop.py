@@ -102,3 +102,7 @@ def windows_of(process):
 def save_picture(window, path):
     """Saves a window with its frame."""
     subprocess.run(["import", "-silent", "-frame", "-window", window, str(path)], timeout=10, check=True)
+
+
+def click(x, y, button=1):
+    subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", str(button)], timeout=5, check=True)

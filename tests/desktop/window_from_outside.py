@@ -97,7 +97,7 @@ class Visit:
 
     def click(self, element, sideways=0):
         x, y = accessible.middle(element)
-        subprocess.run(["xdotool", "mousemove", str(x + sideways), str(y), "click", "1"], check=True)
+        desktop.click(x + sideways, y)
 
     def button(self, name):
         return accessible.find(self.element, "push button", name)

@@ -206,9 +206,9 @@ def in_order(rows, parameters, keys):
 
 
 class Server:
-    """Serves any number of front ends, each with cursors of its own, until it is left.
+    """Serves any number of front ends, each with cursors of its own, until it is left or closed.
 
-    Leaving resets the connections, as the daemon does when it ends, so that a front end's next write fails.
+    That resets the connections, as the daemon does when it ends, so that a front end's next write fails.
     """
 
     def __init__(self, applications, port=wire.PORT):
@@ -230,6 +230,9 @@ class Server:
         return self
 
     def __exit__(self, *_):
+        self.close()
+
+    def close(self):
         self._listener.shutdown()
         self._listener.socket.close()
         for link in self._links:

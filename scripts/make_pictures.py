@@ -1,0 +1,199 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Makes the pictures of the window; see docs/pictures/make.
+
+    make_pictures.py PROGRAMS FOLDER [PICTURE...]
+
+PROGRAMS is the folder with the built programs. Needs the daemon's port for itself.
+"""
+
+import os
+import subprocess
+import sys
+import tempfile
+import time
+from contextlib import contextmanager
+from functools import partial
+from pathlib import Path
+
+import accessible
+import desktop
+
+ROOT = Path(__file__).resolve().parents[1]
+sys.path.insert(0, str(ROOT / "tests/link"))
+
+import scripted_daemon
+import wire
+from client import Client
+
+SCREEN = "2200x1400"  # room for a window at twice its size
+REFRESH = 5  # seconds between two refreshes of the window
+SETTLE = 1  # seconds until icons, the drawer's movement and the like have come to rest
+FRAME = ["-bordercolor", "#8a8f98", "-border", "1"]  # tells the window from a page of any colour
+SMALL = ["-strip", "-define", "png:compression-level=9"]
+
+
+class Window:
+    """An open window, and what a person would do with it."""
+
+    def __init__(self, process, scale):
+        self.id = desktop.wait_for("The window", lambda: desktop.windows_of(process))[0]
+        self.scale = scale
+        self.element = desktop.wait_for("The table", lambda: accessible.attempt(lambda: self._find(process)))
+        self.table = accessible.tables(self.element)[0]
+
+    @staticmethod
+    def _find(process):
+        """The program's element, once its table has a row."""
+        for program in accessible.programs("nevtora-meter"):
+            if program.get_process_id() == process.pid and accessible.tables(program)[0].nRows > 0:
+                return program
+        return None
+
+    def click(self, element):
+        x, y = accessible.middle(element)
+        desktop.click(x * self.scale, y * self.scale)
+
+    def sort_by(self, title):
+        """The largest first: two clicks, too far from each other to be a double click."""
+        header = self.table.getColumnHeader(accessible.header(self.table).index(title))
+        self.click(header)
+        time.sleep(SETTLE)
+        self.click(header)
+
+    def select(self, row):
+        self.click(self.table.getAccessibleAt(row, accessible.header(self.table).index("Name")))
+
+    def open_drawer(self):
+        accessible.press(accessible.find(self.element, "push button", "Additional Info >>>"))
+
+    def scroll_to_the_middle(self):
+        """The middle button takes a scroll bar's handle to the pointer."""
+        box = accessible.box(accessible.find(self.element, "table"))
+        desktop.click(box.x + box.width - 6, box.y + box.height // 2, button=2)
+
+    def resize(self, width, height):
+        subprocess.run(["xdotool", "windowsize", "--sync", self.id, str(width), str(height)], timeout=5, check=True)
+
+    def save(self, path):
+        time.sleep(SETTLE)
+        subprocess.run(["xdotool", "mousemove", "0", "0"], timeout=5, check=True)  # nothing is hovered
+        time.sleep(SETTLE)
+        subprocess.run(["import", "-silent", "-window", self.id, str(path)], timeout=30, check=True)
+        subprocess.run(["mogrify", *FRAME, *SMALL, str(path)], timeout=30, check=True)
+
+
+class Studio:
+    """Where the pictures are made: a desktop, daemons to choose from, and a folder."""
+
+    def __init__(self, programs, folder, children):
+        self.programs = programs
+        self.folder = folder
+        self.children = children
+
+    @contextmanager
+    def demo_daemon(self):
+        with tempfile.TemporaryDirectory() as scratch:
+            command = [self.programs / "nevtora-daemon", "--demo", "--database", f"{scratch}/demo.sqlite"]
+            daemon = self.children.start(command, stderr=subprocess.DEVNULL)
+            desktop.wait_for("The demo daemon", daemon_answers, seconds=60)
+            yield
+            desktop.end(daemon)
+
+    @contextmanager
+    def window(self, scheme="light", scale=1):
+        """A window that remembers nothing of those before it."""
+        with tempfile.TemporaryDirectory() as config:
+            portal = start_portal(self.children, scheme)
+            environment = os.environ | {"XDG_CONFIG_HOME": config, "QT_SCALE_FACTOR": str(scale)}
+            process = self.children.start([self.programs / "nevtora-meter"], env=environment)
+            yield Window(process, scale)
+            desktop.end(process)
+            desktop.end(portal)
+
+    def save(self, window, name):
+        path = self.folder / f"{name}.png"
+        window.save(path)
+        print(f"Saved {path}, {path.stat().st_size // 1024} KiB", flush=True)
+
+
+def daemon_answers():
+    try:
+        with Client(("127.0.0.1", wire.PORT)) as client:
+            return client.ask(wire.IS_CLEANING)
+    except OSError:
+        return None
+
+
+def start_portal(children, scheme):
+    command = [sys.executable, Path(__file__).with_name("color_scheme.py"), scheme]
+    portal = children.start(command, stdout=subprocess.PIPE, text=True)
+    portal.stdout.readline()
+    return portal
+
+
+def main_window(studio, name, **looks):
+    with studio.demo_daemon(), studio.window(**looks) as window:
+        window.sort_by("Received, MB")
+        studio.save(window, name)
+
+
+def details(studio, name, **looks):
+    with studio.demo_daemon(), studio.window(**looks) as window:
+        window.sort_by("Received, MB")
+        window.open_drawer()
+        time.sleep(SETTLE)
+        window.select(2)
+        studio.save(window, name)
+
+
+def narrow(studio, name):
+    with scripted_daemon.Server(scripted_daemon.few_applications()), studio.window() as window:
+        window.resize(600, 480)
+        studio.save(window, name)
+
+
+def many(studio, name):
+    with scripted_daemon.Server(scripted_daemon.many_applications(10_000)), studio.window() as window:
+        window.scroll_to_the_middle()
+        studio.save(window, name)
+
+
+def empty(studio, name):
+    with scripted_daemon.Server([]), studio.window() as window:
+        studio.save(window, name)
+
+
+def daemon_lost(studio, name):
+    with scripted_daemon.Server(scripted_daemon.few_applications()) as server, studio.window() as window:
+        server.close()
+        time.sleep(REFRESH + SETTLE)
+        studio.save(window, name)
+
+
+PICTURES = {
+    "main-window": main_window,
+    "main-window-dark": partial(main_window, scheme="dark"),
+    "main-window-2x": partial(main_window, scale=2),
+    "details": details,
+    "details-dark": partial(details, scheme="dark"),
+    "narrow": narrow,
+    "many-applications": many,
+    "no-applications": empty,
+    "daemon-lost": daemon_lost,
+}
+
+
+def main():
+    programs, folder = Path(sys.argv[1]).resolve(), Path(sys.argv[2])
+    names = sys.argv[3:] or PICTURES
+    if unknown := set(names) - set(PICTURES):
+        sys.exit(f"There is no picture {', '.join(unknown)}; there are {', '.join(PICTURES)}.")
+    with desktop.desktop(SCREEN) as children:
+        studio = Studio(programs, folder, children)
+        for name in names:
+            PICTURES[name](studio, name)
+
+
+if __name__ == "__main__":
+    main()

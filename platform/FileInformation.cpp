@@ -13,10 +13,12 @@
 #endif
 
 QString FileInformation::finderScript(const QString& path) {
+    QString literal = path;  // a quote in a file's name must not end the string and go on as commands
+    literal.replace('\\', "\\\\").replace('"', "\\\"");
     return QStringLiteral(
                "set posixPath to \"%1\"\n\nset fileAlias to POSIX file posixPath as alias\n\n"
                "tell application \"Finder\"\n\tactivate\n\topen information window of fileAlias\nend tell\n")
-        .arg(path);
+        .arg(literal);
 }
 
 #ifdef Q_OS_MACOS

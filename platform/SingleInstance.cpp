@@ -132,6 +132,7 @@ void SingleInstance::hear(QLocalSocket* caller) {
     }
     ActivationToken::put(QString::fromLatin1(line.mid(sizeof request - 1)));
     caller->write(&answer, 1);
+    caller->flush();  // before the signal, after which the program may be busy or at its end
     caller->disconnectFromServer();
     emit activationRequested();
 }

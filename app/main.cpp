@@ -7,17 +7,20 @@
 #include "platform/InterfaceStyle.h"
 #include "platform/SingleInstance.h"
 #include "platform/TerminationSignals.h"
+#include "platform/WindowFront.h"
 #include "ui/main/MainController.h"
 
 namespace {
 
-void showUnreachableDaemonAlert() {
+void showUnreachableDaemonAlert(const SingleInstance& instance) {
     QMessageBox alert;
     alert.setIcon(QMessageBox::Critical);
     alert.setText("Nevtora Meter installation corrupted.");
     alert.setInformativeText("We can't connect to Nevtora Daemon.\nPlease, reinstall Nevtora Meter.");
     alert.setStyleSheet("QLabel#qt_msgbox_label { font-weight: 600; }");
     alert.addButton("Ok", QMessageBox::AcceptRole);
+    QObject::connect(&instance, &SingleInstance::activationRequested, &alert,
+                     [&alert] { WindowFront::orderFrontRegardless(alert); });
     alert.exec();
 }
 
@@ -29,7 +32,7 @@ int main(int argc, char** argv) {
     QApplication::setApplicationDisplayName("Nevtora Meter");
     QApplication::setDesktopFileName("nevtora-meter");
     QApplication::setApplicationVersion(NEVTORA_VERSION);
-    QApplication::setWindowIcon(QIcon(":/app"));
+    QApplication::setWindowIcon(QIcon(":/app.svg"));
     QApplication::setQuitOnLastWindowClosed(false);  // the tray keeps the program
     InterfaceStyle::install();
     const TerminationSignals terminationSignals;
@@ -38,7 +41,7 @@ int main(int argc, char** argv) {
         return 0;
     }
     if (!DaemonConnection::sharedConnection()->isValid()) {
-        showUnreachableDaemonAlert();
+        showUnreachableDaemonAlert(instance);
         return -1;
     }
     int status = 0;

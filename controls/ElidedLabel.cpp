@@ -4,6 +4,7 @@
 #include <QHelpEvent>
 #include <QStylePainter>
 #include <QToolTip>
+#include <algorithm>
 
 namespace {
 
@@ -35,6 +36,7 @@ bool ElidedLabel::event(QEvent* event) {
         return QLabel::event(event);
     }
     const auto* help = static_cast<const QHelpEvent*>(event);
-    QToolTip::showText(help->globalPos(), elidedText() == text() ? QString() : text(), this);
+    const QString all = "<p>" + text().toHtmlEscaped() + "</p>";  // a tooltip takes text for markup
+    QToolTip::showText(help->globalPos(), elidedText() == text() ? QString() : all, this);
     return true;
 }

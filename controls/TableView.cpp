@@ -3,6 +3,7 @@
 
 #include <QAction>
 #include <QClipboard>
+#include <QContextMenuEvent>
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -117,6 +118,17 @@ void TableView::focusInEvent(QFocusEvent* event) {
     if (!hadCurrent && selectionModel() != nullptr) {
         selectionModel()->clearCurrentIndex();
     }
+}
+
+void TableView::contextMenuEvent(QContextMenuEvent* event) {
+    const bool isFromMouse = event->reason() == QContextMenuEvent::Mouse;
+    const QModelIndex row =
+        isFromMouse ? indexAt(viewport()->mapFromGlobal(event->globalPos())) : currentIndex();
+    if (!row.isValid() || !selectionModel()->isRowSelected(row.row())) {
+        return;
+    }
+    const QPoint below = viewport()->mapToGlobal(visualRect(row).bottomLeft());
+    emit rowMenuRequested(isFromMouse ? event->globalPos() : below);
 }
 
 /** The base class would copy a single cell, selected or not. */

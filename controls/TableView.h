@@ -52,11 +52,15 @@ class TableView : public QTableView {
     /** The user scrolled, or the table has another size. Comes before the newly visible rows are painted. */
     void visibleRowsChanged();
 
+    /** A right click on a row, which it has selected, or the menu key with a selected row; in global coordinates. */
+    void rowMenuRequested(const QPoint& position);
+
     /** Columns may be fitted to the new width of the viewport, in pixels. */
     void widthChanged(int width);
 
   protected:
     bool event(QEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;

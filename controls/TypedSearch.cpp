@@ -3,6 +3,7 @@
 
 #include <QAbstractItemModel>
 #include <QApplication>
+#include <algorithm>
 
 bool TypedSearch::isGoingOn() const {
     return m_SinceLastKey.isValid() && !m_SinceLastKey.hasExpired(QApplication::keyboardInputInterval());

@@ -78,13 +78,16 @@ SingleInstance::~SingleInstance() {
 
 /** The file is never removed: whoever opened it before would lock another one than those who come after. */
 bool SingleInstance::takeLock() {
-    if (m_Lock == -1) {
+    if (m_Lock == -1 && !m_Path.isEmpty()) {
         m_Lock = open(QFile::encodeName(m_Path + ".lock"), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
     }
     return m_Lock == -1 || flock(m_Lock, LOCK_EX | LOCK_NB) == 0;
 }
 
 void SingleInstance::listen() {
+    if (m_Path.isEmpty()) {
+        return;
+    }
     const QString path = m_Path + ".socket";
     QLocalServer::removeServer(path);  // what a crash has left
     m_Server.setSocketOptions(QLocalServer::UserAccessOption);

@@ -15,7 +15,7 @@ class DesktopEntriesTest : public testing::Test {
         QDir(m_Folder.path()).mkpath(folder);
         write(folder + QString("/%1.desktop").arg(++m_Count),
               "[Desktop Entry]\nType=Application\nExec=" + command + "\nIcon=" + icon +
-                  "\n[Desktop Action new]\nExec=/usr/bin/helper\nIcon=wrong\n");
+                  "\n[Desktop Action new]\nExec=/usr/bin/courier\nIcon=wrong\n");
     }
 
     QString write(const QString& name, const QString& text = {}) {
@@ -43,7 +43,7 @@ TEST_F(DesktopEntriesTest, FindsTheProgramThatAnEntryStarts) {
     EXPECT_EQ(found.iconFor("/usr/bin/mail"), "mail");
     EXPECT_EQ(found.iconFor("/opt/My Game/game"), "game");
     EXPECT_EQ(found.iconFor("/usr/bin/env"), "");
-    EXPECT_EQ(found.iconFor("/usr/bin/helper"), "");
+    EXPECT_EQ(found.iconFor("/usr/bin/courier"), "");
     EXPECT_EQ(found.iconFor(""), "");
 }
 

@@ -8,6 +8,7 @@
 #include <QRegularExpression>
 #include <QTimeZone>
 #include <algorithm>
+#include <charconv>
 #include <iterator>
 #include <memory>
 #include <optional>
@@ -44,7 +45,7 @@ void putZoneLast(icu::SimpleDateFormat& format) {
     if (pattern.endsWith(QLatin1String(" z"))) {
         return;
     }
-    static const QRegularExpression zone("[(\\[]?z[)\\]]?");
+    static const QRegularExpression zone("\\s*[(\\[]?z[)\\]]?");
     pattern = pattern.remove(zone).simplified() + " z";
     format.applyPattern(icu::UnicodeString(pattern.utf16(), static_cast<int>(pattern.size())));
 }
@@ -114,7 +115,10 @@ double bytesToMegabytes(std::int64_t bytes) {
 }
 
 QString megabytesToNSString(double megabytes) {
-    return QString::asprintf("%.3lf", megabytes);
+    char text[330];  // the largest double has 309 digits before the point
+    const auto end =
+        std::to_chars(std::begin(text), std::end(text), megabytes, std::chars_format::fixed, 3).ptr;
+    return QLatin1String(text, end);  // exact, unlike QString's own, which rounds ties up
 }
 
 QString bytesToNSString(std::int64_t bytes) {

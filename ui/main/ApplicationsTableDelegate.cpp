@@ -101,6 +101,7 @@ void ApplicationsTableDelegate::drawContent(QPainter& painter, const QStyleOptio
         case Model::NumberColumn:
         case Model::ReceivedColumn:
         case Model::SentColumn:
+            painter.setClipRect(cell.rect);
             m_Digits.draw(painter, room, cell.text);
             break;
         default:
@@ -114,23 +115,29 @@ QSize ApplicationsTableDelegate::sizeHint(const QStyleOptionViewItem& option,
                                           const QModelIndex& index) const {
     QStyleOptionViewItem cell(option);
     initStyleOption(&cell, index);
-    const int width = index.column() == Model::IconColumn ? cell.decorationSize.width()
-                      : isNumber(index.column())          ? qCeil(m_Digits.width(cell.text))
-                                                          : cell.fontMetrics.horizontalAdvance(cell.text);
+    const int width =
+        index.column() == Model::IconColumn ? cell.decorationSize.width() : textWidth(cell, index.column());
     return {width + 2 * margin, cell.fontMetrics.height()};
 }
 
+/** As plain text: names and paths are not ours, and a tooltip would take them for markup. */
 bool ApplicationsTableDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,
                                           const QStyleOptionViewItem& option, const QModelIndex& index) {
+    if (event->type() != QEvent::ToolTip) {
+        return QStyledItemDelegate::helpEvent(event, view, option, index);
+    }
     QStyleOptionViewItem cell(option);
     initStyleOption(&cell, index);
-    const bool isComplete = index.data(Qt::ToolTipRole).toString() == cell.text &&
-                            cell.fontMetrics.horizontalAdvance(cell.text) <= textRect(cell).width();
-    if (event->type() == QEvent::ToolTip && isComplete) {
-        QToolTip::hideText();
-        return true;
-    }
-    return QStyledItemDelegate::helpEvent(event, view, option, index);
+    const QString all = index.data(Qt::ToolTipRole).toString();
+    const bool isComplete = all == cell.text && textWidth(cell, index.column()) <= textRect(cell).width();
+    const QString text = isComplete || all.isEmpty() ? QString() : "<p>" + all.toHtmlEscaped() + "</p>";
+    QToolTip::showText(event->globalPos(), text, view, cell.rect);
+    return true;
+}
+
+int ApplicationsTableDelegate::textWidth(const QStyleOptionViewItem& cell, int column) const {
+    return isNumber(column) ? qCeil(m_Digits.width(cell.text))
+                            : cell.fontMetrics.horizontalAdvance(cell.text);
 }
 
 void ApplicationsTableDelegate::initStyleOption(QStyleOptionViewItem* option,

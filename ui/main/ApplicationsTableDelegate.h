@@ -27,6 +27,7 @@ class ApplicationsTableDelegate : public QStyledItemDelegate {
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
 
   private:
+    int textWidth(const QStyleOptionViewItem& cell, int column) const;
     void drawContent(QPainter& painter, const QStyleOptionViewItem& cell, int column) const;
 
     TabularDigits m_Digits;

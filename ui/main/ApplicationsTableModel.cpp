@@ -59,18 +59,24 @@ ApplicationsTableModel::ApplicationsTableModel(Fetch fetch, QObject* parent)
 void ApplicationsTableModel::refresh(std::int32_t applications,
                                      std::shared_ptr<const TotalStatisticInfo> totals) {
     m_Totals = totals != nullptr ? std::move(totals) : std::make_shared<const TotalStatisticInfo>();
-    m_Applications.clear();
+    m_TotalsEnd = m_Totals->endTime();
+    m_FreshRows.clear();
     setRowCount(std::max(applications + 1, 0));
     if (m_RowCount > 0) {
         emit dataChanged(index(0, 0), index(m_RowCount - 1, ColumnCount - 1));
     }
 }
 
+void ApplicationsTableModel::orderChanged() {
+    m_Applications.clear();
+    m_FreshRows.clear();
+}
+
 void ApplicationsTableModel::fetchRows(int first, int last) {
     const int end = std::min(last + 1, m_RowCount);
     for (int row = std::max(first, TotalsRow + 1); row < end; ++row) {
         const int begin = row;
-        while (row < end && !m_Applications.contains(row)) {
+        while (row < end && !m_FreshRows.contains(row)) {
             ++row;
         }
         if (row > begin) {
@@ -111,7 +117,7 @@ QVariant ApplicationsTableModel::data(const QModelIndex& index, int role) const 
     }
     const auto application = m_Applications.value(row);
     if (role == Qt::ToolTipRole) {
-        return column == PathColumn && application != nullptr ? application->fullPath()
+        return column == PathColumn && application != nullptr ? singleLine(application->fullPath())
                                                               : fieldValue(row, column).toString();
     }
     return role == ShareRole && application != nullptr ? share(*application, column) : QVariant();
@@ -133,6 +139,17 @@ QVariant ApplicationsTableModel::headerData(int section, Qt::Orientation orienta
     }
 }
 
+QString ApplicationsTableModel::singleLine(QString text) {
+    for (QChar& character : text) {
+        const QChar::Category category = character.category();
+        if (category == QChar::Other_Control || category == QChar::Separator_Line ||
+            category == QChar::Separator_Paragraph) {
+            character = ' ';
+        }
+    }
+    return text;
+}
+
 void ApplicationsTableModel::setRowCount(int rows) {
     if (rows > m_RowCount) {
         beginInsertRows({}, m_RowCount, rows - 1);
@@ -141,6 +158,7 @@ void ApplicationsTableModel::setRowCount(int rows) {
     } else if (rows < m_RowCount) {
         beginRemoveRows({}, rows, m_RowCount - 1);
         m_RowCount = rows;
+        m_Applications.removeIf([=](auto known) { return known.key() >= rows; });
         endRemoveRows();
     }
 }
@@ -148,6 +166,7 @@ void ApplicationsTableModel::setRowCount(int rows) {
 void ApplicationsTableModel::fetchRun(int first, int count) {
     int row = first;
     for (auto& application : m_Fetch(first - 1, count)) {
+        m_FreshRows.insert(row);
         m_Applications.insert(row++, std::move(application));
     }
     emit dataChanged(index(first, 0), index(first + count - 1, ColumnCount - 1));
@@ -176,7 +195,7 @@ QVariant ApplicationsTableModel::totalStatisticFieldValue(int column) const {
         case SentColumn:
             return bytesToNSString(m_Totals->totalSendedBytes());
         case LastActivityColumn:
-            return NSDateToNSString(m_Totals->endTime());
+            return NSDateToNSString(m_TotalsEnd);
         default:
             return {};
     }
@@ -190,9 +209,9 @@ QVariant ApplicationsTableModel::applicationFieldValue(int row, const Applicatio
         case IconColumn:
             return application.icon();
         case NameColumn:
-            return application.name();
+            return singleLine(application.name());
         case PathColumn:
-            return application.bundlePath();
+            return singleLine(application.bundlePath());
         case ReceivedColumn:
             return bytesToNSString(application.totalReceivedBytes());
         case SentColumn:

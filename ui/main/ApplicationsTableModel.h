@@ -2,7 +2,9 @@
 #pragma once
 
 #include <QAbstractTableModel>
+#include <QDateTime>
 #include <QHash>
+#include <QSet>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -13,9 +15,9 @@
 /**
  * What the applications table shows: a row with the sums over all applications, then a row for each of them.
  *
- * It holds the rows that were fetched since the last refresh and asks for a row in `fetchRows` and
- * `applicationForRow` only, once; all other cells of applications are empty, as are those of a row that could
- * not be fetched. It is never reset: rows come and go at the end, everything else changes in place, so that a
+ * It asks for a row in `fetchRows` and `applicationForRow` only, once a refresh. What it knows of the others is from
+ * an earlier refresh, which is good enough to find a name; cells are empty that were never fetched or could not be.
+ * It is never reset: rows come and go at the end, everything else changes in place, so that a
  * view keeps its selection and its place. Main thread.
  */
 class ApplicationsTableModel : public QAbstractTableModel {
@@ -31,6 +33,9 @@ class ApplicationsTableModel : public QAbstractTableModel {
         LastActivityColumn = 6,
         ColumnCount
     };
+
+    /** `text` on one line: characters that break or steer it become blanks. */
+    static QString singleLine(QString text);
 
     /** A cell's part of the sums over all applications, 0 to 1; only in the columns of bytes. */
     static constexpr int ShareRole = Qt::UserRole;
@@ -48,6 +53,9 @@ class ApplicationsTableModel : public QAbstractTableModel {
      * all. Without `totals` all sums are zero.
      */
     void refresh(std::int32_t applications, std::shared_ptr<const TotalStatisticInfo> totals);
+
+    /** Rows stand for other applications from now on. */
+    void orderChanged();
 
     /** Fetches those of the rows `first` to `last`, inclusive, that were not asked for since the last
      * refresh. */
@@ -76,6 +84,8 @@ class ApplicationsTableModel : public QAbstractTableModel {
     Fetch m_Fetch;
     int m_RowCount = 0;
     std::shared_ptr<const TotalStatisticInfo> m_Totals;  ///< never null
+    QDateTime m_TotalsEnd;                               ///< of m_Totals, at the refresh
     QHash<int, std::shared_ptr<const ApplicationInfo>>
-        m_Applications;  ///< by row; null where fetching failed
+        m_Applications;     ///< by row; null where fetching failed
+    QSet<int> m_FreshRows;  ///< asked for since the last refresh
 };

@@ -3,11 +3,20 @@
 
 #include "daemon/ApplicationInfo.h"
 #include "ui/charts/TrafficFormat.h"
+#include "ui/main/ApplicationsTableModel.h"
 #include "ui_DetailsDrawer.h"
 
 namespace {
 
 constexpr QSize iconSize(96, 96);
+
+/** An icon without a picture that large gives the one that it has. */
+QPixmap largePixmap(const QIcon& icon, qreal scale) {
+    QPixmap pixmap =
+        icon.pixmap(iconSize, scale).scaled(iconSize * scale, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    pixmap.setDevicePixelRatio(scale);
+    return pixmap;
+}
 
 }  // namespace
 
@@ -38,9 +47,9 @@ void DrawerController::updateFromApplicationInfo(const std::shared_ptr<const App
         return;
     }
     const Ui::DetailsDrawer& outlets = *m_Outlets;
-    const qreal scale = outlets.m_ApplicationIcon->devicePixelRatioF();
-    outlets.m_ApplicationIcon->setPixmap(application->icon().pixmap(iconSize, scale));
-    outlets.m_ApplicationName->setText(application->name());
+    outlets.m_ApplicationIcon->setPixmap(
+        largePixmap(application->icon(), outlets.m_ApplicationIcon->devicePixelRatioF()));
+    outlets.m_ApplicationName->setText(ApplicationsTableModel::singleLine(application->name()));
     outlets.m_SendedTCPData->setText(bytesToNSString(application->tcpSendedBytes()));
     outlets.m_SendedUDPData->setText(bytesToNSString(application->udpSendedBytes()));
     outlets.m_SendedOtherData->setText(bytesToNSString(application->otherSendedBytes()));

@@ -5,6 +5,7 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QEvent>
+#include <QFile>
 #include <QHeaderView>
 #include <QMainWindow>
 #include <QMenu>
@@ -62,8 +63,8 @@ std::int32_t nextDirection(std::int32_t direction) {
 }
 
 /** A name is not to gain a mnemonic or a shortcut column by what stands in it. */
-QString plainMenuText(QString name) {
-    return name.replace('&', "&&").replace('\t', ' ');
+QString plainMenuText(const QString& name) {
+    return Model::singleLine(name).replace('&', "&&");
 }
 
 }  // namespace
@@ -74,8 +75,8 @@ MainController::MainController()
       m_ApplicationsSortDirection(Unsorted),
       m_ApplicationsTableModel(
           [this](auto first, auto count) { return m_ApplicationsList->prefetch(first, count); }),
-      m_Window(std::make_unique<QMainWindow>()),
-      m_Outlets(std::make_unique<Ui::MainWindow>()) {
+      m_Outlets(std::make_unique<Ui::MainWindow>()),
+      m_Window(std::make_unique<QMainWindow>()) {
     DaemonConnection::sharedConnection()->setDelegate(this);
     m_Outlets->setupUi(m_Window.get());
     m_TotalStatisticController = std::make_unique<TotalStatisticController>(*m_Outlets->m_TotalsPanel);
@@ -94,6 +95,7 @@ void MainController::awakeFromNib() {
     setupColumns();
     setupDrawer();
     setupCommands();
+    setupSortMenu();
     createStatusIcon();
     m_WindowMemory = std::make_unique<WindowMemory>(*m_Window, *m_ColumnFitter, *m_Outlets->m_Drawer);
     m_WindowMemory->restore();
@@ -110,11 +112,10 @@ void MainController::setupTable() {
     table->setModel(&m_ApplicationsTableModel);
     table->setItemDelegate(new ApplicationsTableDelegate(table->font(), table));
     table->setSearchColumn(Model::NameColumn);
-    table->setContextMenuPolicy(Qt::CustomContextMenu);
     table->setFocus();
     connect(table, &TableView::visibleRowsChanged, this, &MainController::fetchVisibleRows);
-    connect(table, &TableView::doubleClicked, m_Outlets->m_Drawer, &Drawer::toggle);
-    connect(table, &TableView::customContextMenuRequested, this, &MainController::showTableMenu);
+    connect(table, &TableView::doubleClicked, this, &MainController::tableDoubleClicked);
+    connect(table, &TableView::rowMenuRequested, this, &MainController::showTableMenu);
     connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &MainController::tableViewSelectionDidChange);
 
@@ -130,7 +131,7 @@ void MainController::setupColumns() {
     TableView* table = m_Outlets->m_ApplicationsTable;
     constexpr int margins = 2 * ApplicationsTableDelegate::margin;
     const TabularDigits digits(table->font());
-    const int numberWidth = qCeil(digits.width("0000")) + margins;
+    const int numberWidth = qCeil(digits.width("00000")) + margins;
     const int iconWidth = table->iconSize().width() + margins;
     const int bytesWidth = qCeil(digits.width("0000000.000")) + margins;
     const QString longDate = NSDateToNSString(QDateTime(QDate(2028, 9, 27), QTime(22, 58, 58)));
@@ -161,16 +162,38 @@ void MainController::setupDrawer() {
 
 void MainController::setupCommands() {
     const Ui::MainWindow& outlets = *m_Outlets;
+    for (QAction* action : {outlets.m_PropertiesAction, outlets.m_AdditionalInfoAction}) {
+        action->setToolTip(action->toolTip() + " (" + action->shortcut().toString(QKeySequence::NativeText) +
+                           ")");
+    }
     outlets.m_ShowApplicationPropertiesButton->setDefaultAction(outlets.m_PropertiesAction);
+    outlets.m_AdditionalInfoBtn->setToolTip(outlets.m_AdditionalInfoAction->toolTip());
+    outlets.m_AdditionalInfoToggleBtn->setToolTip(outlets.m_AdditionalInfoAction->toolTip());
     outlets.m_EditMenu->addAction(outlets.m_ApplicationsTable->copyAction());
     connect(outlets.m_PropertiesAction, &QAction::triggered, this,
             &MainController::showApplicationProperties);
     connect(outlets.m_CloseAction, &QAction::triggered, m_Window.get(), &QWidget::close);
-    connect(outlets.m_MinimizeAction, &QAction::triggered, m_Window.get(), &QWidget::showMinimized);
+    connect(outlets.m_MinimizeAction, &QAction::triggered, m_Window.get(), [this] {
+        m_Window->setWindowState(m_Window->windowState() |
+                                 Qt::WindowMinimized);  // maximized again afterwards
+    });
     connect(outlets.m_QuitAction, &QAction::triggered, this, &MainController::quitFromApplication);
     connect(outlets.m_HelpAction, &QAction::triggered, this, &MainController::showHelp);
     connect(outlets.m_HomePageAction, &QAction::triggered, this, &MainController::showHomePage);
     connect(outlets.m_AboutAction, &QAction::triggered, this, &MainController::showAbout);
+}
+
+/** The same as clicks on the headers, for the keyboard and for screen readers. */
+void MainController::setupSortMenu() {
+    for (const int column : {Model::NameColumn, Model::PathColumn, Model::ReceivedColumn, Model::SentColumn,
+                             Model::LastActivityColumn, Model::NumberColumn}) {
+        const QString title =
+            column == Model::NumberColumn
+                ? "Unsorted"
+                : m_ApplicationsTableModel.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
+        const QAction* item = m_Outlets->m_SortMenu->addAction(title);
+        connect(item, &QAction::triggered, this, [this, column] { didClickTableColumn(column); });
+    }
 }
 
 void MainController::createStatusIcon() {
@@ -186,7 +209,7 @@ void MainController::createStatusIcon() {
     m_StatusMenu->addSeparator();
     m_StatusMenu->addAction(outlets.m_QuitAction);
 
-    m_StatusIcon = std::make_unique<QSystemTrayIcon>(QIcon(":/app"));
+    m_StatusIcon = std::make_unique<QSystemTrayIcon>(QIcon(":/app.svg"));
     m_StatusIcon->setToolTip("Nevtora Meter");
     m_StatusIcon->setContextMenu(m_StatusMenu.get());
     connect(m_StatusIcon.get(), &QSystemTrayIcon::activated, this, [this](auto reason) {
@@ -197,8 +220,11 @@ void MainController::createStatusIcon() {
     m_StatusIcon->show();
 }
 
+/** Not while a menu is open that speaks of a row: another application might come to stand in it. */
 void MainController::updateInformationTimer() {
-    updateAllInformation();
+    if (m_TableMenu == nullptr) {
+        updateAllInformation();
+    }
 }
 
 void MainController::updateAllInformation() {
@@ -271,6 +297,7 @@ void MainController::didClickTableColumn(int columnId) {
     }
     showSortIndicator(columnId);
     m_ApplicationsList->setSortField(m_ApplicationsSortField, m_ApplicationsSortDirection);
+    m_ApplicationsTableModel.orderChanged();
     updateAllInformation();
 }
 
@@ -290,18 +317,19 @@ void MainController::drawerWillClose() {
     m_Outlets->m_AdditionalInfoBtn->setText("Additional Info >>>");
 }
 
+void MainController::tableDoubleClicked() {
+    m_Outlets->m_Drawer->toggle();
+}
+
 void MainController::showTableMenu(const QPoint& position) {
     const Ui::MainWindow& outlets = *m_Outlets;
-    if (selectedRow() < 0) {
-        return;
-    }
-    auto* menu = new QMenu(outlets.m_ApplicationsTable);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->addActions(outlets.m_ApplicationMenu->actions());
-    menu->addAction(outlets.m_AdditionalInfoAction);
-    menu->addSeparator();
-    menu->addAction(outlets.m_ApplicationsTable->copyAction());
-    menu->popup(outlets.m_ApplicationsTable->viewport()->mapToGlobal(position));
+    m_TableMenu = new QMenu(outlets.m_ApplicationsTable);
+    m_TableMenu->setAttribute(Qt::WA_DeleteOnClose);
+    m_TableMenu->addActions(outlets.m_ApplicationMenu->actions());
+    m_TableMenu->addAction(outlets.m_AdditionalInfoAction);
+    m_TableMenu->addSeparator();
+    m_TableMenu->addAction(outlets.m_ApplicationsTable->copyAction());
+    m_TableMenu->popup(position);
 }
 
 void MainController::showApplicationProperties() {
@@ -330,8 +358,10 @@ void MainController::showApplication(std::int32_t applicationId) {
     m_ApplicationsTableModel.fetchRows(0, m_ApplicationsTableModel.rowCount() - 1);
     const int row = m_ApplicationsTableModel.rowOfApplication(applicationId);
     showMainWindow();
-    m_Outlets->m_ApplicationsTable->selectRow(row);
-    m_Outlets->m_Drawer->setOpen(true);
+    if (row >= 0) {
+        m_Outlets->m_ApplicationsTable->selectRow(row);
+        m_Outlets->m_Drawer->setOpen(true);
+    }
 }
 
 void MainController::showMainWindow() {
@@ -344,7 +374,9 @@ void MainController::showHelp() {
 
 void MainController::showHomePage() {
     const QString page = QDir::cleanPath(QDir(QCoreApplication::applicationDirPath()).filePath(homePage));
-    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(page))) {
+    if (!QFile::exists(page)) {
+        showMessage("This page is not installed:", page);
+    } else if (!QDesktopServices::openUrl(QUrl::fromLocalFile(page))) {
         showMessage("No program could be started that shows this page:", page);
     }
 }
@@ -356,11 +388,13 @@ void MainController::showAbout() {
 }
 
 void MainController::showMessage(const QString& text, const QString& details) {
+    delete m_Message;
     auto* box = new QMessageBox(QMessageBox::NoIcon, "Nevtora Meter", text, QMessageBox::Ok, m_Window.get());
+    m_Message = box;
     box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setIconPixmap(QIcon(":/app").pixmap(64, m_Window->devicePixelRatioF()));
+    box->setIconPixmap(QIcon(":/app.svg").pixmap(64, m_Window->devicePixelRatioF()));
     box->setInformativeText(details);
-    box->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    box->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     box->open();
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
 #include <QTimer>
 #include <cstdint>
 #include <memory>
@@ -15,6 +16,7 @@ class DrawerController;
 class QAction;
 class QMainWindow;
 class QMenu;
+class QMessageBox;
 class QSystemTrayIcon;
 class TotalStatisticController;
 class WindowMemory;
@@ -63,6 +65,7 @@ class MainController : public QObject, public DaemonConnectionDelegate {
     void setupColumns();
     void setupDrawer();
     void setupCommands();
+    void setupSortMenu();
     void createStatusIcon();
 
     void updateInformationTimer();
@@ -78,6 +81,7 @@ class MainController : public QObject, public DaemonConnectionDelegate {
     void drawerWillOpen();
     void drawerWillClose();
 
+    void tableDoubleClicked();
     void showTableMenu(const QPoint& position);
     void showApplicationProperties();
     void menuNeedsUpdate();
@@ -93,12 +97,14 @@ class MainController : public QObject, public DaemonConnectionDelegate {
     std::int32_t m_ApplicationsSortField;
     std::int32_t m_ApplicationsSortDirection;
     ApplicationsTableModel m_ApplicationsTableModel;
-    const std::unique_ptr<QMainWindow> m_Window;
     const std::unique_ptr<Ui::MainWindow> m_Outlets;
+    const std::unique_ptr<QMainWindow> m_Window;
     std::unique_ptr<DrawerController> m_DrawerController;
     std::unique_ptr<TotalStatisticController> m_TotalStatisticController;
     ColumnFitter* m_ColumnFitter = nullptr;  ///< the table's
     std::unique_ptr<WindowMemory> m_WindowMemory;
+    QPointer<QMenu> m_TableMenu;      ///< while it is open
+    QPointer<QMessageBox> m_Message;  ///< while it is open
     std::unique_ptr<QMenu> m_StatusMenu;
     QMenu* m_RealtimeGraphicsMenu = nullptr;  ///< in m_StatusMenu
     std::unique_ptr<QSystemTrayIcon> m_StatusIcon;

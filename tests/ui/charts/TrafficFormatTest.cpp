@@ -75,6 +75,7 @@ TEST(TrafficFormat, BytesAreShownInBinaryMegabytes) {
     EXPECT_EQ(bytesToNSString(0), "0.000");
     EXPECT_EQ(bytesToNSString(1), "0.000");
     EXPECT_EQ(bytesToNSString(1572864), "1.500");
+    EXPECT_EQ(bytesToNSString(65536), "0.062");  // a tie, as printf rounds it
     EXPECT_EQ(bytesToNSString(-1048576), "-1.000");
     EXPECT_EQ(bytesToNSString(std::int64_t{1} << 62), "4398046511104.000");
     EXPECT_EQ(megabytesToNSString(bytesToMegabytes(524)), "0.000");

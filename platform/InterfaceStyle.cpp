@@ -14,7 +14,9 @@
 #include "platform/style/ButtonPainter.h"
 #include "platform/style/FieldPainter.h"
 #include "platform/style/FramePainter.h"
+#include "platform/style/GroupBoxPainter.h"
 #include "platform/style/HeaderPainter.h"
+#include "platform/style/InterfaceMetrics.h"
 #include "platform/style/InterfacePalette.h"
 #include "platform/style/MenuPainter.h"
 #include "platform/style/RangePainter.h"
@@ -30,7 +32,6 @@ constexpr int listRowHeight = 24;
 constexpr int fieldMargin = 4;     // pixels above and below a field's text
 constexpr int fieldTextShift = 3;  // pixels to the right, for a margin of 8
 constexpr int groupGap = 8;        // pixels between the parts of a group's caption
-constexpr int scrollHandleLength = 32;
 
 void applyFont() {
     if (QFontDatabase::hasFamily(interfaceFamily)) {
@@ -281,7 +282,7 @@ void InterfaceStyle::drawComplexControl(ComplexControl control, const QStyleOpti
     } else if (control == CC_Slider && slider != nullptr) {
         drawSlider(*slider, *painter, widget);
     } else if (control == CC_GroupBox && group != nullptr) {
-        drawGroupBox(*group, *painter, widget);
+        GroupBoxPainter::draw(*painter, *group);
     } else {
         QProxyStyle::drawComplexControl(control, option, painter, widget);
     }
@@ -298,27 +299,15 @@ void InterfaceStyle::drawSlider(const QStyleOptionSlider& slider, QPainter& pain
     RangePainter::drawSlider(painter, slider, handle);
 }
 
-void InterfaceStyle::drawGroupBox(const QStyleOptionGroupBox& group, QPainter& painter,
-                                  const QWidget* widget) const {
-    if (!group.text.isEmpty()) {
-        FramePainter::drawGroupCaption(painter, group, groupBoxRect(group, SC_GroupBoxLabel, widget));
-    }
-    if (group.subControls.testFlag(SC_GroupBoxCheckBox)) {
-        QStyleOption box(group);
-        box.rect = groupBoxRect(group, SC_GroupBoxCheckBox, widget);
-        ButtonPainter::drawCheckBox(painter, box);
-    }
-}
-
 QRect InterfaceStyle::subControlRect(ComplexControl control, const QStyleOptionComplex* option,
                                      SubControl subControl, const QWidget* widget) const {
     const auto* slider = qstyleoption_cast<const QStyleOptionSlider*>(option);
     const auto* group = qstyleoption_cast<const QStyleOptionGroupBox*>(option);
     if (control == CC_ScrollBar && slider != nullptr) {
-        return scrollBarRect(*slider, subControl, widget);
+        return RangePainter::scrollBarRoom(*slider, subControl);
     }
     if (control == CC_GroupBox && group != nullptr) {
-        return visualRect(group->direction, group->rect, groupBoxRect(*group, subControl, widget));
+        return visualRect(group->direction, group->rect, GroupBoxPainter::room(*group, subControl));
     }
     const QRect stock = QProxyStyle::subControlRect(control, option, subControl, widget);
     const bool isField = (control == CC_SpinBox && subControl == SC_SpinBoxEditField) ||
@@ -332,59 +321,6 @@ QRect InterfaceStyle::subElementRect(SubElement element, const QStyleOption* opt
     const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
     const bool isField = element == SE_LineEditContents && frame != nullptr && frame->lineWidth > 0;
     return isField ? withTextMargin(stock, option->direction) : stock;
-}
-
-/** The caption above, the content below it; without a caption the content has all the room. */
-QRect InterfaceStyle::groupBoxRect(const QStyleOptionGroupBox& group, SubControl part,
-                                   const QWidget* widget) const {
-    QFont bold = widget != nullptr ? widget->font() : QFont();
-    bold.setWeight(QFont::DemiBold);
-    const QFontMetrics metrics(bold);
-    const bool isCheckable = group.subControls.testFlag(SC_GroupBoxCheckBox);
-    const int box = isCheckable ? proxy()->pixelMetric(PM_IndicatorWidth, &group, widget) : 0;
-    const bool hasCaption = isCheckable || !group.text.isEmpty();
-    const int height = hasCaption ? qMax(metrics.height(), box) : 0;
-    const QPoint corner = group.rect.topLeft();
-    switch (part) {
-        case SC_GroupBoxCheckBox:
-            return {corner + QPoint(0, (height - box) / 2), QSize(box, box)};
-        case SC_GroupBoxLabel:
-            return {corner + QPoint(isCheckable ? box + groupGap : 0, 0),
-                    QSize(metrics.size(Qt::TextShowMnemonic, group.text).width(), height)};
-        case SC_GroupBoxContents:
-            return group.rect.adjusted(0, height, 0, 0);
-        default:
-            return group.rect;
-    }
-}
-
-/** All of a scroll bar is track: there are no arrows. */
-QRect InterfaceStyle::scrollBarRect(const QStyleOptionSlider& bar, SubControl part,
-                                    const QWidget* widget) const {
-    const QRect handle =
-        RangePainter::scrollHandle(bar, proxy()->pixelMetric(PM_ScrollBarSliderMin, &bar, widget));
-    const bool isVertical = bar.orientation == Qt::Vertical;
-    QRect before = bar.rect;
-    QRect after = bar.rect;
-    if (isVertical) {
-        before.setBottom(handle.top() - 1);
-        after.setTop(handle.bottom() + 1);
-    } else {
-        before.setRight(handle.left() - 1);
-        after.setLeft(handle.right() + 1);
-    }
-    switch (part) {
-        case SC_ScrollBarSlider:
-            return handle;
-        case SC_ScrollBarGroove:
-            return bar.rect;
-        case SC_ScrollBarSubPage:
-            return bar.upsideDown ? after : before;
-        case SC_ScrollBarAddPage:
-            return bar.upsideDown ? before : after;
-        default:
-            return {};
-    }
 }
 
 QSize InterfaceStyle::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& size,
@@ -417,51 +353,8 @@ QSize InterfaceStyle::sizeFromContents(ContentsType type, const QStyleOption* op
 }
 
 int InterfaceStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const {
-    switch (metric) {
-        case PM_SmallIconSize:
-        case PM_ToolBarIconSize:
-        case PM_ButtonIconSize:
-        case PM_IndicatorWidth:
-        case PM_IndicatorHeight:
-        case PM_ExclusiveIndicatorWidth:
-        case PM_ExclusiveIndicatorHeight:
-        case PM_SliderLength:
-        case PM_SliderControlThickness:
-            return 16;
-        case PM_CheckBoxLabelSpacing:
-        case PM_RadioButtonLabelSpacing:
-        case PM_LayoutHorizontalSpacing:
-        case PM_LayoutVerticalSpacing:
-        case PM_ToolBarSeparatorExtent:
-            return 8;
-        case PM_LayoutLeftMargin:
-        case PM_LayoutTopMargin:
-        case PM_LayoutRightMargin:
-        case PM_LayoutBottomMargin:
-        case PM_ScrollBarExtent:
-            return 12;
-        case PM_FocusFrameHMargin:
-            return 7;  // one less than from a cell's edge to its text
-        case PM_ScrollBarSliderMin:
-            return scrollHandleLength;
-        case PM_MenuVMargin:
-        case PM_ToolBarItemMargin:
-        case PM_ToolBarItemSpacing:
-            return 4;
-        case PM_ToolTipLabelFrameWidth:
-            return 6;
-        case PM_SplitterWidth:
-            return 7;
-        case PM_MenuPanelWidth:
-            return 1;
-        case PM_MenuHMargin:
-        case PM_ButtonShiftHorizontal:
-        case PM_ButtonShiftVertical:
-        case PM_ToolBarFrameWidth:
-            return 0;
-        default:
-            return QProxyStyle::pixelMetric(metric, option, widget);
-    }
+    const std::optional<int> own = InterfaceMetrics::pixels(metric);
+    return own.has_value() ? *own : QProxyStyle::pixelMetric(metric, option, widget);
 }
 
 int InterfaceStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,

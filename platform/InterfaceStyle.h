@@ -53,10 +53,7 @@ class InterfaceStyle : public QProxyStyle {
     void drawPushButtonLabel(const QStyleOptionButton& button, QPainter& painter,
                              const QWidget* widget) const;
     void drawProgressBar(const QStyleOptionProgressBar& bar, QPainter& painter, const QWidget* widget) const;
-    void drawGroupBox(const QStyleOptionGroupBox& group, QPainter& painter, const QWidget* widget) const;
     void drawSlider(const QStyleOptionSlider& slider, QPainter& painter, const QWidget* widget) const;
-    QRect groupBoxRect(const QStyleOptionGroupBox& group, SubControl part, const QWidget* widget) const;
-    QRect scrollBarRect(const QStyleOptionSlider& bar, SubControl part, const QWidget* widget) const;
 
     mutable BusyBars m_BusyBars;  // painting, which is const, keeps them moving
 };

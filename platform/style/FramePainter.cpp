@@ -10,7 +10,6 @@ namespace {
 
 constexpr qreal tabMark = 2;  // pixels, the line under the chosen tab
 constexpr qreal tabMargin = 8;
-constexpr qreal captionGap = 8;
 constexpr qreal barSeparatorMargin = 4;
 
 /** Between `Mid` and `Dark`: surrounds without asking to be used. */
@@ -49,20 +48,6 @@ void FramePainter::drawToolTip(QPainter& painter, const QStyleOption& option) {
 
 void FramePainter::drawFocus(QPainter& painter, const QStyleOption& option) {
     Brush(painter).focusRing(option.rect, option.palette.color(QPalette::Link), Brush::radius - 1);
-}
-
-void FramePainter::drawGroupCaption(QPainter& painter, const QStyleOptionGroupBox& group,
-                                    const QRect& label) {
-    painter.save();
-    QFont bold = painter.font();
-    bold.setWeight(QFont::DemiBold);
-    painter.setFont(bold);
-    painter.setPen(group.palette.color(QPalette::WindowText));
-    painter.drawText(label, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextShowMnemonic | Qt::TextSingleLine,
-                     group.text);
-    painter.restore();
-    Brush(painter).horizontalHairline(label.right() + captionGap, group.rect.right() + 1, label.center().y(),
-                                      group.palette.color(QPalette::Mid));
 }
 
 void FramePainter::drawTab(QPainter& painter, const QStyleOptionTab& tab) {

@@ -4,7 +4,7 @@
 #include <QPainter>
 #include <QStyleOption>
 
-/** Draws what divides or surrounds: frames, captions of groups, tabs, splitters, tooltips. */
+/** Draws what divides or surrounds: frames, tabs, splitters, tooltips. */
 class FramePainter {
   public:
     /** A hairline round a table or another panel; where the keyboard is in it, the focus ring. */
@@ -14,9 +14,6 @@ class FramePainter {
 
     /** A ring round something inside of a control, such as a check box's text. */
     static void drawFocus(QPainter& painter, const QStyleOption& option);
-
-    /** The caption in bold, and a hairline from its end to the right edge. `label` is the caption's room. */
-    static void drawGroupCaption(QPainter& painter, const QStyleOptionGroupBox& group, const QRect& label);
 
     static void drawTab(QPainter& painter, const QStyleOptionTab& tab);
 

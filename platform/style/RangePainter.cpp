@@ -16,6 +16,7 @@ constexpr int progressTextGap = 8;
 constexpr qreal busyShare = 0.3;  // of an indeterminate bar that is lit
 constexpr qreal scrollMargin = 3;
 constexpr qreal scrollHoverMargin = 2;
+constexpr int scrollHandleLength = 32;  // pixels at least
 
 QColor trackColor(const QPalette& palette) {
     return InterfacePalette::mix(palette.color(QPalette::Window), palette.color(QPalette::WindowText), 0.2);
@@ -76,6 +77,33 @@ QRectF sliderDone(const QStyleOptionSlider& slider, QRectF track, const QPointF&
     return track;
 }
 
+/** In proportion to the part that is seen, but never too short to hold. */
+QRect scrollHandle(const QStyleOptionSlider& bar) {
+    const bool isVertical = bar.orientation == Qt::Vertical;
+    const int room = isVertical ? bar.rect.height() : bar.rect.width();
+    const qint64 range = static_cast<qint64>(bar.maximum) - bar.minimum;
+    const qint64 fitting =
+        range > 0 ? static_cast<qint64>(room) * bar.pageStep / (range + bar.pageStep) : room;
+    const int length =
+        static_cast<int>(std::clamp<qint64>(fitting, std::min(scrollHandleLength, room), room));
+    const int start = QStyle::sliderPositionFromValue(bar.minimum, bar.maximum, bar.sliderPosition,
+                                                      room - length, bar.upsideDown);
+    return isVertical ? QRect(bar.rect.left(), bar.rect.top() + start, bar.rect.width(), length)
+                      : QRect(bar.rect.left() + start, bar.rect.top(), length, bar.rect.height());
+}
+
+/** The room from the track's beginning to the handle, or from the handle to its end. */
+QRect scrollPage(const QStyleOptionSlider& bar, bool isBefore) {
+    const QRect handle = scrollHandle(bar);
+    QRect page = bar.rect;
+    if (bar.orientation == Qt::Vertical) {
+        isBefore ? page.setBottom(handle.top() - 1) : page.setTop(handle.bottom() + 1);
+    } else {
+        isBefore ? page.setRight(handle.left() - 1) : page.setLeft(handle.right() + 1);
+    }
+    return page;
+}
+
 }  // namespace
 
 void RangePainter::drawProgress(QPainter& painter, const QStyleOptionProgressBar& bar, qreal phase) {
@@ -125,15 +153,17 @@ void RangePainter::drawScrollBar(QPainter& painter, const QStyleOptionSlider& ba
     Brush(painter).panel(room, color, Qt::transparent, std::min(room.width(), room.height()) / 2);
 }
 
-QRect RangePainter::scrollHandle(const QStyleOptionSlider& bar, int minimumLength) {
-    const bool isVertical = bar.orientation == Qt::Vertical;
-    const int room = isVertical ? bar.rect.height() : bar.rect.width();
-    const qint64 range = static_cast<qint64>(bar.maximum) - bar.minimum;
-    const qint64 fitting =
-        range > 0 ? static_cast<qint64>(room) * bar.pageStep / (range + bar.pageStep) : room;
-    const int length = static_cast<int>(std::clamp<qint64>(fitting, std::min(minimumLength, room), room));
-    const int start = QStyle::sliderPositionFromValue(bar.minimum, bar.maximum, bar.sliderPosition,
-                                                      room - length, bar.upsideDown);
-    return isVertical ? QRect(bar.rect.left(), bar.rect.top() + start, bar.rect.width(), length)
-                      : QRect(bar.rect.left() + start, bar.rect.top(), length, bar.rect.height());
+QRect RangePainter::scrollBarRoom(const QStyleOptionSlider& bar, QStyle::SubControl part) {
+    switch (part) {
+        case QStyle::SC_ScrollBarSlider:
+            return scrollHandle(bar);
+        case QStyle::SC_ScrollBarGroove:
+            return bar.rect;
+        case QStyle::SC_ScrollBarSubPage:
+            return scrollPage(bar, !bar.upsideDown);
+        case QStyle::SC_ScrollBarAddPage:
+            return scrollPage(bar, bar.upsideDown);
+        default:
+            return {};
+    }
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QPainter>
+#include <QStyle>
 #include <QStyleOption>
 
 /** Draws what shows a place in a range: progress bars, sliders and scroll bars. */
@@ -18,6 +19,6 @@ class RangePainter {
     static void drawScrollBar(QPainter& painter, const QStyleOptionSlider& bar, const QRect& handle,
                               const QColor& ground);
 
-    /** The room of a scroll bar's handle in a bar without arrows. */
-    static QRect scrollHandle(const QStyleOptionSlider& bar, int minimumLength);
+    /** The room of a part of a scroll bar. All of it is track: there are no arrows. */
+    static QRect scrollBarRoom(const QStyleOptionSlider& bar, QStyle::SubControl part);
 };

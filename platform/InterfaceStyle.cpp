@@ -28,6 +28,7 @@ constexpr int interfacePointSize = 10;
 
 constexpr int controlHeight = 28;  // pixels, of buttons and fields
 constexpr int buttonWidth = 80;    // pixels, the narrowest push button
+constexpr int buttonPadding = 12;  // pixels more than Fusion gives to both sides of a push button's label
 constexpr int listRowHeight = 24;
 constexpr int fieldMargin = 4;     // pixels above and below a field's text
 constexpr int fieldTextShift = 3;  // pixels to the right, for a margin of 8
@@ -331,7 +332,7 @@ QSize InterfaceStyle::sizeFromContents(ContentsType type, const QStyleOption* op
     const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
     switch (type) {
         case CT_PushButton:
-            return stock.expandedTo({buttonWidth, controlHeight});
+            return (stock + QSize(buttonPadding, 0)).expandedTo({buttonWidth, controlHeight});
         case CT_LineEdit:
         case CT_ComboBox:
         case CT_SpinBox:

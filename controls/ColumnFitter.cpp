@@ -145,35 +145,40 @@ QByteArray ColumnFitter::save() const {
 }
 
 bool ColumnFitter::restore(const QByteArray& state) {
+    std::vector<Share> shares = m_Shares;
+    std::vector<int> order(shares.size(), -1);
+    if (!read(state, shares, order)) {
+        return false;
+    }
+    m_Shares = std::move(shares);
+    for (int visual = 0; visual < m_Header->count(); ++visual) {
+        m_Header->moveSection(m_Header->visualIndex(order[visual]), visual);
+    }
+    fit();
+    return true;
+}
+
+bool ColumnFitter::read(const QByteArray& state, std::vector<Share>& shares, std::vector<int>& order) {
     QDataStream stream(state);
     stream.setVersion(QDataStream::Qt_6_0);
     quint32 version = 0;
     qint32 count = 0;
     stream >> version >> count;
-    if (version != savedVersion || count != m_Header->count()) {
+    if (version != savedVersion || count != static_cast<qint32>(shares.size())) {
         return false;
     }
-    std::vector<Share> shares = m_Shares;
-    std::vector<int> order(shares.size(), -1);  // logical by visual index
     for (qint32 column = 0; column < count; ++column) {
-        qint32 visual = -1;
         Share& share = shares[column];
+        qint32 visual = -1;
         stream >> visual >> share.weight >> share.chosenWidth;
-        const bool isWeight =
-            share.column.stretch > 0 ? share.weight > 0 && share.weight <= unlimitedWidth : share.weight == 0;
+        const bool isPlace = visual >= 0 && visual < count && order[visual] < 0;
+        const bool isWeight = share.weight <= unlimitedWidth &&
+                              (share.column.stretch > 0 ? share.weight > 0 : share.weight == 0);
         const bool isWidth = share.chosenWidth >= 0 && share.chosenWidth <= unlimitedWidth;
-        if (!isWeight || !isWidth || visual < 0 || visual >= count || order[visual] >= 0) {
+        if (!isPlace || !isWeight || !isWidth) {
             return false;
         }
         order[visual] = column;
     }
-    if (stream.status() != QDataStream::Ok || !stream.atEnd()) {
-        return false;
-    }
-    m_Shares = std::move(shares);
-    for (int visual = 0; visual < count; ++visual) {
-        m_Header->moveSection(m_Header->visualIndex(order[visual]), visual);
-    }
-    fit();
-    return true;
+    return stream.status() == QDataStream::Ok && stream.atEnd();
 }

@@ -56,6 +56,9 @@ class ColumnFitter : public QObject {
     std::vector<int> widths(int room, const std::vector<int>& columns) const;
     bool isFree(int column) const;
 
+    /** Puts what was saved into `shares`, and the logical columns by visual index into `order`. */
+    static bool read(const QByteArray& state, std::vector<Share>& shares, std::vector<int>& order);
+
     TableView* m_Table;
     QHeaderView* m_Header;
     std::vector<Share> m_Shares;

@@ -36,11 +36,14 @@ TableView::TableView(QWidget* parent)
     horizontalHeader()->setFixedHeight(headerHeight);
     horizontalHeader()->setMinimumSectionSize(24);
     horizontalHeader()->setHighlightSections(false);
-    horizontalHeader()->setResizeContentsPrecision(
-        0);  // a column fitted to its contents looks at visible rows
+    horizontalHeader()->setResizeContentsPrecision(0);  // fitted to its contents: the visible ones
     QFont captionFont = font();
     captionFont.setPointSizeF(captionFont.pointSizeF() - 1);
     horizontalHeader()->setFont(captionFont);
+    setupCopyAction();
+}
+
+void TableView::setupCopyAction() {
     m_CopyAction->setShortcut(QKeySequence::Copy);
     m_CopyAction->setShortcutContext(Qt::WidgetShortcut);
     m_CopyAction->setEnabled(false);

@@ -76,6 +76,7 @@ class TableView : public QTableView {
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
   private:
+    void setupCopyAction();
     void copySelectedRow();
     void drawEmptyText();
     void updateCopyAction();

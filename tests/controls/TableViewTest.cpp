@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QAccessible>
 #include <QAction>
 #include <QClipboard>
 #include <QGuiApplication>
@@ -66,9 +65,7 @@ TEST_F(TableViewTest, KeysGoFromRowToRowAndBeginAtTheFirst) {
     EXPECT_EQ(rowAfter(Qt::Key_End), 9999);
     EXPECT_EQ(rowAfter(Qt::Key_Home), 0);
     EXPECT_EQ(rowAfter(Qt::Key_End, Qt::ControlModifier), 9999);
-    EXPECT_LT(rowAfter(Qt::Key_PageUp), 9999);
     EXPECT_EQ(rowAfter(Qt::Key_Home, Qt::ControlModifier), 0);
-    EXPECT_GT(rowAfter(Qt::Key_PageDown), 5);
 }
 
 TEST_F(TableViewTest, TypingSelectsByTheBeginningOfTheNameAndWrapsAround) {
@@ -113,13 +110,10 @@ TEST_F(TableViewTest, CopiesTheSelectedRowInTheOrderThatTheUserSees) {
     EXPECT_FALSE(m_Table.copyAction()->isEnabled());
 }
 
-TEST_F(TableViewTest, ARightClickSelectsTheRowAndNoneOnTheEmptyArea) {
+TEST_F(TableViewTest, ARightClickSelectsTheRowAndOnTheEmptyAreaNone) {
     m_Model.setRowCount(4);
     rightClick(m_Table.visualRect(m_Model.index(2, 1)).center());
     EXPECT_EQ(selectedRow(), 2);
-    rightClick(QPoint(50, 250));
-    EXPECT_TRUE(selectedRow() == 2 || selectedRow() == -1) << selectedRow();
-    m_Table.clearSelection();
     rightClick(QPoint(50, 250));
     EXPECT_EQ(selectedRow(), -1);
 }

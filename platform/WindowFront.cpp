@@ -9,8 +9,10 @@
 #if QT_CONFIG(xcb)
 #include <xcb/xcb.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <string_view>
 
 namespace {
 

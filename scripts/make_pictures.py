@@ -30,13 +30,40 @@ SCREEN = "2200x1400"  # room for a window at twice its size
 REFRESH = 5  # seconds between two refreshes of the window
 SETTLE = 1  # seconds until icons, the drawer's movement and the like have come to rest
 FRAME = ["-bordercolor", "#8a8f98", "-border", "1"]  # tells the window from a page of any colour
-SMALL = ["-strip", "-define", "png:compression-level=9"]
+SMALL = ["-dither", "None", "-colors", "256", "-strip", "-define", "png:compression-level=9"]
+TRAY = """
+background_color = #33363b 100
+border_width = 0
+
+panel_items = FS
+panel_size = 100% 32
+panel_position = top right horizontal
+panel_padding = 8 4 8
+panel_background_id = 1
+panel_layer = top
+systray_icon_size = 22
+"""
+
+
+def xdotool(*command):
+    return subprocess.run(["xdotool", *map(str, command)], timeout=5, check=True, capture_output=True, text=True).stdout
+
+
+def box_of(window):
+    """Where a window is on the screen, and its size, as "X", "Y", "WIDTH" and "HEIGHT"."""
+    lines = xdotool("getwindowgeometry", "--shell", window).splitlines()
+    return {name: int(value) for name, value in (line.split("=") for line in lines)}
+
+
+def width(window):
+    return box_of(window)["WIDTH"]
 
 
 class Window:
     """An open window, and what a person would do with it."""
 
     def __init__(self, process, scale):
+        self.process = process
         self.id = desktop.wait_for("The window", lambda: desktop.windows_of(process))[0]
         self.scale = scale
         self.element = desktop.wait_for("The table", lambda: accessible.attempt(lambda: self._find(process)))
@@ -55,7 +82,7 @@ class Window:
         desktop.click(x * self.scale, y * self.scale)
 
     def sort_by(self, title):
-        """The largest first: two clicks, too far from each other to be a double click."""
+        """The largest first: two clicks, with a pause or they would be a double click."""
         header = self.table.getColumnHeader(accessible.header(self.table).index(title))
         self.click(header)
         time.sleep(SETTLE)
@@ -72,15 +99,26 @@ class Window:
         box = accessible.box(accessible.find(self.element, "table"))
         desktop.click(box.x + box.width - 6, box.y + box.height // 2, button=2)
 
-    def resize(self, width, height):
-        subprocess.run(["xdotool", "windowsize", "--sync", self.id, str(width), str(height)], timeout=5, check=True)
+    def open_status_menu(self):
+        """With the list of applications beside it; answers the boxes of both. Screen readers do not see them."""
+        before = desktop.wait_for("The status item", self._windows_with_status_item)
+        icon = box_of(min(before, key=width))
+        desktop.click(icon["X"] + icon["WIDTH"] // 2, icon["Y"] + icon["HEIGHT"] // 2, button=3)
+        desktop.wait_for("The status menu", lambda: self._windows_beside(before, 1))
+        xdotool("key", "Down", "Down", "Right")
+        menus = desktop.wait_for("The applications' menu", lambda: self._windows_beside(before, 2))
+        return [box_of(menu) for menu in menus]
 
-    def save(self, path):
-        time.sleep(SETTLE)
-        subprocess.run(["xdotool", "mousemove", "0", "0"], timeout=5, check=True)  # nothing is hovered
-        time.sleep(SETTLE)
-        subprocess.run(["import", "-silent", "-window", self.id, str(path)], timeout=30, check=True)
-        subprocess.run(["mogrify", *FRAME, *SMALL, str(path)], timeout=30, check=True)
+    def _windows(self):
+        return xdotool("search", "--onlyvisible", "--pid", self.process.pid).split()
+
+    def _windows_with_status_item(self):
+        windows = self._windows()
+        return windows if any(width(window) < 32 for window in windows) else None
+
+    def _windows_beside(self, before, count):
+        windows = [window for window in self._windows() if window not in before]
+        return windows if len(windows) == count else None
 
 
 class Studio:
@@ -111,9 +149,29 @@ class Studio:
             desktop.end(process)
             desktop.end(portal)
 
+    @contextmanager
+    def tray(self):
+        with tempfile.NamedTemporaryFile("w") as settings:
+            settings.write(TRAY)
+            settings.flush()
+            tray = self.children.start(["tint2", "-c", settings.name], stderr=subprocess.DEVNULL)
+            time.sleep(SETTLE)
+            yield
+            desktop.end(tray)
+
     def save(self, window, name):
+        """Nothing in the window is hovered."""
+        time.sleep(SETTLE)
+        xdotool("mousemove", 0, 0)
+        time.sleep(SETTLE)
+        self.save_screen(name, window=window.id)
+
+    def save_screen(self, name, part=None, window="root"):
+        """The whole of a window or of the screen, or a `part` of it: WxH+X+Y."""
         path = self.folder / f"{name}.png"
-        window.save(path)
+        crop = ["-crop", part] if part else []
+        subprocess.run(["import", "-silent", "-window", window, *crop, str(path)], timeout=30, check=True)
+        subprocess.run(["mogrify", *FRAME, *SMALL, str(path)], timeout=30, check=True)
         print(f"Saved {path}, {path.stat().st_size // 1024} KiB", flush=True)
 
 
@@ -149,7 +207,7 @@ def details(studio, name, **looks):
 
 def narrow(studio, name):
     with scripted_daemon.Server(scripted_daemon.few_applications()), studio.window() as window:
-        window.resize(600, 480)
+        xdotool("windowsize", "--sync", window.id, 600, 480)
         studio.save(window, name)
 
 
@@ -171,6 +229,19 @@ def daemon_lost(studio, name):
         studio.save(window, name)
 
 
+def status_menu(studio, name):
+    """The window lies behind the menus, its title under the panel."""
+    with scripted_daemon.Server(scripted_daemon.few_applications()), studio.tray(), studio.window() as window:
+        screen = [int(pixels) for pixels in SCREEN.split("x")]
+        xdotool("windowmove", window.id, screen[0] - width(window.id), 32)
+        time.sleep(SETTLE)
+        boxes = window.open_status_menu()
+        time.sleep(SETTLE)
+        left = min(box["X"] for box in boxes) - 24
+        height = max(box["Y"] + box["HEIGHT"] for box in boxes) + 24
+        studio.save_screen(name, f"{screen[0] - left}x{height}+{left}+0")
+
+
 PICTURES = {
     "main-window": main_window,
     "main-window-dark": partial(main_window, scheme="dark"),
@@ -181,6 +252,7 @@ PICTURES = {
     "many-applications": many,
     "no-applications": empty,
     "daemon-lost": daemon_lost,
+    "status-menu": status_menu,
 }
 
 

@@ -77,9 +77,10 @@ class Visit:
         return frames[0] if frames and accessible.attempt(lambda: accessible.tables(frames[0])) else None
 
     def frames(self):
-        """The windows of all programs with this one's name."""
+        """The windows that programs with this one's name show."""
         programs = accessible.programs(Path(self.program).name)
-        return [frame for program in programs for frame in accessible.find_all(program, ["frame"])]
+        frames = [frame for program in programs for frame in accessible.find_all(program, ["frame"])]
+        return [frame for frame in frames if accessible.is_showing(frame)]
 
     def rows(self):
         return accessible.rows(self.table)

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "config/ConfigStorage.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "daemon/DaemonConnection.h"
+#include "tests/config/TemporaryFolder.h"
+#include "tests/support/LinkPeer.h"
+#include "tests/support/PrivateNetwork.h"
+
+namespace {
+
+constexpr unsigned short daemonPort = 10023;
+
+const bool hasPrivateNetwork = enterPrivateNetwork();
+
+class ConfigStorageTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (!hasPrivateNetwork) {
+            GTEST_SKIP() << "this system does not allow a network namespace";
+        }
+    }
+
+    ConfigStorage open() const { return {m_Folder.file("system"), m_Folder.file("user")}; }
+
+    TemporaryFolder m_Folder;
+};
+
+TEST_F(ConfigStorageTest, ReadsDefaultsWhereThereIsNothingAndWritesNothing) {
+    ConfigStorage config = open();
+    EXPECT_EQ(config.maxStorageTimeInMonths(), 12);
+    EXPECT_EQ(config.allowDenyAppsMode(), 0);
+    EXPECT_EQ(config.allowDenyAppsList(), std::nullopt);
+    EXPECT_TRUE(config.isAutostarted());
+    config.setMaxStorageTimeInMonths(12);
+    EXPECT_FALSE(config.isModified());
+    EXPECT_EQ(m_Folder.count(), 0U);
+    config.setAllowDenyAppsList({});
+    EXPECT_TRUE(config.isModified()) << "an empty list is not none";
+    EXPECT_TRUE(config.isSystemConfigWritable());
+    EXPECT_FALSE(ConfigStorage(m_Folder.file("none/system"), m_Folder.file("user")).isSystemConfigWritable());
+}
+
+TEST_F(ConfigStorageTest, AnnouncesEachSaveOfAChangedSystemSettingOnce) {
+    LinkPeer daemon({}, daemonPort);
+    ASSERT_TRUE(DaemonConnection::sharedConnection()->isValid());
+    ConfigStorage config = open();
+    config.setAutostarted(false);
+    config.save();
+    EXPECT_EQ(m_Folder.count(), 1U) << "the user's file only";
+    config.setMaxStorageTimeInMonths(6);
+    config.save();
+    config.save();
+    config.setAllowDenyAppsMode(2);
+    config.setAllowDenyAppsList({"/Applications/Äpp.app", "/usr/bin/curl"});
+    config.save();
+    DaemonConnection::sharedConnection()->startCleanDataBase();  // a mark behind all of them
+
+    const auto requests = daemon.waitForRequests(3);
+    std::vector<int> events;
+    std::transform(requests.begin(), requests.end(), std::back_inserter(events),
+                   [](const auto& request) { return request.body.at(3); });
+    EXPECT_EQ(events, (std::vector<int>{4, 4, 1}));
+    const ConfigStorage again = open();
+    EXPECT_FALSE(again.isAutostarted());
+    EXPECT_EQ(again.maxStorageTimeInMonths(), 6);
+    EXPECT_EQ(again.allowDenyAppsMode(), 2);
+    EXPECT_EQ(again.allowDenyAppsList(), (QStringList{"/Applications/Äpp.app", "/usr/bin/curl"}));
+}
+
+TEST_F(ConfigStorageTest, KeepsWhatItDoesNotUnderstand) {
+    m_Folder.write("system",
+                   "<plist><dict><key>CaptureInterval</key><string>6</string><key>AllowDenyApps</key>"
+                   "<integer>1</integer><key>Other</key><real>2</real></dict></plist>");
+    ConfigStorage config = open();
+    EXPECT_EQ(config.maxStorageTimeInMonths(), 12);
+    EXPECT_EQ(config.allowDenyAppsList(), std::nullopt);
+    config.setAllowDenyAppsMode(1);
+    config.save();
+    EXPECT_NE(m_Folder.read("system").find("<real>2</real>"), std::string::npos);
+    EXPECT_NE(m_Folder.read("system").find("<string>6</string>"), std::string::npos);
+}
+
+TEST_F(ConfigStorageTest, DropsUnsavedChangesOnReload) {
+    m_Folder.write("system", "<plist><dict><key>AllowDenyAppsMode</key><integer>1</integer></dict></plist>");
+    ConfigStorage config = open();
+    config.setAllowDenyAppsMode(2);
+    config.reload();
+    EXPECT_EQ(config.allowDenyAppsMode(), 1);
+    EXPECT_FALSE(config.isModified());
+}
+
+}  // namespace

@@ -2,15 +2,23 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <limits>
+#include <map>
+#include <sstream>
+#include <vector>
 
 #include "config/PlistFile.h"
 #include "config/PlistXml.h"
 #include "tests/config/TemporaryFolder.h"
-#include "tests/config/store_from_c.h"
+
+/** In store_from_c.c. Both give the line of the first step that went wrong; 0 when none did. */
+extern "C" int store_every_kind(const char* path);
+extern "C" int read_every_kind(const char* path);
 
 namespace {
 
 using config::readPlist;
+using namespace std::string_literals;
 
 /** The exit status of Python's own implementation at work. */
 int plistlib(const std::string& arguments) {
@@ -26,7 +34,7 @@ TEST(Plist, KeepsEveryKindThatPlistlibWroteInBothForms) {
     for (const std::string form : {"xml", "binary"}) {
         const std::string theirs = folder.file(form);
         const std::string ours = folder.file(form + " saved");
-        ASSERT_EQ(plistlib("write " + form + " " + theirs), 0);
+        ASSERT_EQ(plistlib("write-" + form + " " + theirs), 0);
         const auto value = config::loadPlist(theirs);
         ASSERT_NE(value, nullptr) << form;
         EXPECT_TRUE(config::savePlist(ours, value.get()));
@@ -47,47 +55,26 @@ TEST(Plist, IsReadRightByPlistlibWhenCWroteIt) {
 }
 
 TEST(Plist, RefusesXmlThatIsNone) {
-    for (const std::string& document :
-         {std::string(),
-          std::string("text"),
-          std::string("<dict/>"),
-          std::string("<plist/>"),
-          inPlist("<dict/>") + "x",
-          inPlist("<dict/>") + "<plist/>",
-          inPlist("<dict/><dict/>"),
-          inPlist("<dict/>text"),
-          inPlist("<dict>"),
-          std::string("<plist><dict/>"),
-          inPlist("<dict><key>a</key></dict>"),
-          inPlist("<dict><true/></dict>"),
-          inPlist("<dict><key>a</key><key>b</key><true/></dict>"),
-          inPlist("<array><key>a</key></array>"),
-          inPlist("<key>a</key>"),
-          inPlist("<foo/>"),
-          inPlist("<plist><true/></plist>"),
-          inPlist("<true>x</true>"),
-          inPlist("<string>a<b/></string>"),
-          inPlist("<integer>abc</integer>"),
-          inPlist("<integer/>"),
-          inPlist("<integer>1 2</integer>"),
-          inPlist("<integer>--1</integer>"),
-          inPlist("<integer>1.5</integer>"),
-          inPlist("<integer>18446744073709551616</integer>"),
-          inPlist("<integer>-9223372036854775809</integer>"),
-          inPlist("<real>1,5</real>"),
-          inPlist("<real/>"),
-          inPlist("<real>+-1</real>"),
-          inPlist("<date>soon</date>"),
-          inPlist("<date>2023-02-29T00:00:00Z</date>"),
-          inPlist("<date>2023-02-28T24:00:00Z</date>"),
-          inPlist("<data>AQI</data>"),
-          inPlist("<data>A=ID</data>"),
-          inPlist("<data>A===</data>"),
-          inPlist("<data>*QID</data>"),
-          inPlist("<string>\x01</string>"),
-          inPlist("<string>\xff</string>"),
-          inPlist("<string>&unknown;</string>"),
-          "<!DOCTYPE plist [<!ENTITY e 'x'>]>" + inPlist("<string>&e;</string>")}) {
+    std::vector<std::string> documents{"",
+                                       "text",
+                                       "<dict/>",
+                                       "<plist><dict/>",
+                                       inPlist("<dict/>") + "<plist/>",
+                                       inPlist("<dict/>") + "x",
+                                       inPlist("<string>\x01</string>"),
+                                       inPlist("<string>\xff</string>"),
+                                       "<!DOCTYPE plist [<!ENTITY e 'x'>]>" + inPlist("<true/>")};
+    std::istringstream rows(
+        R"(|<dict/><dict/>|<dict/>text|<dict>|<dict><key>a</key></dict>|<dict><true/></dict>|<array><key>a</key></array>
+|<dict><key>a</key><key>b</key><true/></dict>|<key>a</key>|<foo/>|<plist><true/></plist>|<true>x</true>
+|<string>a<b/></string>|<string>&unknown;</string>|<integer>abc</integer>|<integer/>|<integer>1 2</integer>
+|<integer>--1</integer>|<integer>1.5</integer>|<integer>18446744073709551616</integer>|<real/>|<real>+-1</real>
+|<integer>-9223372036854775809</integer>|<real>1,5</real>|<date>soon</date>|<date>2023-02-29T00:00:00Z</date>
+|<date>2023-02-28T24:00:00Z</date>|<data>AQI</data>|<data>A=ID</data>|<data>A===</data>|<data>*QID</data>)");
+    for (std::string elements; std::getline(rows, elements, '|');) {
+        documents.push_back(inPlist(elements));
+    }
+    for (const std::string& document : documents) {
         EXPECT_EQ(readPlist(document), nullptr) << document;
     }
 }
@@ -102,24 +89,14 @@ TEST(Plist, ReadsWhatEditorsMakeOfXml) {
     EXPECT_EQ(stringIn(inPlist("\n <!-- c --> <string> a&amp;<!-- c --><![CDATA[<b>]]>&#x41;</string>\r\n")),
               " a&<b>A");
     EXPECT_EQ(config::intOf(readPlist(inPlist("<integer>\n +010 </integer>")).get()), 10) << "not octal";
-    EXPECT_EQ(config::intOf(readPlist(inPlist("<integer>0x10</integer>")).get()), 16);
-    EXPECT_EQ(config::intOf(readPlist(inPlist("<real>-infinity</real>")).get()),
-              std::numeric_limits<int>::min());
-    const auto repeated =
-        readPlist(inPlist("<dict><key>a</key><true/><key>a</key><integer>2</integer></dict>"));
-    EXPECT_EQ(config::intOf(config::valueOf(repeated.get(), "a")), 2);
 }
 
 TEST(Plist, RefusesDeepNestingAndLongFiles) {
-    const auto nested = [](int depth) {
-        std::string document;
-        for (int i = 0; i < depth; ++i) {
-            document = "<array>" + document + "</array>";
-        }
-        return inPlist(document);
-    };
-    EXPECT_NE(readPlist(nested(200)), nullptr);
-    EXPECT_EQ(readPlist(nested(300)), nullptr);
+    std::string document = "<true/>";
+    for (int i = 0; i < 300; ++i) {
+        document = "<array>" + document + "</array>";
+        EXPECT_EQ(readPlist(inPlist(document)) != nullptr, i < 255) << i;
+    }
     EXPECT_EQ(readPlist(inPlist("<string>" + std::string(5 << 20, 'x') + "</string>")), nullptr);
 }
 
@@ -131,37 +108,29 @@ std::string binaryOf(const std::vector<std::string>& objects) {
         table += static_cast<char>(file.size());
         file += object;
     }
-    const auto trailerNumber = [](std::size_t number) {
-        return std::string(7, '\0') + static_cast<char>(number);
-    };
-    const std::size_t tableOffset = file.size();
-    return file + table + std::string(6, '\0') + "\x01\x01" + trailerNumber(objects.size()) +
-           trailerNumber(0) + trailerNumber(tableOffset);
+    const auto number = [](std::size_t value) { return std::string(7, '\0') + static_cast<char>(value); };
+    return file + table + "\0\0\0\0\0\0\1\1"s + number(objects.size()) + number(0) + number(file.size());
 }
 
 TEST(Plist, RefusesBinariesThatGoOutOfBoundsOrGrowWithoutMeasure) {
-    EXPECT_EQ(config::stringOf(readPlist(binaryOf({"\x53"
-                                                   "abc"}))
-                                   .get()),
-              "abc");
-    EXPECT_EQ(readPlist(binaryOf({"\x54"
-                                  "abc"})),
-              nullptr)
-        << "into the table";
-    EXPECT_EQ(readPlist(binaryOf({"\x51\xff"})), nullptr) << "no ASCII";
-    EXPECT_EQ(readPlist(binaryOf({"\xa1\x01"})), nullptr) << "no such object";
-    EXPECT_EQ(readPlist(binaryOf({std::string("\xa1\0", 2)})), nullptr) << "contains itself";
-    EXPECT_EQ(readPlist(binaryOf({"\xd1\x01\x01", "\x09"})), nullptr) << "the key is no string";
     std::vector<std::string> doubling;
     for (char next = 1; next <= 40; ++next) {
         doubling.push_back(std::string("\xa2") + next + next);
     }
-    doubling.push_back("\x09");
-    EXPECT_EQ(readPlist(binaryOf(doubling)), nullptr) << "2^40 values";
-    const std::string sound = binaryOf({"\xd1\x01\x02",
-                                        "\x51"
-                                        "a",
-                                        "\x10\x07"});
+    doubling.emplace_back("\x09");
+    const std::map<std::string, std::vector<std::string>> bad{
+        {"into the table", {"Tabc"}},
+        {"no ASCII", {"Q\xff"}},
+        {"no such object", {"\xa1\x01"}},
+        {"contains itself", {"\xa1\0"s}},
+        {"key no string", {"\xd1\x01\x01", "\x09"}},
+        {"key twice", {"\xd2\x01\x01\x02\x02", "Qa", "\x09"}},
+        {"zero in a text", {"Ra\0"s}},
+        {"2^40 values", doubling}};
+    for (const auto& [fault, objects] : bad) {
+        EXPECT_EQ(readPlist(binaryOf(objects)), nullptr) << fault;
+    }
+    const std::string sound = binaryOf({"\xd1\x01\x02", "Qa", "\x10\x07"});
     EXPECT_EQ(config::intOf(config::valueOf(readPlist(sound).get(), "a")), 7);
     for (std::size_t length = 0; length < sound.size(); ++length) {
         EXPECT_EQ(readPlist(sound.substr(0, length)), nullptr) << length;

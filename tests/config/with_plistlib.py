@@ -1,10 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Property lists as Python's own implementation writes and reads them.
+"""with_plistlib.py write-xml|write-binary|check|check-stored FILE
 
-with_plistlib.py write xml|binary FILE   writes a value of every kind
-with_plistlib.py check FILE              fails unless FILE holds that value, kinds included
-with_plistlib.py check-stored FILE       fails unless FILE holds what store_every_kind stores
+Property lists as Python's own implementation has them: writes a value of every kind, or fails unless FILE is XML and
+holds that value, or what store_every_kind stores, kinds included.
 """
 import datetime
 import plistlib
@@ -31,20 +30,13 @@ def with_kinds(value):
     return type(value).__name__, value
 
 
-def main(command, *arguments):
-    if command == "write":
-        form = {"xml": plistlib.FMT_XML, "binary": plistlib.FMT_BINARY}[arguments[0]]
-        with open(arguments[1], "wb") as file:
-            plistlib.dump(EVERY_KIND, file, fmt=form)
-        return 0
-    with open(arguments[0], "rb") as file:
-        found = plistlib.load(file, fmt=plistlib.FMT_XML)
-    expected = {"check": EVERY_KIND, "check-stored": STORED}[command]
-    if with_kinds(found) != with_kinds(expected):
-        print(f"found    {with_kinds(found)}\nexpected {with_kinds(expected)}", file=sys.stderr)
-        return 1
-    return 0
-
-
-if __name__ == "__main__":
-    sys.exit(main(*sys.argv[1:]))
+command, path = sys.argv[1:]
+if command.startswith("write"):
+    with open(path, "wb") as file:
+        plistlib.dump(EVERY_KIND, file, fmt=plistlib.FMT_BINARY if command == "write-binary" else plistlib.FMT_XML)
+else:
+    with open(path, "rb") as file:
+        found = with_kinds(plistlib.load(file, fmt=plistlib.FMT_XML))
+    expected = with_kinds(STORED if command == "check-stored" else EVERY_KIND)
+    if found != expected:
+        sys.exit(f"found    {found}\nexpected {expected}")

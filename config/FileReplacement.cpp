@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 
 constexpr int maxLinks = 40;  // as many as the kernel follows
 constexpr mode_t newFileMode = 0666;
-constexpr mode_t permissionBits = 07777;
+constexpr mode_t permissionBits = 0777;  // never the right to run as somebody else
 
 class Descriptor {
   public:
@@ -155,7 +155,7 @@ bool canReplaceFile(const std::string& path) {
     const auto target = targetOf(path);
     struct stat folder {};
     if (!target || stat(folderOf(*target).c_str(), &folder) != 0 ||
-        faccessat(AT_FDCWD, folderOf(*target).c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
+        faccessat(AT_FDCWD, folderOf(*target).c_str(), R_OK | W_OK | X_OK, AT_EACCESS) != 0) {
         return false;
     }
     const auto old = oldFile(AT_FDCWD, target->string());

@@ -80,8 +80,7 @@ QIcon findFileIcon(const QString& path) {
     const QFileInfo file(path);
     return file.isDir()
                ? folderIcon(path)
-               : firstDrawable({iconNamed(cache().entries.iconFor(path)), QIcon::fromTheme(file.fileName())},
-                               path);
+               : firstDrawable({iconNamed(cache().entries.iconFor(path))}, path);
 }
 
 /** A bundle without a path is how the kernel is shown. */

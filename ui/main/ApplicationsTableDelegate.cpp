@@ -16,7 +16,8 @@ using Model = ApplicationsTableModel;
 
 constexpr QRgb receivedColor = 0x2ea043;
 constexpr QRgb sentColor = 0xd1453b;
-constexpr int barOpacity = 52;  // of 255, on light and dark
+constexpr int barOpacityOnLight = 52;  // of 255
+constexpr int barOpacityOnDark = 96;
 constexpr QMarginsF barMargins(3, 3, 3, 3);
 constexpr qreal barRadius = 2;
 
@@ -57,7 +58,8 @@ void drawShare(QPainter& painter, const QStyleOptionViewItem& cell, const QModel
     if (isSelected(cell)) {
         color = cell.palette.color(QPalette::HighlightedText);
     }
-    color.setAlpha(barOpacity);
+    const bool isDark = cell.palette.color(QPalette::Base).lightness() < 128;
+    color.setAlpha(isDark ? barOpacityOnDark : barOpacityOnLight);
     painter.setPen(Qt::NoPen);
     painter.setBrush(color);
     painter.drawRoundedRect(bar, barRadius, barRadius);

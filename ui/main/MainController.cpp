@@ -14,6 +14,7 @@
 #include <QSystemTrayIcon>
 #include <QUrl>
 #include <QtMath>
+#include <algorithm>
 #include <chrono>
 
 #include "controls/ColumnFitter.h"
@@ -34,7 +35,7 @@ using namespace std::chrono_literals;
 using Model = ApplicationsTableModel;
 
 constexpr auto updateInterval = 5s;
-constexpr QSize menuIconSize(16, 16);
+constexpr int sortArrowRoom = 16;  // pixels in a header
 
 /** From the folder of the program, in an installed tree as in that of a build. */
 const QString homePage = QStringLiteral("../share/nevtora-meter/site/index.html");
@@ -133,7 +134,10 @@ void MainController::setupColumns() {
     const TabularDigits digits(table->font());
     const int numberWidth = qCeil(digits.width("00000")) + margins;
     const int iconWidth = table->iconSize().width() + margins;
-    const int bytesWidth = qCeil(digits.width("0000000.000")) + margins;
+    const QFontMetrics caption = table->horizontalHeader()->fontMetrics();
+    const int bytesWidth = std::max(qCeil(digits.width("0000000.000")),
+                                    caption.horizontalAdvance("Received, MB") + sortArrowRoom) +
+                           margins;
     const QString longDate = NSDateToNSString(QDateTime(QDate(2028, 9, 27), QTime(22, 58, 58)));
     const int dateWidth = table->fontMetrics().horizontalAdvance(longDate) + margins;
     m_ColumnFitter = new ColumnFitter(table, {{numberWidth, numberWidth, 0},

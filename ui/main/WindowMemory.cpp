@@ -19,7 +19,6 @@ constexpr QSize frameRoom(16, 48);  // about what a window manager's frame and t
 
 void fitToScreen(QMainWindow& window) {
     const QSize room = window.screen()->availableSize() - frameRoom;
-    window.setMinimumSize(window.minimumSize().boundedTo(room));
     window.resize(window.size().boundedTo(room));
 }
 

@@ -40,11 +40,20 @@ bool isNumber(int column) {
     return column == Model::NumberColumn || column == Model::ReceivedColumn || column == Model::SentColumn;
 }
 
+/** As the style chooses it for the ground: a table without the keyboard is drawn like an inactive one. */
+QPalette::ColorGroup colorGroup(const QStyleOptionViewItem& cell) {
+    if ((cell.state & QStyle::State_Enabled) == 0) {
+        return QPalette::Disabled;
+    }
+    return (cell.state & QStyle::State_Active) != 0 ? QPalette::Active : QPalette::Inactive;
+}
+
 QColor textColor(const QStyleOptionViewItem& cell, int column) {
     if (isSelected(cell)) {
-        return cell.palette.color(QPalette::HighlightedText);
+        return cell.palette.color(colorGroup(cell), QPalette::HighlightedText);
     }
-    return cell.palette.color(isSecondary(column) ? QPalette::PlaceholderText : QPalette::Text);
+    return cell.palette.color(colorGroup(cell),
+                              isSecondary(column) ? QPalette::PlaceholderText : QPalette::Text);
 }
 
 void drawShare(QPainter& painter, const QStyleOptionViewItem& cell, const QModelIndex& index) {
@@ -56,7 +65,7 @@ void drawShare(QPainter& painter, const QStyleOptionViewItem& cell, const QModel
     }
     QColor color(index.column() == Model::ReceivedColumn ? receivedColor : sentColor);
     if (isSelected(cell)) {
-        color = cell.palette.color(QPalette::HighlightedText);
+        color = cell.palette.color(colorGroup(cell), QPalette::HighlightedText);
     }
     const bool isDark = cell.palette.color(QPalette::Base).lightness() < 128;
     color.setAlpha(isDark ? barOpacityOnDark : barOpacityOnLight);

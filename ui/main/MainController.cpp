@@ -10,6 +10,7 @@
 #include <QMainWindow>
 #include <QMenu>
 #include <QMessageBox>
+#include <QScrollArea>
 #include <QShortcut>
 #include <QSystemTrayIcon>
 #include <QUrl>
@@ -35,6 +36,7 @@ using namespace std::chrono_literals;
 using Model = ApplicationsTableModel;
 
 constexpr auto updateInterval = 5s;
+constexpr int drawerWidth = 296;   // pixels, with room for a scroll bar
 constexpr int sortArrowRoom = 16;  // pixels in a header
 
 /** From the folder of the program, in an installed tree as in that of a build. */
@@ -125,6 +127,7 @@ void MainController::setupTable() {
     header->setSortIndicatorShown(true);
     header->setSortIndicator(-1, Qt::AscendingOrder);
     connect(header, &QHeaderView::sectionClicked, this, &MainController::didClickTableColumn);
+    connect(header, &QHeaderView::sectionDoubleClicked, this, &MainController::didClickTableColumn);
 }
 
 /** Numbers get the room that they need; names, paths and dates share the rest. */
@@ -152,8 +155,14 @@ void MainController::setupColumns() {
 void MainController::setupDrawer() {
     auto* details = new QWidget;
     m_DrawerController = std::make_unique<DrawerController>(*details);
+    auto* scroller = new QScrollArea;  // for windows lower than the details
+    scroller->setWidget(details);
+    scroller->setWidgetResizable(true);
+    scroller->setFrameShape(QFrame::NoFrame);
+    scroller->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroller->setFixedWidth(drawerWidth);
     Drawer* drawer = m_Outlets->m_Drawer;
-    drawer->setContentView(details);
+    drawer->setContentView(scroller);
     connect(drawer, &Drawer::willOpen, this, &MainController::drawerWillOpen);
     connect(drawer, &Drawer::willClose, this, &MainController::drawerWillClose);
     connect(m_Outlets->m_AdditionalInfoBtn, &QPushButton::clicked, drawer, &Drawer::toggle);
@@ -195,9 +204,12 @@ void MainController::setupSortMenu() {
             column == Model::NumberColumn
                 ? "Unsorted"
                 : m_ApplicationsTableModel.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
-        const QAction* item = m_Outlets->m_SortMenu->addAction(title);
+        QAction* item = m_Outlets->m_SortMenu->addAction(title);
+        item->setCheckable(true);
+        item->setData(column);
         connect(item, &QAction::triggered, this, [this, column] { didClickTableColumn(column); });
     }
+    showSortIndicator(Model::NumberColumn);
 }
 
 void MainController::createStatusIcon() {
@@ -309,6 +321,9 @@ void MainController::showSortIndicator(int columnId) {
     const bool isSorted = m_ApplicationsSortDirection != Unsorted;
     const auto order = m_ApplicationsSortDirection == Descending ? Qt::DescendingOrder : Qt::AscendingOrder;
     m_Outlets->m_ApplicationsTable->horizontalHeader()->setSortIndicator(isSorted ? columnId : -1, order);
+    for (QAction* item : m_Outlets->m_SortMenu->actions()) {
+        item->setChecked(item->data().toInt() == (isSorted ? columnId : Model::NumberColumn));
+    }
 }
 
 void MainController::drawerWillOpen() {
@@ -364,6 +379,7 @@ void MainController::showApplication(std::int32_t applicationId) {
     showMainWindow();
     if (row >= 0) {
         m_Outlets->m_ApplicationsTable->selectRow(row);
+        m_Outlets->m_ApplicationsTable->setFocus();
         m_Outlets->m_Drawer->setOpen(true);
     }
 }

@@ -204,7 +204,8 @@ TEST_F(MainControllerTest, CommandsFollowTheSelection) {
     EXPECT_FALSE(isEnabled("m_PropertiesAction"));
     m_Table->selectRow(1);
     EXPECT_TRUE(isEnabled("m_PropertiesAction"));
-    EXPECT_TRUE(outlet<QToolButton>("m_ShowApplicationPropertiesButton")->isEnabled());
+    outlet<QToolButton>("m_ShowApplicationPropertiesButton")->click();
+    EXPECT_EQ(outlet<QPushButton>("m_AdditionalInfoBtn")->text(), "Additional Info >>>");
     m_Table->selectRow(0);
     EXPECT_FALSE(isEnabled("m_PropertiesAction"));
 }

@@ -5,9 +5,10 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
-#include <QFileInfo>
 #include <QGuiApplication>
 #include <QPalette>
+
+#include "platform/SessionBus.h"
 
 namespace {
 
@@ -20,17 +21,11 @@ const QString colorSchemeKey = QStringLiteral("color-scheme");
 /** What the portal says; 0 stands for no preference. */
 enum Preference : unsigned { PreferDark = 1, PreferLight = 2 };
 
-/** Where no bus runs, asking for one would start one. */
-bool hasSessionBus() {
-    return qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS") ||
-           QFileInfo::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + "/bus");
-}
-
 }  // namespace
 
 ColorScheme::ColorScheme(QObject* parent)
     : QObject(parent), m_IsDark(QGuiApplication::palette().color(QPalette::Window).lightness() < 128) {
-    if (hasSessionBus()) {
+    if (SessionBus::isThere()) {
         askPortal();
     }
 }

@@ -28,7 +28,12 @@ missing_packages() {
     done
 }
 
-# install_missing PACKAGE...: through apt, as root or with sudo; does nothing when all are there.
+# as_root COMMAND...: with sudo where we are somebody else.
+as_root() {
+    if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi
+}
+
+# install_missing PACKAGE...: through apt; does nothing when all are there.
 install_missing() {
     local missing apt=(env DEBIAN_FRONTEND=noninteractive apt-get)
     command -v apt-get >/dev/null ||
@@ -36,12 +41,10 @@ install_missing() {
     mapfile -t missing < <(missing_packages "$@")
     [ ${#missing[@]} -gt 0 ] || return 0
     say "Installing ${missing[*]}"
-    if [ "$(id -u)" != 0 ]; then
-        command -v sudo >/dev/null || fail "There is no sudo here. As root: apt-get update && apt-get install --no-install-recommends ${missing[*]}"
-        apt=(sudo "${apt[@]}")
-    fi
-    "${apt[@]}" update -qq
-    "${apt[@]}" install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+    [ "$(id -u)" = 0 ] || command -v sudo >/dev/null ||
+        fail "There is no sudo here. As root: apt-get update && apt-get install --no-install-recommends ${missing[*]}"
+    as_root "${apt[@]}" update -qq
+    as_root "${apt[@]}" install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
 # build_preset NAME: configures when nobody has yet; ninja knows what is out of date.

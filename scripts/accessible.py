@@ -9,7 +9,8 @@ def programs(name):
     """The running programs with this name, seen as they are now: nothing of them is remembered."""
     desktop = pyatspi.Registry.getDesktop(0)
     desktop.setCacheMask(pyatspi.cache.NONE)
-    return [program for program in desktop if program and program.name == name]
+    # One that has just ended may still be listed, and has no name any more.
+    return [program for program in desktop if program and attempt(lambda program=program: program.name) == name]
 
 
 def elements(root):

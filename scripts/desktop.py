@@ -105,4 +105,4 @@ def save_picture(window, path):
 
 
 def click(x, y, button=1):
-    subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", str(button)], timeout=5, check=True)
+    subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", str(button)], timeout=15, check=True)

@@ -32,7 +32,8 @@ import scripted_daemon
 import wire
 
 TOOLS = ("Xvfb", "openbox", "dbus-daemon", "xdotool")
-SECONDS = 60  # the whole visit
+SECONDS = 150  # the whole visit, of which a quiet machine needs 7
+PATIENCE = 15  # seconds for one step on a busy one
 ENVIRONMENT = {"TZ": "Europe/Berlin", "LC_ALL": "C.UTF-8"}  # the records lie on both sides of a change of clocks
 BUTTONS = ("push button", "toggle button", "check box", "menu item", "check menu item")
 COLUMNS = {"Name": "name", "Path": "fullPath", "Last activity": "endTime", "Received, MB": "totalReceivedBytes",
@@ -69,12 +70,12 @@ class Visit:
         self.records = scripted_daemon.few_applications()
         self.process = children.start([program], env=os.environ | ENVIRONMENT)
         self.window = desktop.wait_for("The window", lambda: desktop.windows_of(self.process))[0]
-        self.element = desktop.wait_for("The window's elements", self._find_element)
+        self.element = desktop.wait_for("The window's elements", lambda: accessible.attempt(self._find_element))
         self.table = accessible.tables(self.element)[0]
 
     def _find_element(self):
         frames = self.frames()
-        return frames[0] if frames and accessible.attempt(lambda: accessible.tables(frames[0])) else None
+        return frames[0] if frames and accessible.tables(frames[0]) else None
 
     def frames(self):
         """The windows that programs with this one's name show."""
@@ -90,7 +91,7 @@ class Visit:
 
     def expect(self, what, look, wanted):
         """Looks again and again until it sees `wanted`."""
-        end = time.monotonic() + 5
+        end = time.monotonic() + PATIENCE
         while (seen := accessible.attempt(look)) != wanted:
             if time.monotonic() > end:
                 sys.exit(f"{what}:\n  wanted {wanted}\n  seen   {seen}")
@@ -209,17 +210,17 @@ def starts_only_once(visit):
     subprocess.run(["xdotool", "windowminimize", visit.window], check=True)
     visit.expect("Visible windows", lambda: desktop.windows_of(visit.process), [])
     began = time.monotonic()
-    second = subprocess.run([visit.program], env=os.environ | ENVIRONMENT, timeout=3)
+    second = subprocess.run([visit.program], env=os.environ | ENVIRONMENT, timeout=PATIENCE)
     took = time.monotonic() - began
     assert second.returncode == 0, f"the second start ended with status {second.returncode}"
     visit.expect("Visible windows", lambda: desktop.windows_of(visit.process), [visit.window])
-    assert len(visit.frames()) == 1, f"{len(visit.frames())} windows"
+    visit.expect("Windows", lambda: len(visit.frames()), 1)
     print(f"A second start ends after {took:.1f} s with status 0 and brings the first to the front")
 
 
 def ends_with_its_window(visit):
-    subprocess.run(["xdotool", "windowactivate", "--sync", visit.window, "key", "alt+F4"], check=True, timeout=5)
-    status = visit.process.wait(5)
+    subprocess.run(["xdotool", "windowactivate", "--sync", visit.window, "key", "alt+F4"], check=True, timeout=PATIENCE)
+    status = visit.process.wait(PATIENCE)
     assert status == 0, f"closed without a tray, the program ends with status {status}"
     print("Closing the window ends the program with status 0")
 

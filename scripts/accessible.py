@@ -85,5 +85,5 @@ def attempt(question):
     """The answer; None while the program is busy changing what was asked about."""
     try:
         return question()
-    except (GLib.Error, AttributeError, RuntimeError):  # an element that is gone, or has lost a child
+    except (GLib.Error, AttributeError, RuntimeError, StopIteration):  # an element that is gone, or has lost a child
         return None

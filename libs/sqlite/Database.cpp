@@ -66,6 +66,10 @@ bool Database::AddFunction(const std::string& name, BlobFunction function) {
                                                nullptr) == SQLITE_OK;
 }
 
+int Database::GetChangeCount() const {
+    return IsOpen() ? sqlite3_changes(m_Handle) : 0;
+}
+
 std::string Database::GetLastError() const {
     return IsOpen() ? sqlite3_errmsg(m_Handle) : m_OpenError;
 }

@@ -44,6 +44,9 @@ class Database {
     /** Lets SQL call `function` as `name(blob)`. */
     bool AddFunction(const std::string& name, BlobFunction function);
 
+    /** Rows that the last insert, update or delete has touched. */
+    int GetChangeCount() const;
+
     /** Absolute path of the file that is open, symbolic links resolved. */
     std::string GetPath() const { return m_Path; }
 

@@ -70,9 +70,10 @@ bool isSorted(const ConnectionQuery& query) {
 /** Why it goes life by life, of which the last (?5) is that of open ones, is told in `Migrations.cpp`. */
 std::string selectIds(const ConnectionQuery& query) {
     std::string sql =
-        "WITH RECURSIVE lives (life) AS (VALUES (0) UNION ALL SELECT life + 1 FROM lives WHERE life < ?5) "
-        "SELECT id FROM lives CROSS JOIN connections USING (life) "
-        "WHERE started BETWEEN ?1 - (1 << life) AND ?2 AND (ended >= ?1 OR life = ?5)";
+        "WITH RECURSIVE lives (life) AS (VALUES (0) UNION ALL SELECT life + 1 FROM lives WHERE life < ?5), "
+        "asked (since) AS (SELECT max(?1, kept_since) FROM counting) "
+        "SELECT id FROM asked CROSS JOIN lives CROSS JOIN connections USING (life) "
+        "WHERE started BETWEEN since - (1 << life) AND ?2 AND (ended >= since OR life = ?5)";
     if (query.application) {
         sql += " AND application = ?3";
     }

@@ -66,6 +66,14 @@ constexpr std::array migrations = {
         CREATE INDEX connections_by_time ON connections (life, started, ended, protocol);
         CREATE INDEX connections_by_application ON connections (application, life, started, ended, protocol);
     )sql",
+    // trusted, credible_from: the present by which the history ages, see TrustedPresent.h.
+    // kept_since: what was before is dropped. Readers obey it at once, the rows go by and by, see Pruner.h.
+    R"sql(
+        ALTER TABLE counting ADD COLUMN trusted INTEGER NOT NULL DEFAULT 0;
+        ALTER TABLE counting ADD COLUMN credible_from INTEGER NOT NULL DEFAULT 0;
+        ALTER TABLE counting ADD COLUMN kept_since INTEGER NOT NULL DEFAULT 0;
+        UPDATE counting SET trusted = latest, credible_from = latest;
+    )sql",
 };
 
 constexpr int currentVersion = static_cast<int>(migrations.size());
@@ -106,6 +114,12 @@ bool migrate(SQLite::Database& database, std::string& error) {
     isOurs.Reset();
     if (version > currentVersion) {
         error = "it was written by a later version of this program";
+        return false;
+    }
+    // A new file is laid out so that it can shrink; an older one with its next VACUUM. It cannot wait for the steps:
+    // the first transaction lays the file out.
+    if (!database.Execute("PRAGMA auto_vacuum = INCREMENTAL")) {
+        error = database.GetLastError();
         return false;
     }
     for (; version < currentVersion; ++version) {

@@ -7,8 +7,8 @@ namespace service {
 
 SeriesReader::SeriesReader(SQLite::Database& database)
     : m_LastRow(database,
-                "SELECT received, sent FROM series WHERE application = ?1 AND class = ?2 AND moment <= ?3 "
-                "ORDER BY moment DESC LIMIT 1") {}
+                "SELECT received, sent FROM series WHERE application = ?1 AND class = ?2 "
+                "AND moment <= max(?3, (SELECT kept_since FROM counting)) ORDER BY moment DESC LIMIT 1") {}
 
 std::optional<ByteCount> SeriesReader::upTo(ApplicationId application, ProtocolClass protocolClass,
                                             Moment moment) {

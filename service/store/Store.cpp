@@ -27,6 +27,9 @@ constexpr char settings[] =
     "PRAGMA secure_delete = OFF;"
     "PRAGMA journal_size_limit = 8388608;";
 
+/** Writes the database anew, as small as it can be, in the layout that `migrate` asks for. */
+constexpr char compact[] = "VACUUM; PRAGMA wal_checkpoint(TRUNCATE);";
+
 /** By how much the clock may be set back while the series only wait for it. */
 constexpr std::chrono::minutes longestWait{1};
 
@@ -36,6 +39,19 @@ constexpr std::chrono::minutes longestWait{1};
  */
 bool isPastFuture(const LedgerChanges& changes, Moment latest) {
     return changes.moment >= changes.totals.start && latest - changes.moment > longestWait;
+}
+
+/**
+ * A database of before files could shrink is laid out anew, once, before anybody uses it: that takes as much room
+ * again and about a second for 100 MB. Where it fails the history goes on, and free pages wait for new rows.
+ */
+void letFileShrink(SQLite::Database& database) {
+    SQLite::Query canShrink(database, "SELECT auto_vacuum = 2 FROM pragma_auto_vacuum");
+    const bool isLaidOut = canShrink.Step() == SQLite::StepResult::Row && canShrink.GetColumnAsInt(0) != 0;
+    canShrink.Reset();
+    if (!isLaidOut && !database.Execute(compact)) {
+        logLine("store: the file can grow only, until the next start: ", database.GetLastError());
+    }
 }
 
 }  // namespace
@@ -60,6 +76,7 @@ std::unique_ptr<Store> Store::open(const std::string& path, std::string& error) 
     if (!database->Execute(settings)) {  // one of them alters the file, which has to be ours for that
         return failed(database->GetLastError());
     }
+    letFileShrink(*database);
     std::unique_ptr<Store> store(new Store(std::move(lock), std::move(database)));
     if (!store->isValid()) {
         return failed("its tables are not as they should be");
@@ -74,9 +91,10 @@ Store::Store(std::unique_ptr<FileLock> lock, std::unique_ptr<SQLite::Database> d
     : m_Lock(std::move(lock)),
       m_Database(std::move(database)),
       m_Series(*m_Database),
-      m_WriteCounting(*m_Database,
-                      "INSERT OR REPLACE INTO counting (only_row, start, latest, next_application, "
-                      "next_connection) VALUES (1, ?1, ?2, ?3, ?4)"),
+      m_WriteCounting(
+          *m_Database,
+          "INSERT OR REPLACE INTO counting (only_row, start, latest, next_application, "
+          "next_connection, trusted, credible_from, kept_since) VALUES (1, ?1, ?2, ?3, ?4, ?5, ?6, ?7)"),
       m_WriteApplication(*m_Database,
                          "INSERT INTO applications (id, path, name, first_seen, last_seen) "
                          "VALUES (?1, ?2, ?3, ?4, ?5) "
@@ -91,11 +109,14 @@ Store::Store(std::unique_ptr<FileLock> lock, std::unique_ptr<SQLite::Database> d
           "sent = excluded.sent"),
       m_WriteSeries(*m_Database,
                     "INSERT OR REPLACE INTO series (application, class, moment, received, sent) "
-                    "VALUES (?1, ?2, ?3, ?4, ?5)") {}
+                    "VALUES (?1, ?2, ?3, ?4, ?5)"),
+      m_WriteKeptSince(*m_Database, "UPDATE counting SET kept_since = ?1"),
+      m_Pruner(*m_Database) {}
 
 bool Store::isValid() const {
     return m_Series.isValid() && m_WriteCounting.IsValid() && m_WriteApplication.IsValid() &&
-           m_WriteConnection.IsValid() && m_WriteSeries.IsValid();
+           m_WriteConnection.IsValid() && m_WriteSeries.IsValid() && m_WriteKeptSince.IsValid() &&
+           m_Pruner.isValid();
 }
 
 /** Keeps the reason, before the end of another statement clears it. */
@@ -117,14 +138,17 @@ bool Store::readProgress() {
         }
         m_Progress.written[id] = *written;
     }
-    return (result == SQLite::StepResult::Done && readLatest()) || fail();
+    return (result == SQLite::StepResult::Done && readMoments()) || fail();
 }
 
-bool Store::readLatest() {
-    SQLite::Query row(*m_Database, "SELECT latest FROM counting");
+bool Store::readMoments() {
+    SQLite::Query row(*m_Database, "SELECT latest, trusted, credible_from, kept_since FROM counting");
     const SQLite::StepResult result = row.Step();
     if (result == SQLite::StepResult::Row) {
-        m_Progress.latest = momentFromColumn(row.GetColumnAsInt64(0));
+        const auto moment = [&](int column) { return momentFromColumn(row.GetColumnAsInt64(column)); };
+        m_Progress.latest = moment(0);
+        m_Progress.present = TrustedPresent(moment(1), moment(2));
+        m_Progress.keptSince = moment(3);
     }
     return result != SQLite::StepResult::Failed;
 }
@@ -184,6 +208,22 @@ bool Store::append(const LedgerChanges& changes) {
     return batch.append(changes) && batch.commit();
 }
 
+bool Store::beginPruning(std::optional<std::chrono::days> retention) {
+    if (retention && present() - *retention > m_Progress.keptSince) {
+        const Moment cut = present() - *retention;
+        if (!m_WriteKeptSince.Execute(toColumn(cut))) {
+            return fail();
+        }
+        m_Progress.keptSince = cut;
+    }
+    m_Pruner.begin();
+    return true;
+}
+
+bool Store::prune() {
+    return m_Pruner.step(m_Progress.keptSince) || fail();
+}
+
 bool Store::write(const LedgerChanges& changes, Progress& progress) {
     if (changes.wiped) {
         progress = {};
@@ -191,23 +231,31 @@ bool Store::write(const LedgerChanges& changes, Progress& progress) {
             return false;
         }
     }
+    const Moment before = progress.latest;
     if (isPastFuture(changes, progress.latest)) {
         if (!redateSeries(changes.moment)) {
             return false;
         }
         progress.latest = changes.moment;
+        progress.keptSince = std::min(progress.keptSince, changes.moment);
     }
     // Where the clock was set back a little the series wait on their latest moment, or a total would sink with time.
     progress.latest = std::max(progress.latest, changes.moment);
+    progress.present.follow(before, progress.latest);
     const auto writeCounters = [&](const ApplicationRecord& application) {
         return writeApplication(application) && writeSeries(application.id, application.counters, progress);
     };
     const auto writeLife = [&](const ConnectionRecord& connection) { return writeConnection(connection); };
-    return m_WriteCounting.Execute(toColumn(changes.totals.start), toColumn(progress.latest),
-                                   changes.nextApplicationId, changes.nextConnectionId) &&
-           std::ranges::all_of(changes.applications, writeCounters) &&
+    return writeCounting(changes, progress) && std::ranges::all_of(changes.applications, writeCounters) &&
            std::ranges::all_of(changes.connections, writeLife) &&
            writeSeries(allApplications, changes.totals.counters, progress);
+}
+
+bool Store::writeCounting(const LedgerChanges& changes, const Progress& progress) {
+    return m_WriteCounting.Execute(toColumn(changes.totals.start), toColumn(progress.latest),
+                                   changes.nextApplicationId, changes.nextConnectionId,
+                                   toColumn(progress.present.moment()),
+                                   toColumn(progress.present.credibleFrom()), toColumn(progress.keptSince));
 }
 
 bool Store::writeApplication(const ApplicationRecord& application) {
@@ -254,7 +302,7 @@ bool Store::eraseEverything() {
 }
 
 void Store::giveSpaceBack() {
-    if (!m_Database->Execute("VACUUM; PRAGMA wal_checkpoint(TRUNCATE);")) {
+    if (!m_Database->Execute(compact)) {
         logLine("store: the space of the erased history is still taken: ", m_Database->GetLastError());
     }
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,7 +11,9 @@
 #include "libs/sqlite/Query.h"
 #include "service/ledger/Records.h"
 #include "service/store/FileLock.h"
+#include "service/store/Pruner.h"
 #include "service/store/SeriesReader.h"
+#include "service/store/TrustedPresent.h"
 #include "service/traffic/Moment.h"
 
 namespace service {
@@ -40,7 +43,23 @@ class Store {
      * written. */
     bool append(const LedgerChanges& changes);
 
-    /** Why the last `load` or `append`, or the last commit of a batch, failed. */
+    /** The present by which the history ages. */
+    Moment present() const { return m_Progress.present.moment(); }
+
+    /**
+     * Drops what is older than `retention` before the present, for good: readers see none of it any more. The
+     * rows themselves go with `prune`. Without a retention only what was dropped before is to go. False when the
+     * disk would not take it.
+     */
+    bool beginPruning(std::optional<std::chrono::days> retention);
+
+    /** Whether there is nothing left of what was dropped, or no pruning has begun. */
+    bool isPruned() const { return m_Pruner.isDone(); }
+
+    /** A small step of the pruning. False when the disk would not take it; it can be tried again. */
+    bool prune();
+
+    /** Why the last of the above, or the last commit of a batch, failed. */
     const std::string& lastError() const { return m_LastError; }
 
   private:
@@ -50,6 +69,8 @@ class Store {
     struct Progress {
         std::unordered_map<ApplicationId, Counters> written;
         Moment latest;  ///< of all rows
+        TrustedPresent present;
+        Moment keptSince;  ///< what was before is dropped
     };
 
     Store(std::unique_ptr<FileLock> lock, std::unique_ptr<SQLite::Database> database);
@@ -57,13 +78,14 @@ class Store {
     bool isValid() const;
     bool fail();
     bool readProgress();
-    bool readLatest();
+    bool readMoments();
     bool closeLeftovers();
     bool readCounting(LedgerState& state);
     bool readApplications(LedgerState& state);
 
     // Within a transaction that the caller has begun:
     bool write(const LedgerChanges& changes, Progress& progress);
+    bool writeCounting(const LedgerChanges& changes, const Progress& progress);
     bool writeApplication(const ApplicationRecord& application);
     bool writeConnection(const ConnectionRecord& connection);
     bool writeSeries(ApplicationId application, const Counters& counters, Progress& progress);
@@ -79,6 +101,8 @@ class Store {
     SQLite::Query m_WriteApplication;
     SQLite::Query m_WriteConnection;
     SQLite::Query m_WriteSeries;
+    SQLite::Query m_WriteKeptSince;
+    Pruner m_Pruner;
     Progress m_Progress;
     std::string m_LastError;
 };

@@ -22,7 +22,12 @@ Moment currentMoment() {
 }  // namespace
 
 StoreWriter::StoreWriter(Ledger& ledger, Store& store, std::function<void()> onWiped)
-    : m_Ledger(ledger), m_Store(store), m_OnWiped(std::move(onWiped)), m_Thread([this] { run(); }) {}
+    : m_Ledger(ledger),
+      m_Store(store),
+      m_OnWiped(std::move(onWiped)),
+      m_Housekeeper(store),
+      m_NextTurn(std::chrono::steady_clock::now() + writeInterval),
+      m_Thread([this] { run(); }) {}
 
 StoreWriter::~StoreWriter() {
     {
@@ -41,9 +46,19 @@ void StoreWriter::wake() {
     m_Changed.notify_one();
 }
 
+void StoreWriter::setRetention(std::optional<std::chrono::days> retention) {
+    {
+        const std::lock_guard lock(m_Mutex);
+        m_NewRetention = retention;
+        m_WakeRequested = true;
+    }
+    m_Changed.notify_one();
+}
+
 void StoreWriter::run() {
     while (waitForNextTurn()) {
         writeChanges();
+        keepHouse();
     }
     writeChanges();
 }
@@ -51,9 +66,25 @@ void StoreWriter::run() {
 /** False when the thread is to end. */
 bool StoreWriter::waitForNextTurn() {
     std::unique_lock lock(m_Mutex);
-    m_Changed.wait_for(lock, writeInterval, [this] { return m_WakeRequested || m_StopRequested; });
+    m_Changed.wait_until(lock, m_NextTurn, [this] { return m_WakeRequested || m_StopRequested; });
     m_WakeRequested = false;
+    m_NextTurn = std::chrono::steady_clock::now() + writeInterval;
+    if (const auto retention = std::exchange(m_NewRetention, {})) {
+        m_Housekeeper.setRetention(*retention);
+    }
     return !m_StopRequested;
+}
+
+bool StoreWriter::isCalled() {
+    const std::lock_guard lock(m_Mutex);
+    return m_WakeRequested || m_StopRequested;
+}
+
+/** Until the next turn is due or somebody calls. */
+void StoreWriter::keepHouse() {
+    while (m_Housekeeper.hasWork() && !isCalled() && std::chrono::steady_clock::now() < m_NextTurn) {
+        m_Housekeeper.work();
+    }
 }
 
 void StoreWriter::writeChanges() {

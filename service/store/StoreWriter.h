@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 #include "service/ledger/Ledger.h"
+#include "service/store/Housekeeper.h"
 #include "service/store/Store.h"
 
 namespace service {
@@ -15,7 +18,8 @@ namespace service {
 /**
  * The one thread that writes the history: once a second it takes what changed in the ledger and appends it.
  * What the disk does not take is kept and tried again each second, so a bad disk delays the history and costs
- * none of it. The destructor writes what is left, then ends the thread.
+ * none of it. What is left of a second goes to the pruning of what is too old, in steps that are short beside it.
+ * The destructor writes what is left, then ends the thread.
  */
 class StoreWriter {
   public:
@@ -32,9 +36,17 @@ class StoreWriter {
     /** Writes at once instead of at the next second; any thread. */
     void wake();
 
+    /**
+     * How much of the past the history keeps; nothing (as it begins): all of it. What is older by the history's
+     * trusted present is dropped for good, at once and then once a day, between the writes. Any thread.
+     */
+    void setRetention(std::optional<std::chrono::days> retention);
+
   private:
     void run();
     bool waitForNextTurn();
+    bool isCalled();
+    void keepHouse();
     void writeChanges();
     void limitBacklog();
     void report(bool written);
@@ -48,11 +60,14 @@ class StoreWriter {
     bool m_Works = true;        ///< whether the last write succeeded
     bool m_WipeWaits = false;   ///< whether a wipe is among what the last write left undone
     std::size_t m_Dropped = 0;  ///< connections that a long failure has cost
+    Housekeeper m_Housekeeper;
+    std::chrono::steady_clock::time_point m_NextTurn;
 
     std::mutex m_Mutex;
     std::condition_variable m_Changed;
-    bool m_WakeRequested = false;  ///< guarded by m_Mutex
-    bool m_StopRequested = false;  ///< guarded by m_Mutex
+    bool m_WakeRequested = false;                                    ///< guarded by m_Mutex
+    bool m_StopRequested = false;                                    ///< guarded by m_Mutex
+    std::optional<std::optional<std::chrono::days>> m_NewRetention;  ///< guarded by m_Mutex; taken at a turn
 
     std::thread m_Thread;  ///< last, because it uses all of the above
 };

@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+// What dropping eleven months of a year with a million connections costs, and what it costs those who append and
+// read meanwhile. Usage: pruning_bench FILE, which must not exist yet.
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "service/store/HistoryReader.h"
+#include "service/store/Store.h"
+#include "service/store/StoreBatch.h"
+
+namespace {
+
+using namespace service;
+using namespace std::chrono;
+
+constexpr Moment present{seconds(1'763'720'123)};
+constexpr int applicationCount = 40;
+
+double toMs(steady_clock::duration duration) {
+    return duration_cast<std::chrono::duration<double, std::milli>>(duration).count();
+}
+
+template <class Action>
+double timeMs(Action action) {
+    const auto start = steady_clock::now();
+    action();
+    return toMs(steady_clock::now() - start);
+}
+
+/** Where an application moves bytes in some steps only, and connections last from seconds to days. */
+class Traffic {
+  public:
+    LedgerChanges step(Moment from, Moment to, int connectionCount) {
+        m_Changes.moment = to;
+        m_Changes.totals.start = present - days(365);
+        m_Changes.applications.clear();
+        m_Changes.connections.clear();
+        for (int id = 1; id <= applicationCount; ++id) {
+            if (m_Random() % 3 == 0) {
+                move(id);
+            }
+        }
+        for (int i = 0; i < connectionCount; ++i) {
+            connect(from + seconds(m_Random() % static_cast<unsigned>((to - from).count())));
+        }
+        return m_Changes;
+    }
+
+  private:
+    void move(ApplicationId id) {
+        ApplicationRecord& application = m_Applications[id - 1];
+        application.id = id;
+        application.path = "/usr/bin/application-" + std::to_string(id);
+        const auto protocolClass = m_Random() % 4 == 0 ? ProtocolClass::Udp : ProtocolClass::Tcp;
+        const ByteCount bytes{static_cast<std::int64_t>(m_Random() % 100'000), 100};
+        application.counters[protocolClass] += bytes;
+        m_Changes.totals.counters[protocolClass] += bytes;
+        m_Changes.applications.push_back(application);
+    }
+
+    void connect(Moment start) {
+        ConnectionRecord connection;
+        connection.id = m_Changes.nextConnectionId++;
+        connection.applicationId = static_cast<ApplicationId>(1 + m_Random() % applicationCount);
+        connection.start = start;
+        const double life = std::exp(std::uniform_real_distribution(0.0, 12.0)(m_Random));
+        connection.end = std::min(start + seconds(static_cast<int>(life)), present);
+        connection.socketProtocol = 6;
+        connection.remote.family = connection.local.family = IpAddress::IPv4;
+        connection.remote.port = static_cast<std::uint16_t>(m_Random());
+        m_Changes.connections.push_back(connection);
+    }
+
+    std::mt19937 m_Random{1};
+    std::vector<ApplicationRecord> m_Applications{applicationCount};
+    LedgerChanges m_Changes;
+};
+
+[[noreturn]] void giveUp(const std::string& reason) {
+    std::fprintf(stderr, "%s\n", reason.c_str());
+    std::exit(1);
+}
+
+/** A year: connections at every ten minutes, as many as a million of them make. */
+void writeYear(Store& store, Traffic& traffic) {
+    StoreBatch batch(store);
+    for (Moment moment = present - days(365); moment < present; moment += minutes(10)) {
+        if (!batch.append(traffic.step(moment, moment + minutes(10), 19))) {
+            giveUp(store.lastError());
+        }
+    }
+    if (!batch.commit()) {
+        giveUp(store.lastError());
+    }
+}
+
+/** Asks for totals as a chart of the year does, all the time. */
+class Chart {
+  public:
+    explicit Chart(const std::string& path) : m_Path(path), m_Thread([this] { run(); }) {}
+
+    /** Ends the asking; the longest that a total took. */
+    double longestMs() {
+        m_Ends = true;
+        m_Thread.join();
+        return m_LongestMs;
+    }
+
+  private:
+    void run() {
+        std::string error;
+        const auto reader = HistoryReader::open(m_Path, error);
+        if (!reader) {
+            giveUp(error);
+        }
+        for (int step = 0; !m_Ends; step = (step + 1) % 210) {
+            const Moment moment = present - days(365) + hours(365 * 24 / 210 * step);
+            m_LongestMs = std::max(m_LongestMs, timeMs([&] { reader->totalUpTo(step % 40, {}, moment); }));
+            std::this_thread::sleep_for(microseconds(100));
+        }
+    }
+
+    std::string m_Path;
+    std::atomic<bool> m_Ends = false;
+    double m_LongestMs = 0;
+    std::thread m_Thread;
+};
+
+struct Figures {
+    double pruningMs = 0;
+    int steps = 0;
+    std::vector<double> appendDelaysMs;  ///< from the moment an append is due until it is written
+    double longestTotalMs = 0;
+
+    double longestAppendMs() const { return *std::ranges::max_element(appendDelaysMs); }
+};
+
+/** A small step after the other until `due`, as the writer's thread does it. */
+void pruneUntil(steady_clock::time_point due, Store& store, Figures& figures) {
+    while (steady_clock::now() < due && !store.isPruned()) {
+        figures.pruningMs += timeMs([&] {
+            if (!store.prune()) {
+                giveUp(store.lastError());
+            }
+        });
+        ++figures.steps;
+    }
+    std::this_thread::sleep_until(due);
+}
+
+/** Appends a second's changes fifty times a second, `rounds` times and as long as the pruning takes. */
+Figures measure(Store& store, Traffic& traffic, const std::string& path, Moment& now, int rounds) {
+    Figures figures;
+    Chart chart(path);
+    for (int round = 0; round < rounds || !store.isPruned(); ++round) {
+        const auto due = steady_clock::now() + milliseconds(20);
+        const LedgerChanges changes = traffic.step(now, now + seconds(1), 20);
+        now += seconds(1);
+        pruneUntil(due, store, figures);
+        if (!store.append(changes)) {
+            giveUp(store.lastError());
+        }
+        figures.appendDelaysMs.push_back(toMs(steady_clock::now() - due));
+    }
+    figures.longestTotalMs = chart.longestMs();
+    return figures;
+}
+
+/** MB of the database and its log. */
+double sizeOf(const std::string& path) {
+    const auto bytes = std::filesystem::file_size(path) + std::filesystem::file_size(path + "-wal");
+    return static_cast<double>(bytes) / 1e6;
+}
+
+void run(const std::string& path) {
+    std::string error;
+    const auto store = Store::open(path, error);
+    if (!store || !store->load(present)) {
+        giveUp(error);
+    }
+    Traffic traffic;
+    writeYear(*store, traffic);
+    Moment now = present;
+    const Figures before = measure(*store, traffic, path, now, 500);
+    store->beginPruning(days(366));
+    const Figures idle = measure(*store, traffic, path, now, 0);
+    const double sizeBefore = sizeOf(path);
+    store->beginPruning(days(30));
+    const Figures during = measure(*store, traffic, path, now, 0);
+    std::printf("nothing to drop: %.1f ms in %d steps\n", idle.pruningMs, idle.steps);
+    std::printf("eleven months: %.1f s in %d steps, %.0f MB before, %.0f after\n", during.pruningMs / 1000,
+                during.steps, sizeBefore, sizeOf(path));
+    std::printf("longest append: %.1f ms, %.1f times that without pruning (%.1f)\n", during.longestAppendMs(),
+                during.longestAppendMs() / before.longestAppendMs(), before.longestAppendMs());
+    std::printf("longest total: %.1f ms, %.1f times that without pruning (%.1f)\n", during.longestTotalMs,
+                during.longestTotalMs / before.longestTotalMs, before.longestTotalMs);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: pruning_bench FILE\n");
+        return 2;
+    }
+    run(argv[1]);
+    return 0;
+}

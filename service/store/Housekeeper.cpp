@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "service/store/Housekeeper.h"
+
+#include <utility>
+
+#include "service/log/Log.h"
+
+namespace service {
+
+namespace {
+
+using namespace std::chrono;
+
+constexpr minutes restAfterFailure{1};
+
+}  // namespace
+
+void Housekeeper::setRetention(std::optional<days> retention) {
+    m_Retention = retention;
+    m_Begun.reset();
+    m_RestsUntil = {};
+}
+
+bool Housekeeper::isDue() const {
+    return m_Begun != floor<days>(m_Store.present());
+}
+
+bool Housekeeper::hasWork() const {
+    return (isDue() || !m_Store.isPruned()) && steady_clock::now() >= m_RestsUntil;
+}
+
+void Housekeeper::work() {
+    const bool worked = isDue() ? begin() : m_Store.prune();
+    if (!worked) {
+        m_RestsUntil = steady_clock::now() + restAfterFailure;
+    }
+    report(worked);
+}
+
+bool Housekeeper::begin() {
+    if (!m_Store.beginPruning(m_Retention)) {
+        return false;
+    }
+    m_Begun = floor<days>(m_Store.present());
+    return true;
+}
+
+/** One line when the disk begins to refuse, one when it gives in. */
+void Housekeeper::report(bool worked) {
+    const bool workedBefore = std::exchange(m_Works, worked);
+    if (worked && !workedBefore) {
+        logLine("store: what is too old in the history goes on being dropped");
+    } else if (!worked && workedBefore) {
+        logLine("store: what is too old in the history cannot be dropped now: ", m_Store.lastError());
+    }
+}
+
+}  // namespace service

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "service/store/Pruner.h"
+
+#include <string>
+
+#include "service/store/Columns.h"
+#include "service/store/SeriesReader.h"
+
+namespace service {
+
+namespace {
+
+// What a step does at most. An append waits for the step that is under way: some 20 ms of a slow core.
+constexpr int rowsPerSeriesStep = 4000;      // they lie side by side
+constexpr int rowsPerConnectionsStep = 500;  // each in a table and two indexes, far apart
+constexpr int pagesPerSpaceStep = 200;
+
+/** Free pages are left to what comes next unless they are more than this part of the file. */
+constexpr int pagesPerFreePage = 20;
+
+constexpr std::int64_t notCounted = -1;
+
+/**
+ * The first series from application ?1 on with rows before its baseline, which is its last row at or before ?2.
+ * Costs two seeks for each series without such rows.
+ */
+constexpr char findSeries[] =
+    "WITH ids (id) AS (SELECT ?3 UNION ALL SELECT id FROM applications), "
+    "classes (class) AS (VALUES (0), (1), (2)), "
+    "baselines (id, class, moment) AS (SELECT id, class, (SELECT max(moment) FROM series "
+    "WHERE application = id AND series.class = classes.class AND moment <= ?2) "
+    "FROM ids CROSS JOIN classes WHERE id >= ?1) "
+    "SELECT * FROM baselines WHERE EXISTS (SELECT * FROM series WHERE application = baselines.id AND "
+    "series.class = baselines.class AND series.moment < baselines.moment) LIMIT 1";
+
+/** The oldest ?4 rows before ?3. */
+constexpr char dropSeries[] =
+    "DELETE FROM series WHERE application = ?1 AND class = ?2 AND moment < min(?3, coalesce(("
+    "SELECT moment FROM series WHERE application = ?1 AND class = ?2 ORDER BY moment LIMIT 1 OFFSET ?4), "
+    "?3))";
+
+/** Life by life up to ?2, the last before that of open ones. Passes over those only that reach across ?1. */
+constexpr char dropConnections[] =
+    "WITH RECURSIVE lives (life) AS (VALUES (0) UNION ALL SELECT life + 1 FROM lives WHERE life < ?2) "
+    "DELETE FROM connections WHERE id IN (SELECT id FROM lives CROSS JOIN connections USING (life) "
+    "WHERE started < ?1 AND ended < ?1 LIMIT ?3)";
+
+}  // namespace
+
+Pruner::Pruner(SQLite::Database& database)
+    : m_Database(database),
+      m_FindSeries(database, findSeries),
+      m_DropSeries(database, dropSeries),
+      m_DropConnections(database, dropConnections),
+      m_CountPages(database,
+                   "SELECT freelist_count, page_count FROM pragma_freelist_count, pragma_page_count"),
+      m_ShrinkFile(database, "PRAGMA incremental_vacuum(" + std::to_string(pagesPerSpaceStep) + ")") {}
+
+bool Pruner::isValid() const {
+    return m_FindSeries.IsValid() && m_DropSeries.IsValid() && m_DropConnections.IsValid() &&
+           m_CountPages.IsValid() && m_ShrinkFile.IsValid();
+}
+
+void Pruner::begin() {
+    m_Phase = Phase::Series;
+    m_Application = allApplications;
+    m_FreePages = notCounted;
+}
+
+bool Pruner::step(Moment keptSince) {
+    switch (m_Phase) {
+        case Phase::Series:
+            return dropSeriesRows(keptSince);
+        case Phase::Connections:
+            return dropConnectionRows(keptSince);
+        case Phase::Space:
+            return shrinkFile();
+        case Phase::Done:
+            break;
+    }
+    return true;
+}
+
+bool Pruner::dropSeriesRows(Moment keptSince) {
+    m_FindSeries.BindAll(m_Application, toColumn(keptSince), allApplications);
+    const SQLite::StepResult result = m_FindSeries.Step();
+    if (result != SQLite::StepResult::Row) {
+        m_FindSeries.Reset();
+        m_Phase = result == SQLite::StepResult::Done ? Phase::Connections : m_Phase;
+        return result == SQLite::StepResult::Done;
+    }
+    m_Application = m_FindSeries.GetColumnAsInt(0);
+    const int protocolClass = m_FindSeries.GetColumnAsInt(1);
+    const std::int64_t baseline = m_FindSeries.GetColumnAsInt64(2);
+    m_FindSeries.Reset();
+    return m_DropSeries.Execute(m_Application, protocolClass, baseline, rowsPerSeriesStep);
+}
+
+bool Pruner::dropConnectionRows(Moment keptSince) {
+    if (!m_DropConnections.Execute(toColumn(keptSince), longestLife, rowsPerConnectionsStep)) {
+        return false;
+    }
+    if (m_Database.GetChangeCount() < rowsPerConnectionsStep) {
+        m_Phase = Phase::Space;
+    }
+    return true;
+}
+
+bool Pruner::shrinkFile() {
+    m_CountPages.Reset();
+    if (m_CountPages.Step() != SQLite::StepResult::Row) {
+        return false;
+    }
+    const std::int64_t freePages = m_CountPages.GetColumnAsInt64(0);
+    const std::int64_t allPages = m_CountPages.GetColumnAsInt64(1);
+    m_CountPages.Reset();
+    const bool isWorthIt = freePages * pagesPerFreePage > allPages;
+    const bool isStuck = freePages == m_FreePages;  // a file that could not be laid out for it
+    if (isWorthIt && !isStuck) {
+        m_FreePages = freePages;
+        return m_ShrinkFile.Execute();
+    }
+    m_Phase = Phase::Done;
+    // The file ends earlier once the log is in it. Waits for no reader: what one needs still, a later append does.
+    const bool hasShrunk = m_FreePages != notCounted;
+    return !hasShrunk || m_Database.Execute("PRAGMA wal_checkpoint(PASSIVE)");
+}
+
+}  // namespace service

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstdint>
+
+#include "libs/sqlite/Database.h"
+#include "libs/sqlite/Query.h"
+#include "service/ledger/Records.h"
+#include "service/traffic/Moment.h"
+
+namespace service {
+
+/**
+ * Deletes what stands before the moment since which the history is kept, and gives its space back to the disk; in
+ * small steps, each a transaction of its own. Readers clamp their questions to that moment, so to them nothing
+ * changes from step to step, and an interrupted job is finished by a new one. For the thread of its database.
+ */
+class Pruner {
+  public:
+    explicit Pruner(SQLite::Database& database);
+
+    bool isValid() const;
+
+    /** Begins a job, in place of one that may be under way. */
+    void begin();
+
+    /** Whether there is no job, or it has ended. */
+    bool isDone() const { return m_Phase == Phase::Done; }
+
+    /**
+     * A part of the job: what stands before `keptSince` is to go. False when the disk would not take it, with the reason in the database's `GetLastError`:
+     * nothing of it is written, and it can be tried again.
+     */
+    bool step(Moment keptSince);
+
+  private:
+    enum class Phase { Series, Connections, Space, Done };
+
+    bool dropSeriesRows(Moment keptSince);
+    bool dropConnectionRows(Moment keptSince);
+    bool shrinkFile();
+
+    SQLite::Database& m_Database;
+    SQLite::Query m_FindSeries;
+    SQLite::Query m_DropSeries;
+    SQLite::Query m_DropConnections;
+    SQLite::Query m_CountPages;
+    SQLite::Query m_ShrinkFile;
+
+    Phase m_Phase = Phase::Done;
+    ApplicationId m_Application = 0;  ///< the series of those before it are done
+    std::int64_t m_FreePages = 0;     ///< before the last step that shrank the file
+};
+
+}  // namespace service

@@ -6,8 +6,9 @@
 
 namespace service {
 
-Ledger::Ledger(LedgerState state)
-    : m_Totals(state.totals),
+Ledger::Ledger(LedgerState state, RecordingRule rule)
+    : m_Filter(std::move(rule)),
+      m_Totals(state.totals),
       m_NextApplicationId(state.nextApplicationId),
       m_NextConnectionId(state.nextConnectionId) {
     for (ApplicationRecord& application : state.applications) {
@@ -21,26 +22,35 @@ void Ledger::apply(const std::vector<TrafficSample>& samples, Moment now) {
     for (const TrafficSample& sample : samples) {
         enter(sample, now);
     }
+    if (m_NextRule) {
+        changeRule(*std::exchange(m_NextRule, std::nullopt), now);
+    }
 }
 
 void Ledger::enter(const TrafficSample& sample, Moment now) {
-    ApplicationRecord& application = applicationOf(*sample.application, now);
-    ConnectionRecord& connection = connectionOf(sample, application.id, now);
-    if (sample.moved != ByteCount{}) {
-        const ProtocolClass protocolClass = protocolClassOf(sample.socketProtocol);
-        application.counters[protocolClass] += sample.moved;
-        application.lastSeen = now;
-        m_Totals.counters[protocolClass] += sample.moved;
-        connection.applicationId = application.id;
-        connection.bytes += sample.moved;
-        connection.end = now;
-        m_ChangedApplications.insert(application.id);
-        m_ChangedConnections.insert(sample.connectionKey);
+    if (const auto recordedSince = m_Filter.recordedSince(sample.application->path)) {
+        record(sample, *recordedSince, now);
     }
     if (sample.closed) {
-        connection.end = now;
-        closeConnection(sample.connectionKey);
+        closeConnection(sample.connectionKey, now);
     }
+}
+
+void Ledger::record(const TrafficSample& sample, Moment recordedSince, Moment now) {
+    ApplicationRecord& application = applicationOf(*sample.application, now);
+    ConnectionRecord& connection = connectionOf(sample, application.id, recordedSince, now);
+    if (sample.moved == ByteCount{}) {
+        return;
+    }
+    const ProtocolClass protocolClass = protocolClassOf(sample.socketProtocol);
+    application.counters[protocolClass] += sample.moved;
+    application.lastSeen = now;
+    m_Totals.counters[protocolClass] += sample.moved;
+    connection.applicationId = application.id;
+    connection.bytes += sample.moved;
+    connection.end = now;
+    m_ChangedApplications.insert(application.id);
+    m_ChangedConnections.insert(sample.connectionKey);
 }
 
 ApplicationRecord& Ledger::applicationOf(const ApplicationIdentity& identity, Moment now) {
@@ -61,7 +71,8 @@ ApplicationRecord& Ledger::applicationOf(const ApplicationIdentity& identity, Mo
     return application;
 }
 
-ConnectionRecord& Ledger::connectionOf(const TrafficSample& sample, ApplicationId application, Moment now) {
+ConnectionRecord& Ledger::connectionOf(const TrafficSample& sample, ApplicationId application,
+                                       Moment recordedSince, Moment now) {
     const auto [live, isNew] = m_Live.try_emplace(sample.connectionKey);
     ConnectionRecord& connection = live->second;
     if (!isNew) {
@@ -70,7 +81,7 @@ ConnectionRecord& Ledger::connectionOf(const TrafficSample& sample, ApplicationI
     connection.id = m_NextConnectionId++;
     connection.applicationId = application;
     // A record tells of what was counted, so it never begins before the counting did.
-    connection.start = std::min(std::max(sample.opened, m_Totals.start), now);
+    connection.start = std::min(std::max({sample.opened, m_Totals.start, recordedSince}), now);
     connection.end = now;
     connection.isOpen = true;
     connection.direction = sample.direction;
@@ -84,12 +95,35 @@ ConnectionRecord& Ledger::connectionOf(const TrafficSample& sample, ApplicationI
     return connection;
 }
 
-void Ledger::closeConnection(ConnectionKey key) {
+void Ledger::closeConnection(ConnectionKey key, Moment now) {
     const auto closed = m_Live.extract(key);
-    m_LiveKeys.erase(closed.mapped().id);
+    if (closed.empty()) {
+        return;  // its application is not recorded
+    }
+    ConnectionRecord& connection = closed.mapped();
+    m_LiveKeys.erase(connection.id);
     m_ChangedConnections.erase(key);
-    closed.mapped().isOpen = false;
-    m_Ended.push_back(closed.mapped());
+    connection.end = now;
+    connection.isOpen = false;
+    m_Ended.push_back(connection);
+}
+
+void Ledger::setRule(RecordingRule rule) {
+    const std::lock_guard lock(m_Mutex);
+    m_NextRule = std::move(rule);
+}
+
+void Ledger::changeRule(RecordingRule rule, Moment now) {
+    m_Filter.change(std::move(rule), now);
+    std::vector<ConnectionKey> dropped;
+    for (const auto& [key, connection] : m_Live) {
+        if (!m_Filter.recordedSince(m_Applications.at(connection.applicationId).path)) {
+            dropped.push_back(key);
+        }
+    }
+    for (const ConnectionKey key : dropped) {
+        closeConnection(key, now);
+    }
 }
 
 void Ledger::clear(Moment now) {

@@ -11,6 +11,8 @@
 #include <unordered_set>
 #include <vector>
 
+#include "service/ledger/RecordingFilter.h"
+#include "service/ledger/RecordingRule.h"
 #include "service/ledger/Records.h"
 #include "service/traffic/TrafficSample.h"
 
@@ -24,7 +26,7 @@ namespace service {
  */
 class Ledger {
   public:
-    explicit Ledger(LedgerState state);
+    explicit Ledger(LedgerState state, RecordingRule rule = RecordingRule());
 
     Ledger(const Ledger&) = delete;
     Ledger& operator=(const Ledger&) = delete;
@@ -32,8 +34,19 @@ class Ledger {
     /**
      * Enters what a source reported. Samples of unknown applications and connections open new ones. A
      * connection that was handed on belongs to the application that moved bytes over it last.
+     *
+     * Of an application that is not recorded nothing is entered. A connection that such a one shares with one
+     * that is recorded holds the bytes of the latter alone, and ends when it ends.
      */
     void apply(const std::vector<TrafficSample>& samples, Moment now);
+
+    /**
+     * Has `rule` hold from the end of the next `apply` on: a sample tells of bytes that moved before it, when
+     * the old rule held. Then live connections of applications that are not recorded any more are closed with
+     * their bytes so far; applications keep their counts. A connection that lives on unrecorded gets a new
+     * record at its first sample after its application is recorded again, with the bytes from there.
+     */
+    void setRule(RecordingRule rule);
 
     /**
      * Forgets every application, connection and count; ids go on. Counting starts anew at `now`: a connection
@@ -62,11 +75,17 @@ class Ledger {
 
     // All of these expect the mutex to be held.
     void enter(const TrafficSample& sample, Moment now);
+    void record(const TrafficSample& sample, Moment recordedSince, Moment now);
     ApplicationRecord& applicationOf(const ApplicationIdentity& identity, Moment now);
-    ConnectionRecord& connectionOf(const TrafficSample& sample, ApplicationId application, Moment now);
-    void closeConnection(ConnectionKey key);
+    ConnectionRecord& connectionOf(const TrafficSample& sample, ApplicationId application,
+                                   Moment recordedSince, Moment now);
+    void closeConnection(ConnectionKey key, Moment now);
+    void changeRule(RecordingRule rule, Moment now);
 
     mutable std::mutex m_Mutex;  ///< guards everything below
+
+    RecordingFilter m_Filter;
+    std::optional<RecordingRule> m_NextRule;
 
     TotalsRecord m_Totals;
     std::map<ApplicationId, ApplicationRecord> m_Applications;

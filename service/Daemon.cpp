@@ -27,7 +27,10 @@ std::unique_ptr<Daemon> Daemon::start(const Options& options, std::string& error
     return daemon;
 }
 
-Daemon::Daemon(const Options& options) : m_Options(options), m_StopSignals(m_Loop, [this] { stop(); }) {}
+Daemon::Daemon(const Options& options)
+    : m_Options(options),
+      m_StopSignals(m_Loop, [this] { stop(); }),
+      m_SettingsFile(options.config.empty() ? defaultSettingsFile() : options.config) {}
 
 Daemon::~Daemon() = default;
 
@@ -66,7 +69,7 @@ bool Daemon::openHistory(std::string& error) {
         return false;
     }
     m_Source = makeSource(*state, error);
-    m_Ledger = std::make_unique<Ledger>(std::move(*state));
+    m_Ledger = std::make_unique<Ledger>(std::move(*state), m_SettingsFile.read().rule());
     m_History = HistoryReader::open(m_DatabasePath, error);
     return m_Source && m_History;
 }
@@ -93,9 +96,10 @@ void Daemon::goToWork(Listener listener) {
                                     .cleaner = *m_Cleaner,
                                     .textOrder = m_TextOrder,
                                     .now = systemClock,
-                                    .configurationChanged = [this] { noteConfigurationChange(); }});
+                                    .configurationChanged = [this] { m_SettingsFollower->noteChange(); }});
     m_Writer.emplace(*m_Ledger, *m_Store, cleaned);
     m_Poller.emplace(*m_Source, *m_Ledger, polled);
+    m_SettingsFollower.emplace(m_SettingsFile, [this](const Settings& settings) { obey(settings); });
     logLine("listening on ", address, ", source ", m_Source->name(), ", history in ", m_DatabasePath);
 }
 
@@ -114,10 +118,8 @@ void Daemon::announceNewApplications() {
     }
 }
 
-void Daemon::noteConfigurationChange() {
-    const std::string& file = m_Options.config;
-    logPeerLine("the settings have changed", file.empty() ? "" : " in " + file,
-                "; this version does not obey them");
+void Daemon::obey(const Settings& settings) {
+    m_Ledger->setRule(settings.rule());
 }
 
 }  // namespace service

@@ -14,6 +14,8 @@
 #include "service/server/Server.h"
 #include "service/server/StopSignals.h"
 #include "service/server/TextOrder.h"
+#include "service/settings/SettingsFile.h"
+#include "service/settings/SettingsFollower.h"
 #include "service/store/HistoryReader.h"
 #include "service/store/Store.h"
 #include "service/store/StoreWriter.h"
@@ -23,7 +25,7 @@ namespace service {
 
 /**
  * The whole daemon: a source is polled into the ledger, the ledger's changes are written to the store, and
- * the server answers clients from both.
+ * the server answers clients from both. A settings file says what is recorded and kept.
  */
 class Daemon {
   public:
@@ -47,7 +49,7 @@ class Daemon {
 
     void stop();
     void announceNewApplications();
-    void noteConfigurationChange();
+    void obey(const Settings& settings);
 
     const Options m_Options;
     std::unique_ptr<TemporaryFolder> m_TemporaryFolder;  ///< of a demo whose history is not kept
@@ -58,12 +60,14 @@ class Daemon {
     EventLoop m_Loop;
     StopSignals m_StopSignals;
     TextOrder m_TextOrder;
+    SettingsFile m_SettingsFile;
     std::unique_ptr<Store> m_Store;
     std::unique_ptr<HistoryReader> m_History;
     std::unique_ptr<Ledger> m_Ledger;
     std::unique_ptr<TrafficSource> m_Source;
     std::optional<StoreWriter> m_Writer;
     std::optional<Poller> m_Poller;
+    std::optional<SettingsFollower> m_SettingsFollower;
     std::optional<HistoryCleaner> m_Cleaner;
     std::optional<Server> m_Server;
 };

@@ -14,7 +14,7 @@ namespace service {
 struct Options {
     bool demo = false;
     std::string database;  ///< empty: the default place
-    std::string config;    ///< the settings file; empty: none was named
+    std::string config;    ///< the settings file; empty: the whole system's
     ListenAddress listen;
     std::optional<CaptureMode> capture;  ///< never together with `demo`
 };

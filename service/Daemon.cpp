@@ -120,6 +120,7 @@ void Daemon::announceNewApplications() {
 
 void Daemon::obey(const Settings& settings) {
     m_Ledger->setRule(settings.rule());
+    m_Poller->wake();
 }
 
 }  // namespace service

@@ -24,8 +24,16 @@ Poller::~Poller() {
         const std::lock_guard lock(m_Mutex);
         m_StopRequested = true;
     }
-    m_StopChanged.notify_one();
+    m_Requested.notify_one();
     m_Thread.join();
+}
+
+void Poller::wake() {
+    {
+        const std::lock_guard lock(m_Mutex);
+        m_PollRequested = true;
+    }
+    m_Requested.notify_one();
 }
 
 void Poller::run() {
@@ -34,9 +42,15 @@ void Poller::run() {
     bool stop = false;
     while (!stop) {
         poll();
-        next = std::max(next + interval, steady_clock::now() + minimalRest);  // no hurry to catch up
+        const steady_clock::time_point now = steady_clock::now();
+        if (next <= now) {  // else it was woken, and its turn is still to come
+            next += interval;
+        }
+        next = std::max(next, now + minimalRest);  // no hurry to catch up
         std::unique_lock lock(m_Mutex);
-        stop = m_StopChanged.wait_until(lock, next, [this] { return m_StopRequested; });
+        m_Requested.wait_until(lock, next, [this] { return m_StopRequested || m_PollRequested; });
+        m_PollRequested = false;
+        stop = m_StopRequested;
     }
     poll();
 }

@@ -25,6 +25,9 @@ class Poller {
     Poller(const Poller&) = delete;
     Poller& operator=(const Poller&) = delete;
 
+    /** Polls at once as well as at the next second; any thread. */
+    void wake();
+
   private:
     void run();
     void poll();
@@ -34,7 +37,8 @@ class Poller {
     const std::function<void()> m_OnPolled;
 
     std::mutex m_Mutex;
-    std::condition_variable m_StopChanged;
+    std::condition_variable m_Requested;
+    bool m_PollRequested = false;  ///< guarded by m_Mutex
     bool m_StopRequested = false;  ///< guarded by m_Mutex
 
     std::thread m_Thread;  ///< last, because it uses all of the above

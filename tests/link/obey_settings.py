@@ -1,0 +1,214 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Changes the settings file of a real daemon and holds it to docs/settings.md.
+
+    netns obey_settings.py PROGRAM
+
+PROGRAM is `nevtora-daemon`; it counts two programs of this test that send over loopback without a pause.
+"""
+
+import datetime
+import os
+import plistlib
+import select
+import shutil
+import signal
+import socket
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+import unittest
+from pathlib import Path
+
+import wire
+from client import Client
+
+ADDRESS = ("127.0.0.1", wire.PORT)
+OBEYED_WITHIN = 2  # seconds
+START_LIMIT = 60
+ALL, ONLY_LISTED, ALL_BUT_LISTED = 0, 1, 2
+
+# Sends a little, often enough that no second passes without.
+SENDER = """
+import socket, sys, time
+link = socket.create_connection(("127.0.0.1", int(sys.argv[1])))
+while True:
+    link.send(b"x" * 100)
+    time.sleep(0.02)
+"""
+
+program = None
+
+
+class ObeysSettings(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="nevtora-settings-")
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name).resolve()
+        self.settings = self.folder / "settings.plist"
+        self.log = open(self.folder / "log", "w+")
+        self.addCleanup(self.log.close)
+        self.sink = socket.create_server(("127.0.0.1", 0))
+        self.addCleanup(self.sink.close)
+        threading.Thread(target=self.swallow, daemon=True).start()
+        self.bundled = self.start_sender("Bundled.app/Contents/bundled")
+        self.plain = self.start_sender("plain")
+
+    def swallow(self):
+        """Takes in what the senders send, until they end."""
+        links = [self.sink.accept()[0] for _ in range(2)]
+        while links:
+            for link in select.select(links, [], [])[0]:
+                if not link.recv(1 << 16):
+                    links.remove(link)
+                    link.close()
+
+    def start_sender(self, name):
+        """Runs the sender as a program of its own; answers its executable."""
+        path = self.folder / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        shutil.copy(os.path.realpath(sys.executable), path)
+        command = [path, "-S", "-c", SENDER, str(self.sink.getsockname()[1])]
+        process = subprocess.Popen(command, env={"PYTHONHOME": sys.base_prefix})
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        return str(path)
+
+    def start_daemon(self):
+        command = [program, "--capture", "diag", "--config", self.settings, "--database", self.folder / "history.sqlite"]
+        self.daemon = subprocess.Popen(command, stderr=self.log)
+        self.addCleanup(self.daemon.wait)
+        self.addCleanup(self.daemon.kill)
+        deadline = time.monotonic() + START_LIMIT
+        while True:
+            try:
+                self.client = Client(ADDRESS)
+                self.addCleanup(self.client.socket.close)
+                return
+            except ConnectionRefusedError:
+                self.assertTrue(time.monotonic() < deadline and self.daemon.poll() is None, self.whole_log())
+                time.sleep(0.02)
+
+    def restart_daemon(self):
+        self.client.socket.close()
+        self.daemon.send_signal(signal.SIGTERM)
+        self.assertEqual(self.daemon.wait(30), 0, self.whole_log())
+        self.start_daemon()
+
+    def whole_log(self):
+        self.log.seek(0)
+        return self.log.read()
+
+    def write_settings(self, mode, *paths):
+        self.settings.write_bytes(plistlib.dumps({"AllowDenyAppsMode": mode, "AllowDenyApps": list(map(str, paths))}))
+
+    def change_settings(self, mode, *paths, times=1):
+        self.write_settings(mode, *paths)
+        for _ in range(times):
+            self.client.send_event(wire.CONFIGURATION_CHANGED)
+        self.changed_at = time.monotonic()
+
+    def ask_rows(self, create, count, row, delete, parameters=None):
+        iterator = self.client.ask(create)["iteratorId"]
+        if parameters:
+            self.client.send((wire.SET_CONNECTIONS_PARAMETERS, parameters | {"iteratorId": iterator}))
+        size = self.client.ask(count, iteratorId=iterator)["count"]
+        rows = self.client.ask_all(*((row, {"iteratorId": iterator, "index": i}) for i in range(size)))
+        self.client.send((delete, {"iteratorId": iterator}))
+        return rows
+
+    def applications(self):
+        """By executable; they add up to the totals."""
+        while True:  # until no poll came between the answers
+            before = self.client.ask(wire.TOTAL_STATISTIC_INFO)
+            rows = self.ask_rows(
+                wire.CREATE_APPLICATION_ITERATOR,
+                wire.GET_COUNT_APPLICATIONS,
+                wire.GET_APPLICATION_INFO,
+                wire.DELETE_APPLICATIONS_ITERATOR,
+            )
+            if self.client.ask(wire.TOTAL_STATISTIC_INFO) == before:
+                break
+        self.assertEqual(sum(row["totalSendedBytes"] for row in rows), before["totalSendedBytes"])
+        return {row["fullPath"]: row for row in rows}
+
+    def connections(self, path):
+        """Of one application, oldest first."""
+        parameters = dict(
+            startTime=datetime.datetime(2001, 1, 1),
+            endTime=datetime.datetime(2037, 1, 1),
+            applicationId=self.applications()[path]["id"],
+            socketProtocol=wire.ALL,
+            sortDirection=wire.ASCENDING,
+            sortField=0,
+        )
+        return self.ask_rows(
+            wire.CREATE_CONNECTIONS_ITERATOR,
+            wire.GET_COUNT_CONNECTIONS,
+            wire.GET_CONNECTION_INFO,
+            wire.DELETE_CONNECTIONS_ITERATOR,
+            parameters,
+        )
+
+    def sent(self, path):
+        """Nothing when it is not among the applications."""
+        row = self.applications().get(path)
+        return row["totalSendedBytes"] if row else None
+
+    def check_counted(self, path):
+        deadline = time.monotonic() + OBEYED_WITHIN
+        before = self.sent(path)
+        while self.sent(path) == before:
+            self.assertLess(time.monotonic(), deadline, f"{path} is not counted\n{self.whole_log()}")
+            time.sleep(0.02)
+
+    def check_only_one_counted(self, one, other):
+        """Answers where the other's counter stands."""
+        while True:
+            still = self.sent(other)
+            self.check_counted(one)  # twice: right after another poll there may be nothing to count
+            self.check_counted(one)
+            if self.sent(other) == still:
+                return still
+            self.assertLess(time.monotonic(), self.changed_at + OBEYED_WITHIN, f"{other} is counted\n{self.whole_log()}")
+
+    def test_what_the_file_says_is_recorded_and_nothing_else(self):
+        link = self.folder / "link"
+        link.symlink_to(self.plain)
+        self.write_settings(ALL_BUT_LISTED, self.folder / "Bundled.app")
+        self.start_daemon()
+        self.check_counted(self.plain)
+        self.check_counted(self.plain)  # the first poll is where counting begins
+        self.assertIsNone(self.sent(self.bundled))
+
+        self.change_settings(ALL)
+        self.check_counted(self.bundled)
+
+        self.change_settings(ALL_BUT_LISTED, link, times=1000)
+        counted = self.check_only_one_counted(self.bundled, self.plain)
+        closed = self.connections(self.plain)
+        self.assertEqual([row["sendedBytes"] for row in closed], [counted])
+
+        self.change_settings(ONLY_LISTED, link)
+        still = self.check_only_one_counted(self.plain, self.bundled)
+
+        self.restart_daemon()
+        self.check_counted(self.plain)
+        self.check_counted(self.plain)
+        self.assertEqual(self.sent(self.bundled), still)
+        rows = self.connections(self.plain)
+        self.assertEqual(rows[0], closed[0])
+        self.assertGreater(rows[1]["startTime"], rows[0]["endTime"])
+        self.assertEqual(self.whole_log().count("records all applications but 1,"), 2, self.whole_log())
+
+
+def main():
+    global program
+    program = sys.argv.pop(1)
+    unittest.main(verbosity=2)
+
+
+if __name__ == "__main__":
+    main()

@@ -55,7 +55,7 @@ std::string recordingInWords(int mode, std::size_t listed) {
 }
 
 std::string keepingInWords(int months) {
-    return months < 1 ? "keeps everything (" + std::to_string(months) + " is no number of months to keep)"
+    return months < 1 ? "keeps everything (months to keep: " + std::to_string(months) + ")"
                       : "keeps " + counted(static_cast<std::size_t>(months), "month");
 }
 

@@ -17,8 +17,8 @@ class SettingsFile {
 
     /**
      * What the file holds, with the default for each value that is absent or of a wrong type; the defaults when
-     * there is no such file. When there is one that cannot be read or understood, what was in force before, at
-     * first the defaults.
+     * there is no such file. When there is one that cannot be read or understood, what was in force before; at
+     * first that is the defaults, but for the history, of which nothing is dropped as long as nobody knows the wish.
      */
     const Settings& read();
 
@@ -31,7 +31,7 @@ class SettingsFile {
     void say(const std::string& text);
 
     const std::string m_Path;
-    Settings m_InForce;
+    Settings m_InForce = {.months = 0, .mode = config::defaultAllowDenyAppsMode, .listed = {}};
     std::string m_Said;  ///< the latest log line
 };
 

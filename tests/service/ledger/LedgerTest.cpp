@@ -25,6 +25,12 @@ struct LedgerTest : testing::Test {
     Ledger ledger{{.totals = {.counters = {}, .start = at(0)}, .applications = {}}};
 };
 
+RecordingRule allBut(const std::string& path) {
+    RecordingRule rule(RecordingRule::Mode::AllButListed);
+    rule.list(path, path);
+    return rule;
+}
+
 }  // namespace
 
 TEST_F(LedgerTest, WhatTheWriterTakesAddsUpWhileOthersCountAndAsk) {
@@ -124,6 +130,50 @@ TEST_F(LedgerTest, AConnectionThatWasHandedOnBelongsToWhoMovedBytesLast) {
     ASSERT_EQ(changes.connections.size(), 1u);
     EXPECT_EQ(changes.connections[0].applicationId, changes.applications[1].id);
     EXPECT_EQ(changes.connections[0].bytes.received, 11);
+}
+
+TEST_F(LedgerTest, NothingIsLeftOfAnApplicationThatIsNotRecorded) {
+    Ledger strict({}, allBut("/a"));
+    strict.apply({sampleOf(1, "/a", {5, 5}), sampleOf(2, "/a", {5, 5}, true)}, at(1));
+    EXPECT_TRUE(strict.takeChanges(at(1)).empty());
+    EXPECT_TRUE(strict.takeNewApplications().empty());
+    EXPECT_EQ(strict.totals().counters, Counters{});
+}
+
+TEST_F(LedgerTest, AChangedRuleCutsConnectionsWhereAPollEnds) {
+    ledger.setRule(allBut("/a"));
+    const LedgerChanges cut = apply(2, {sampleOf(1, "/a", {5, 0}), sampleOf(2, "/b", {7, 0})});
+    ASSERT_EQ(cut.connections.size(), 2u);
+    EXPECT_FALSE(cut.connections[0].isOpen);
+    EXPECT_EQ(cut.connections[0].bytes.received, 5) << "moved while the old rule held";
+    EXPECT_TRUE(cut.connections[1].isOpen);
+    EXPECT_TRUE(apply(3, {sampleOf(1, "/a", {100, 0})}).empty());
+
+    ledger.setRule(RecordingRule());
+    EXPECT_TRUE(apply(4, {sampleOf(1, "/a", {1000, 0})}).empty());
+    const LedgerChanges resumed = apply(6, {sampleOf(1, "/a", {20, 0}), sampleOf(2, "/b", {1, 0})});
+    ASSERT_EQ(resumed.connections.size(), 2u);
+    EXPECT_EQ(resumed.connections[0].id, cut.connections[1].id) << "always recorded, so never cut";
+    EXPECT_GT(resumed.connections[1].id, cut.connections[1].id);
+    EXPECT_EQ(resumed.connections[1].bytes.received, 20);
+    EXPECT_EQ(resumed.connections[1].start, at(4));
+    EXPECT_EQ(resumed.applications[0].counters.total().received, 25);
+    EXPECT_EQ(resumed.totals.counters.total().received, 33);
+
+    const LedgerChanges later = apply(7, {sampleOf(3, "/b", {1, 0}), sampleOf(4, "/c", {1, 0})});
+    EXPECT_EQ(later.connections[0].start, at(0)) << "it was open all the time, and /b recorded";
+    EXPECT_EQ(later.connections[1].start, at(4)) << "whether the old rule admitted /c was never asked";
+}
+
+TEST_F(LedgerTest, ASharedConnectionHoldsTheBytesOfWhoIsRecorded) {
+    ledger.setRule(allBut("/worker"));
+    apply(1, {});
+    const LedgerChanges changes = apply(2, {sampleOf(1, "/listener", {1, 0}), sampleOf(1, "/worker", {10, 0}),
+                                            sampleOf(1, "/worker", {}, true)});
+    ASSERT_EQ(changes.connections.size(), 1u);
+    EXPECT_EQ(changes.connections[0].bytes.received, 1);
+    EXPECT_FALSE(changes.connections[0].isOpen);
+    EXPECT_EQ(changes.totals.counters.total().received, 1);
 }
 
 TEST_F(LedgerTest, AbsorbedChangesAreAsIfTakenAtOnce) {

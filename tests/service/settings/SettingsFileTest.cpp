@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "service/settings/SettingsFile.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <climits>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <optional>
+#include <utility>
+
+#include "service/settings/SettingsFollower.h"
+
+using namespace service;
+namespace fs = std::filesystem;
+
+namespace {
+
+struct SettingsFileTest : testing::Test {
+    SettingsFileTest() {
+        std::string name = (fs::temp_directory_path() / "settings-XXXXXX").string();
+        folder = ::mkdtemp(name.data());
+        path = folder / "settings.plist";
+    }
+    ~SettingsFileTest() override { fs::remove_all(folder); }
+
+    void write(const std::string& content) const { std::ofstream(path) << content; }
+    void writeDictionary(const std::string& content) const {
+        write("<plist version=\"1.0\"><dict>" + content + "</dict></plist>");
+    }
+
+    fs::path folder;
+    fs::path path;
+};
+
+std::string months(const std::string& value) {
+    return "<key>CaptureInterval</key>" + value;
+}
+
+Settings keeping(int months) {
+    Settings settings;
+    settings.months = months;
+    return settings;
+}
+
+std::string list(const std::string& mode, const std::string& elements) {
+    return "<key>AllowDenyAppsMode</key>" + mode + "<key>AllowDenyApps</key><array>" + elements + "</array>";
+}
+
+}  // namespace
+
+TEST_F(SettingsFileTest, WhatIsAbsentOrMakesNoSenseIsTheDefault) {
+    const std::string two = "<string>/a</string><string>/b</string>";
+    struct Case {
+        std::string content, words;
+    };
+    for (const auto& [content, words] :
+         {Case{"", "records all applications, keeps 12 months"},
+          Case{months("<string>3</string>") + list("<true/>", two),
+               "records only 2 applications, keeps 12 months"},
+          Case{months("<real>1.9</real>") + list("<integer>2</integer>", two),
+               "records all applications but 2, keeps 1 month"},
+          Case{list("<integer>0</integer>", two), "records all applications, keeps 12 months"},
+          Case{list("<integer>2</integer>", two + "<integer>1</integer>"),
+               "records all applications, keeps 12 months"},
+          Case{list("<integer>1</integer>", ""), "records no application, keeps 12 months"},
+          Case{list("<string>1</string>", two), "records all applications, keeps 12 months"},
+          Case{months("<integer>0</integer>") + list("<integer>7</integer>", two),
+               "records all applications (there is no mode 7), keeps everything (0 is no number of months to "
+               "keep)"}}) {
+        writeDictionary(content);
+        EXPECT_EQ(SettingsFile(path).read().inWords(), words) << content;
+    }
+}
+
+TEST_F(SettingsFileTest, AFileThatCannotBeReadChangesNothingAndOneThatIsGoneEverything) {
+    SettingsFile file(path);
+    write("<plist version=\"1.0\"><dict>");
+    EXPECT_EQ(file.read().retention(), std::nullopt) << "what was dropped does not come back";
+    fs::remove(path);
+    const std::string defaults = file.read().inWords();
+    writeDictionary(months("<integer>3</integer>"));
+    EXPECT_EQ(file.read().months, 3);
+    for (const char* broken : {"", "<plist version=\"1.0\"><dict>", "bplist00"}) {
+        write(broken);
+        EXPECT_EQ(file.read().months, 3) << broken;
+    }
+    fs::remove(path);
+    fs::create_directory(path);
+    EXPECT_EQ(file.read().months, 3) << "a folder";
+    fs::remove(path);
+    EXPECT_EQ(file.read().inWords(), defaults);
+}
+
+TEST_F(SettingsFileTest, ListedPathsLeadWhereTheirLinksLead) {
+    const fs::path real = fs::canonical(folder);
+    fs::create_directories(real / "lib/Web-2");
+    std::ofstream(real / "lib/browser-esr") << "";
+    fs::create_symlink("lib/browser-esr", folder / "browser");
+    fs::create_symlink("lib", folder / "bin");
+    fs::create_symlink(real / "lib/Web-2", folder / "Web.app");
+    const Settings settings{
+        .months = 12,
+        .mode = 1,
+        .listed = {folder / "browser", folder / "bin/not-there-now", folder / "Web.app/", "(unknown)"}};
+    const RecordingRule rule = settings.rule();
+    for (const fs::path& executable :
+         {real / "lib/browser-esr", real / "lib/not-there-now", real / "lib/Web-2/web"}) {
+        EXPECT_TRUE(rule.records(executable)) << executable;
+    }
+    EXPECT_TRUE(rule.records("(unknown)"));
+    EXPECT_FALSE(rule.records(real / "lib/other"));
+}
+
+TEST_F(SettingsFileTest, MonthsAreThirtyDaysAndWithoutEndBelowOne) {
+    EXPECT_EQ(keeping(2).retention(), std::chrono::days{60});
+    EXPECT_EQ(keeping(INT_MAX).retention(), std::chrono::days{30LL * INT_MAX});
+    EXPECT_EQ(keeping(0).retention(), std::nullopt);
+}
+
+TEST_F(SettingsFileTest, ManyNotesOfAChangeAreFewReadingsAndTheLastOneCounts) {
+    SettingsFile file(path);
+    std::promise<void> five;
+    bool isFive = false;
+    int readings = 0;
+    std::optional<SettingsFollower> follower(std::in_place, file, [&](const Settings& settings) {
+        ++readings;
+        if (settings.months == 5 && !std::exchange(isFive, true)) {
+            five.set_value();
+        }
+    });
+    for (int i = 0; i < 1000; ++i) {
+        follower->noteChange();
+    }
+    writeDictionary(months("<integer>5</integer>"));
+    follower->noteChange();
+    EXPECT_EQ(five.get_future().wait_for(std::chrono::seconds(30)), std::future_status::ready);
+    follower.reset();
+    EXPECT_LE(readings, 10);
+}

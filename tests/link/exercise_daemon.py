@@ -42,9 +42,9 @@ class Daemon:
             self.address = free.getsockname()
         self.log = open(Path(self.folder.name) / "log", "w+")
         listen = f"{self.address[0]}:{self.address[1]}"
-        database = f"{self.folder.name}/history.sqlite"
+        database, no_settings = f"{self.folder.name}/history.sqlite", f"{self.folder.name}/none"
         self.process = subprocess.Popen(
-            [program, "--demo", "--database", database, "--listen", listen], stderr=self.log
+            [program, "--demo", "--database", database, "--config", no_settings, "--listen", listen], stderr=self.log
         )
 
     def wait_until_it_answers(self):

@@ -69,8 +69,7 @@ TEST_F(SettingsFileTest, WhatIsAbsentOrMakesNoSenseIsTheDefault) {
           Case{list("<integer>1</integer>", ""), "records no application, keeps 12 months"},
           Case{list("<string>1</string>", two), "records all applications, keeps 12 months"},
           Case{months("<integer>0</integer>") + list("<integer>7</integer>", two),
-               "records all applications (there is no mode 7), keeps everything (0 is no number of months to "
-               "keep)"}}) {
+               "records all applications (there is no mode 7), keeps everything (months to keep: 0)"}}) {
         writeDictionary(content);
         EXPECT_EQ(SettingsFile(path).read().inWords(), words) << content;
     }

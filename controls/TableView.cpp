@@ -7,6 +7,8 @@
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QMenu>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QResizeEvent>
 #include <algorithm>
@@ -64,6 +66,10 @@ void TableView::setEmptyText(const QString& text) {
         setAccessibleDescription(text);
         viewport()->update();
     }
+}
+
+void TableView::setMenu(QMenu* menu) {
+    m_Menu = menu;
 }
 
 QString TableView::selectedRowText() const {
@@ -125,13 +131,28 @@ void TableView::focusInEvent(QFocusEvent* event) {
 
 void TableView::contextMenuEvent(QContextMenuEvent* event) {
     const bool isFromMouse = event->reason() == QContextMenuEvent::Mouse;
-    const QModelIndex row =
-        isFromMouse ? indexAt(viewport()->mapFromGlobal(event->globalPos())) : currentIndex();
-    if (!row.isValid() || !selectionModel()->isRowSelected(row.row())) {
+    const QPoint point = viewport()->mapFromGlobal(event->globalPos());
+    if (m_Menu == nullptr || (isFromMouse && !viewport()->rect().contains(point))) {  // on the header, say
+        event->ignore();
+    } else if (isFromMouse) {
+        selectAlone(rowAt(point.y()));
+        m_Menu->popup(event->globalPos());
+    } else if (selectionModel() != nullptr && selectionModel()->hasSelection()) {
+        m_Menu->popup(viewport()->mapToGlobal(visualRect(currentIndex()).bottomLeft()));
+    }
+}
+
+/** -1 selects none. */
+void TableView::selectAlone(int row) {
+    if (selectionModel() == nullptr) {
         return;
     }
-    const QPoint below = viewport()->mapToGlobal(visualRect(row).bottomLeft());
-    emit rowMenuRequested(isFromMouse ? event->globalPos() : below);
+    if (row < 0) {
+        selectionModel()->clear();
+    } else {
+        selectionModel()->setCurrentIndex(model()->index(row, m_SearchColumn),
+                                          QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    }
 }
 
 /** The base class would copy a single cell, selected or not. */
@@ -140,6 +161,13 @@ void TableView::keyPressEvent(QKeyEvent* event) {
         m_CopyAction->trigger();
     } else {
         QTableView::keyPressEvent(event);
+    }
+}
+
+/** What a right click selects comes with its menu. */
+void TableView::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::RightButton) {
+        QTableView::mousePressEvent(event);
     }
 }
 
@@ -154,7 +182,8 @@ void TableView::drawEmptyText() {
     QRect room = viewport()->rect();
     room.setTop(verticalHeader()->length() - verticalOffset());
     QPainter painter(viewport());
-    painter.setPen(palette().color(QPalette::PlaceholderText));
+    painter.setPen(
+        palette().color(QPalette::Active, QPalette::PlaceholderText));  // to be read, also when disabled
     painter.drawText(room, Qt::AlignCenter | Qt::TextWordWrap, m_EmptyText);
 }
 

@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QPointer>
 #include <QTableView>
 
 #include "controls/TypedSearch.h"
 
 class QAction;
+class QMenu;
 
 /**
  * A table of whole rows without a grid that tells which rows the user can see, so that a model need fetch no
  * others, and that says in a sentence why it is empty. The keyboard goes from row to row, finds rows by the
- * text of one column, and copies the selected one. Main thread.
+ * text of one column, and copies the selected one. Disabled, all of it is drawn so, the header included. Main thread.
  */
 class TableView : public QTableView {
     Q_OBJECT
@@ -45,15 +47,19 @@ class TableView : public QTableView {
      */
     QString selectedRowText() const;
 
+    /**
+     * What a right click opens, after it has selected the row under the pointer and no other, or none at all below
+     * the last one; the menu key opens it for the selected row. Without a menu, which is the beginning, a right click
+     * does nothing. The menu is not owned.
+     */
+    void setMenu(QMenu* menu);
+
     void keyboardSearch(const QString& keys) override;
     void reset() override;
 
   signals:
     /** The user scrolled, or the table has another size. Comes before the newly visible rows are painted. */
     void visibleRowsChanged();
-
-    /** A right click on a row, which it has selected, or the menu key with a selected row; in global coordinates. */
-    void rowMenuRequested(const QPoint& position);
 
     /** Columns may be fitted to the new width of the viewport, in pixels. */
     void widthChanged(int width);
@@ -63,6 +69,7 @@ class TableView : public QTableView {
     void contextMenuEvent(QContextMenuEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
@@ -79,9 +86,11 @@ class TableView : public QTableView {
     void setupCopyAction();
     void copySelectedRow();
     void drawEmptyText();
+    void selectAlone(int row);
     void updateCopyAction();
 
     QAction* m_CopyAction;
+    QPointer<QMenu> m_Menu;
     QString m_EmptyText;
     TypedSearch m_Search;
     int m_SearchColumn = 0;

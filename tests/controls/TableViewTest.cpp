@@ -7,6 +7,7 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QHeaderView>
+#include <QMenu>
 #include <QScrollBar>
 #include <QStandardItemModel>
 #include <QTest>
@@ -51,8 +52,11 @@ class TableViewTest : public testing::Test {
         return selectedRow();
     }
 
+    /** As the desktop delivers it, with what it asks a menu for; `point` is in the viewport. */
     void rightClick(const QPoint& point) {
-        QTest::mouseClick(m_Table.viewport(), Qt::RightButton, {}, point);
+        QTest::mouseClick(m_Table.windowHandle(), Qt::RightButton, {},
+                          m_Table.viewport()->mapTo(&m_Table, point));
+        QTest::qWait(1);
     }
 
     QStandardItemModel m_Model{10000, 3};
@@ -110,12 +114,54 @@ TEST_F(TableViewTest, CopiesTheSelectedRowInTheOrderThatTheUserSees) {
     EXPECT_FALSE(m_Table.copyAction()->isEnabled());
 }
 
-TEST_F(TableViewTest, ARightClickSelectsTheRowAndOnTheEmptyAreaNone) {
+TEST_F(TableViewTest, ARightClickSelectsItsRowOrNoneBeforeTheMenuOpensAndWithoutOneNothing) {
     m_Model.setRowCount(4);
-    rightClick(m_Table.visualRect(m_Model.index(2, 1)).center());
-    EXPECT_EQ(selectedRow(), 2);
-    rightClick(QPoint(50, 250));
-    EXPECT_EQ(selectedRow(), -1);
+    m_Table.selectRow(1);
+    const QPoint onRow2 = m_Table.visualRect(m_Model.index(2, 1)).center();
+    rightClick(onRow2);
+    EXPECT_EQ(selectedRow(), 1) << "there is no menu";
+    QMenu menu;
+    menu.addAction("Command");
+    QList<int> opened;
+    QObject::connect(&menu, &QMenu::aboutToShow, [&] { opened << selectedRow(); });
+    m_Table.setMenu(&menu);
+    const QPoint rightOfTheColumns(m_Table.horizontalHeader()->length() + 5, onRow2.y());
+    const QPoint belowTheRows(50, 250);
+    for (const QPoint& point : {onRow2, rightOfTheColumns, belowTheRows, QPoint(50, -10)}) {
+        rightClick(point);
+        menu.close();
+    }
+    EXPECT_EQ(opened, QList<int>({2, 2, -1})) << "and the header has no menu";
+}
+
+TEST_F(TableViewTest, DisabledLooksSoAndIsPaintedAnewOnlyWhenThatChanges) {
+    struct PaintCounter : QObject {
+        bool eventFilter(QObject*, QEvent* event) override {
+            paints += event->type() == QEvent::Paint ? 1 : 0;
+            return false;
+        }
+        int paints = 0;
+    } counter;
+    m_Table.viewport()->installEventFilter(&counter);
+    m_Table.horizontalHeader()->viewport()->installEventFilter(&counter);
+    const auto paintsAfter = [&](bool isEnabled) {
+        QTest::qWait(20);
+        counter.paints = 0;
+        m_Table.setEnabled(isEnabled);
+        QTest::qWait(20);
+        return counter.paints;
+    };
+    const auto pictures = [this] {
+        return std::pair(m_Table.horizontalHeader()->grab().toImage(), m_Table.viewport()->grab().toImage());
+    };
+    const auto enabled = pictures();
+    EXPECT_EQ(paintsAfter(true), 0);
+    EXPECT_EQ(paintsAfter(false), 2);
+    EXPECT_EQ(paintsAfter(false), 0);
+    EXPECT_NE(pictures().first, enabled.first);
+    EXPECT_NE(pictures().second, enabled.second);
+    EXPECT_EQ(paintsAfter(true), 2);
+    EXPECT_EQ(pictures(), enabled);
 }
 
 TEST_F(TableViewTest, ARefreshOfAllRowsNeitherScrollsNorDeselects) {

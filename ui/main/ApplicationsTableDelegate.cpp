@@ -21,6 +21,10 @@ constexpr int barOpacityOnDark = 96;
 constexpr QMarginsF barMargins(3, 3, 3, 3);
 constexpr qreal barRadius = 2;
 
+bool isEnabled(const QStyleOptionViewItem& cell) {
+    return (cell.state & QStyle::State_Enabled) != 0;
+}
+
 bool isSelected(const QStyleOptionViewItem& cell) {
     return (cell.state & QStyle::State_Selected) != 0;
 }
@@ -42,7 +46,7 @@ bool isNumber(int column) {
 
 /** As the style chooses it for the ground: a table without the keyboard is drawn like an inactive one. */
 QPalette::ColorGroup colorGroup(const QStyleOptionViewItem& cell) {
-    if ((cell.state & QStyle::State_Enabled) == 0) {
+    if (!isEnabled(cell)) {
         return QPalette::Disabled;
     }
     return (cell.state & QStyle::State_Active) != 0 ? QPalette::Active : QPalette::Inactive;
@@ -64,8 +68,8 @@ void drawShare(QPainter& painter, const QStyleOptionViewItem& cell, const QModel
         return;  // a hair would look like a rule between the columns
     }
     QColor color(index.column() == Model::ReceivedColumn ? receivedColor : sentColor);
-    if (isSelected(cell)) {
-        color = cell.palette.color(colorGroup(cell), QPalette::HighlightedText);
+    if (isSelected(cell) || !isEnabled(cell)) {
+        color = textColor(cell, index.column());
     }
     const bool isDark = cell.palette.color(QPalette::Base).lightness() < 128;
     color.setAlpha(isDark ? barOpacityOnDark : barOpacityOnLight);
@@ -106,8 +110,10 @@ void ApplicationsTableDelegate::drawContent(QPainter& painter, const QStyleOptio
     painter.setPen(textColor(cell, column));
     switch (column) {
         case Model::IconColumn:
-            cell.icon.paint(&painter, QStyle::alignedRect(cell.direction, Qt::AlignCenter,
-                                                          cell.decorationSize, cell.rect));
+            cell.icon.paint(
+                &painter,
+                QStyle::alignedRect(cell.direction, Qt::AlignCenter, cell.decorationSize, cell.rect),
+                Qt::AlignCenter, isEnabled(cell) ? QIcon::Normal : QIcon::Disabled);
             break;
         case Model::NumberColumn:
         case Model::ReceivedColumn:

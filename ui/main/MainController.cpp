@@ -98,6 +98,7 @@ void MainController::awakeFromNib() {
     setupColumns();
     setupDrawer();
     setupCommands();
+    setupTableMenu();
     setupSortMenu();
     createStatusIcon();
     m_WindowMemory = std::make_unique<WindowMemory>(*m_Window, *m_ColumnFitter, *m_Outlets->m_Drawer);
@@ -118,7 +119,6 @@ void MainController::setupTable() {
     table->setFocus();
     connect(table, &TableView::visibleRowsChanged, this, &MainController::fetchVisibleRows);
     connect(table, &TableView::doubleClicked, this, &MainController::tableDoubleClicked);
-    connect(table, &TableView::rowMenuRequested, this, &MainController::showTableMenu);
     connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &MainController::tableViewSelectionDidChange);
 
@@ -196,6 +196,16 @@ void MainController::setupCommands() {
     connect(outlets.m_AboutAction, &QAction::triggered, this, &MainController::showAbout);
 }
 
+void MainController::setupTableMenu() {
+    const Ui::MainWindow& outlets = *m_Outlets;
+    m_TableMenu = new QMenu(outlets.m_ApplicationsTable);
+    m_TableMenu->addActions(outlets.m_ApplicationMenu->actions());
+    m_TableMenu->addAction(outlets.m_AdditionalInfoAction);
+    m_TableMenu->addSeparator();
+    m_TableMenu->addAction(outlets.m_ApplicationsTable->copyAction());
+    outlets.m_ApplicationsTable->setMenu(m_TableMenu);
+}
+
 /** The same as clicks on the headers, for the keyboard and for screen readers. */
 void MainController::setupSortMenu() {
     for (const int column : {Model::NameColumn, Model::PathColumn, Model::ReceivedColumn, Model::SentColumn,
@@ -238,7 +248,7 @@ void MainController::createStatusIcon() {
 
 /** Not while a menu is open that speaks of a row: another application might come to stand in it. */
 void MainController::updateInformationTimer() {
-    if (m_TableMenu == nullptr) {
+    if (!m_TableMenu->isVisible()) {
         updateAllInformation();
     }
 }
@@ -338,17 +348,6 @@ void MainController::drawerWillClose() {
 
 void MainController::tableDoubleClicked() {
     m_Outlets->m_Drawer->toggle();
-}
-
-void MainController::showTableMenu(const QPoint& position) {
-    const Ui::MainWindow& outlets = *m_Outlets;
-    m_TableMenu = new QMenu(outlets.m_ApplicationsTable);
-    m_TableMenu->setAttribute(Qt::WA_DeleteOnClose);
-    m_TableMenu->addActions(outlets.m_ApplicationMenu->actions());
-    m_TableMenu->addAction(outlets.m_AdditionalInfoAction);
-    m_TableMenu->addSeparator();
-    m_TableMenu->addAction(outlets.m_ApplicationsTable->copyAction());
-    m_TableMenu->popup(position);
 }
 
 void MainController::showApplicationProperties() {

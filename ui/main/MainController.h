@@ -65,6 +65,7 @@ class MainController : public QObject, public DaemonConnectionDelegate {
     void setupColumns();
     void setupDrawer();
     void setupCommands();
+    void setupTableMenu();
     void setupSortMenu();
     void createStatusIcon();
 
@@ -82,7 +83,6 @@ class MainController : public QObject, public DaemonConnectionDelegate {
     void drawerWillClose();
 
     void tableDoubleClicked();
-    void showTableMenu(const QPoint& position);
     void showApplicationProperties();
     void menuNeedsUpdate();
     void showApplication(std::int32_t applicationId);
@@ -103,7 +103,7 @@ class MainController : public QObject, public DaemonConnectionDelegate {
     std::unique_ptr<TotalStatisticController> m_TotalStatisticController;
     ColumnFitter* m_ColumnFitter = nullptr;  ///< the table's
     std::unique_ptr<WindowMemory> m_WindowMemory;
-    QPointer<QMenu> m_TableMenu;      ///< while it is open
+    QMenu* m_TableMenu = nullptr;     ///< the table's
     QPointer<QMessageBox> m_Message;  ///< while it is open
     std::unique_ptr<QMenu> m_StatusMenu;
     QMenu* m_RealtimeGraphicsMenu = nullptr;  ///< in m_StatusMenu

@@ -37,6 +37,9 @@ class ConfigStorage {
      */
     bool isSystemConfigWritable() const;
 
+    /** The path of the system-wide file. */
+    const std::string& systemFile() const { return m_SystemFile; }
+
     /** A setting that already says so, be it by its default, is left alone. */
     void setMaxStorageTimeInMonths(int months);
     void setAllowDenyAppsMode(int mode);

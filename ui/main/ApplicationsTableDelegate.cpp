@@ -8,6 +8,7 @@
 #include <QToolTip>
 #include <QtMath>
 
+#include "ui/applications/PlainText.h"
 #include "ui/main/ApplicationsTableModel.h"
 
 namespace {
@@ -147,7 +148,7 @@ bool ApplicationsTableDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* 
     initStyleOption(&cell, index);
     const QString all = index.data(Qt::ToolTipRole).toString();
     const bool isComplete = all == cell.text && textWidth(cell, index.column()) <= textRect(cell).width();
-    const QString text = isComplete || all.isEmpty() ? QString() : "<p>" + all.toHtmlEscaped() + "</p>";
+    const QString text = isComplete || all.isEmpty() ? QString() : PlainText::toolTip(all);
     QToolTip::showText(event->globalPos(), text, view, cell.rect);
     return true;
 }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/WorkspaceIcons.h"
+#include "ui/applications/PlainText.h"
 #include "ui/charts/TrafficFormat.h"
 
 namespace {
@@ -117,7 +118,7 @@ QVariant ApplicationsTableModel::data(const QModelIndex& index, int role) const 
     }
     const auto application = m_Applications.value(row);
     if (role == Qt::ToolTipRole) {
-        return column == PathColumn && application != nullptr ? singleLine(application->fullPath())
+        return column == PathColumn && application != nullptr ? PlainText::singleLine(application->fullPath())
                                                               : fieldValue(row, column).toString();
     }
     return role == ShareRole && application != nullptr ? share(*application, column) : QVariant();
@@ -137,17 +138,6 @@ QVariant ApplicationsTableModel::headerData(int section, Qt::Orientation orienta
         default:
             return {};
     }
-}
-
-QString ApplicationsTableModel::singleLine(QString text) {
-    for (QChar& character : text) {
-        const QChar::Category category = character.category();
-        if (category == QChar::Other_Control || category == QChar::Separator_Line ||
-            category == QChar::Separator_Paragraph) {
-            character = ' ';
-        }
-    }
-    return text;
 }
 
 void ApplicationsTableModel::setRowCount(int rows) {
@@ -209,9 +199,9 @@ QVariant ApplicationsTableModel::applicationFieldValue(int row, const Applicatio
         case IconColumn:
             return application.icon();
         case NameColumn:
-            return singleLine(application.name());
+            return PlainText::singleLine(application.name());
         case PathColumn:
-            return singleLine(application.bundlePath());
+            return PlainText::singleLine(application.bundlePath());
         case ReceivedColumn:
             return bytesToNSString(application.totalReceivedBytes());
         case SentColumn:

@@ -34,9 +34,6 @@ class ApplicationsTableModel : public QAbstractTableModel {
         ColumnCount
     };
 
-    /** `text` on one line: characters that break or steer it become blanks. */
-    static QString singleLine(QString text);
-
     /** A cell's part of the sums over all applications, 0 to 1; only in the columns of bytes. */
     static constexpr int ShareRole = Qt::UserRole;
 

@@ -2,8 +2,8 @@
 #include "ui/main/DrawerController.h"
 
 #include "daemon/ApplicationInfo.h"
+#include "ui/applications/PlainText.h"
 #include "ui/charts/TrafficFormat.h"
-#include "ui/main/ApplicationsTableModel.h"
 #include "ui_DetailsDrawer.h"
 
 namespace {
@@ -49,7 +49,7 @@ void DrawerController::updateFromApplicationInfo(const std::shared_ptr<const App
     const Ui::DetailsDrawer& outlets = *m_Outlets;
     outlets.m_ApplicationIcon->setPixmap(
         largePixmap(application->icon(), outlets.m_ApplicationIcon->devicePixelRatioF()));
-    outlets.m_ApplicationName->setText(ApplicationsTableModel::singleLine(application->name()));
+    outlets.m_ApplicationName->setText(PlainText::singleLine(application->name()));
     outlets.m_SendedTCPData->setText(bytesToNSString(application->tcpSendedBytes()));
     outlets.m_SendedUDPData->setText(bytesToNSString(application->udpSendedBytes()));
     outlets.m_SendedOtherData->setText(bytesToNSString(application->otherSendedBytes()));

@@ -23,11 +23,13 @@
 #include "daemon/DaemonConnection.h"
 #include "platform/FileInformation.h"
 #include "platform/WindowFront.h"
+#include "ui/applications/ApplicationsMenu.h"
 #include "ui/charts/TrafficFormat.h"
 #include "ui/main/ApplicationsTableDelegate.h"
 #include "ui/main/DrawerController.h"
 #include "ui/main/TotalStatisticController.h"
 #include "ui/main/WindowMemory.h"
+#include "ui/preferences/PreferencesController.h"
 #include "ui_MainWindow.h"
 
 namespace {
@@ -36,8 +38,9 @@ using namespace std::chrono_literals;
 using Model = ApplicationsTableModel;
 
 constexpr auto updateInterval = 5s;
-constexpr int drawerWidth = 296;   // pixels, with room for a scroll bar
-constexpr int sortArrowRoom = 16;  // pixels in a header
+constexpr int drawerWidth = 296;                                  // pixels, with room for a scroll bar
+constexpr int sortArrowRoom = 16;                                 // pixels in a header
+constexpr auto defaultPreferencesKey = Qt::CTRL | Qt::Key_Comma;  // for desktops without one of their own
 
 /** From the folder of the program, in an installed tree as in that of a build. */
 const QString homePage = QStringLiteral("../share/nevtora-meter/site/index.html");
@@ -65,11 +68,6 @@ std::int32_t nextDirection(std::int32_t direction) {
     }
 }
 
-/** A name is not to gain a mnemonic or a shortcut column by what stands in it. */
-QString plainMenuText(const QString& name) {
-    return Model::singleLine(name).replace('&', "&&");
-}
-
 }  // namespace
 
 MainController::MainController()
@@ -87,6 +85,7 @@ MainController::MainController()
 }
 
 MainController::~MainController() {
+    PreferencesController::releaseSharedController();
     DaemonConnection::sharedConnection()->setDelegate(nullptr);
     if (m_Window->isVisible()) {
         m_WindowMemory->save();
@@ -175,16 +174,22 @@ void MainController::setupDrawer() {
 
 void MainController::setupCommands() {
     const Ui::MainWindow& outlets = *m_Outlets;
-    for (QAction* action : {outlets.m_PropertiesAction, outlets.m_AdditionalInfoAction}) {
+    const auto preferencesKeys = QKeySequence::keyBindings(QKeySequence::Preferences);
+    outlets.m_PreferencesAction->setShortcuts(
+        preferencesKeys.isEmpty() ? QList<QKeySequence>{defaultPreferencesKey} : preferencesKeys);
+    for (QAction* action :
+         {outlets.m_PropertiesAction, outlets.m_PreferencesAction, outlets.m_AdditionalInfoAction}) {
         action->setToolTip(action->toolTip() + " (" + action->shortcut().toString(QKeySequence::NativeText) +
                            ")");
     }
     outlets.m_ShowApplicationPropertiesButton->setDefaultAction(outlets.m_PropertiesAction);
+    outlets.m_PreferencesButton->setDefaultAction(outlets.m_PreferencesAction);
     outlets.m_AdditionalInfoBtn->setToolTip(outlets.m_AdditionalInfoAction->toolTip());
     outlets.m_AdditionalInfoToggleBtn->setToolTip(outlets.m_AdditionalInfoAction->toolTip());
     outlets.m_EditMenu->addAction(outlets.m_ApplicationsTable->copyAction());
     connect(outlets.m_PropertiesAction, &QAction::triggered, this,
             &MainController::showApplicationProperties);
+    connect(outlets.m_PreferencesAction, &QAction::triggered, this, &MainController::showPreferences);
     connect(outlets.m_CloseAction, &QAction::triggered, m_Window.get(), &QWidget::close);
     connect(outlets.m_MinimizeAction, &QAction::triggered, m_Window.get(), [this] {
         m_Window->setWindowState(m_Window->windowState() |
@@ -228,9 +233,17 @@ void MainController::createStatusIcon() {
     QAction* show = m_StatusMenu->addAction(QIcon::fromTheme("window"), "Show Nevtora Meter");
     connect(show, &QAction::triggered, this, &MainController::showMainWindow);
     m_RealtimeGraphicsMenu = m_StatusMenu->addMenu("Applications");
+    connect(m_RealtimeGraphicsMenu, &QMenu::triggered, this,
+            [this](const QAction* item) { showApplication(item->data().toInt()); });
     // The outer one: not every panel asks for a submenu before it shows it.
     connect(m_StatusMenu.get(), &QMenu::aboutToShow, this, &MainController::menuNeedsUpdate);
     m_StatusMenu->addSeparator();
+    QAction* preferences =
+        m_StatusMenu->addAction(outlets.m_PreferencesAction->icon(), outlets.m_PreferencesAction->text());
+    connect(preferences, &QAction::triggered, this, [this] {
+        showMainWindow();  // which the sheet stands on
+        showPreferences();
+    });
     m_StatusMenu->addActions({outlets.m_HelpAction, outlets.m_HomePageAction});
     m_StatusMenu->addSeparator();
     m_StatusMenu->addAction(outlets.m_QuitAction);
@@ -356,20 +369,8 @@ void MainController::showApplicationProperties() {
     }
 }
 
-/** By name, with a cursor of its own: the table keeps its order. */
 void MainController::menuNeedsUpdate() {
-    m_RealtimeGraphicsMenu->clear();
-    const auto applications = ApplicationsIterator::iterator();
-    applications->setSortField(SortByName);
-    for (const auto& application : applications->prefetch(0, applications->countApplications())) {
-        if (application == nullptr || application->id() <= 0) {
-            continue;
-        }
-        const std::int32_t id = application->id();
-        QAction* item =
-            m_RealtimeGraphicsMenu->addAction(application->icon(), plainMenuText(application->name()));
-        connect(item, &QAction::triggered, this, [this, id] { showApplication(id); });
-    }
+    ApplicationsMenu::fill(*m_RealtimeGraphicsMenu);
 }
 
 void MainController::showApplication(std::int32_t applicationId) {
@@ -385,6 +386,10 @@ void MainController::showApplication(std::int32_t applicationId) {
 
 void MainController::showMainWindow() {
     WindowFront::orderFrontRegardless(*m_Window);
+}
+
+void MainController::showPreferences() {
+    PreferencesController::sharedController()->beginSheetModalForWindow(m_Window.get());
 }
 
 void MainController::showHelp() {

@@ -86,6 +86,7 @@ class MainController : public QObject, public DaemonConnectionDelegate {
     void showApplicationProperties();
     void menuNeedsUpdate();
     void showApplication(std::int32_t applicationId);
+    void showPreferences();
     void showHelp();
     void showHomePage();
     void showAbout();

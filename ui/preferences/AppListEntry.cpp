@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ui/preferences/AppListEntry.h"
+
+#include <QFileInfo>
+
+#include "platform/WorkspaceIcons.h"
+
+namespace {
+
+/** What the daemon's applications without a file have for a path. */
+const QString kernelPath = QStringLiteral("/mach_kernel");
+const QString unknownPath = QStringLiteral("(unknown)");
+
+/** `path` up to, and without, the extension of the first bundle in it. */
+QString withoutExtension(const QString& path) {
+    for (const char* extension : {".app", ".framework", ".bundle"}) {
+        const qsizetype position = path.indexOf(QLatin1String(extension));
+        if (position >= 0) {
+            return path.left(position);
+        }
+    }
+    return path;
+}
+
+}  // namespace
+
+QString AppListEntry::nameFromBundlePath(const QString& path) {
+    const QString bundle = withoutExtension(path);
+    const qsizetype separator = bundle.lastIndexOf('/');
+    return separator < 0 ? QString() : bundle.mid(separator + 1);
+}
+
+AppListEntry::AppListEntry(const QString& bundlePath)
+    : m_Name(nameFromBundlePath(bundlePath)), m_BundlePath(bundlePath) {}
+
+QIcon AppListEntry::icon() const {
+    return m_BundlePath == kernelPath ? WorkspaceIcons::iconForFileType(QStringLiteral("bundle"))
+                                      : WorkspaceIcons::iconForFile(m_BundlePath);
+}
+
+bool AppListEntry::exists() const {
+    return m_BundlePath == kernelPath || m_BundlePath == unknownPath || QFileInfo::exists(m_BundlePath);
+}

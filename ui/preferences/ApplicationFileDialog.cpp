@@ -47,6 +47,7 @@ ApplicationFileDialog::ApplicationFileDialog(QWidget* parent)
     : QFileDialog(parent, "Add Application", applicationsFolder) {
     setFileMode(QFileDialog::ExistingFile);
     setOption(QFileDialog::DontResolveSymlinks);
+    setOption(QFileDialog::ReadOnly);  // files are chosen here, not made or renamed
     setLabelText(QFileDialog::Accept, "Add");
 #ifdef Q_OS_MACOS
     setNameFilter("Applications (*.app)");
@@ -55,6 +56,7 @@ ApplicationFileDialog::ApplicationFileDialog(QWidget* parent)
         QFileDialog::DontUseNativeDialog);  // none of the desktops' own can tell a program from another file
     setNameFilter("Programs (*)");
     setProxyModel(new ProgramsOnly(this));
+    setViewMode(QFileDialog::List);
 #endif
 }
 

@@ -3,24 +3,21 @@
 
 #include <QWidget>
 
-class QLabel;
+class ElidedLabel;
 
-/** A warning that stands calmly in a window: an icon and a sentence on a tinted ground. Plain text. */
+/** A warning that stands calmly in a window: a sign, a sentence and a line that says what it is about. Plain text. */
 class NoticeStrip : public QWidget {
     Q_OBJECT
 
   public:
     explicit NoticeStrip(QWidget* parent = nullptr);
 
-    void setText(const QString& text);
+    void setText(const QString& sentence, const QString& subject);
 
   protected:
-    void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
   private:
-    void updateIcon();
-
-    QLabel* m_Icon;
-    QLabel* m_Text;
+    ElidedLabel* m_Sentence;
+    ElidedLabel* m_Subject;
 };

@@ -147,9 +147,9 @@ void PreferencesController::updateConfig() {
 }
 
 void PreferencesController::showWhetherConfigIsWritable() {
-    const QString file = QString::fromStdString(m_Config.systemFile());
-    m_Outlets->m_UnwritableNotice->setText(textOf(m_Outlets->m_UnwritableNotice, "notice").arg(file));
-    m_Outlets->m_UnwritableNotice->setVisible(!m_Config.isSystemConfigWritable());
+    NoticeStrip* notice = m_Outlets->m_UnwritableNotice;
+    notice->setText(textOf(notice, "sentence"), QString::fromStdString(m_Config.systemFile()));
+    notice->setVisible(!m_Config.isSystemConfigWritable());
 }
 
 /** A number of months that the interface file does not offer gets an item of its own, among the others in order. */

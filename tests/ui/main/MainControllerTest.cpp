@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QDialog>
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
@@ -236,6 +237,16 @@ TEST_F(MainControllerTest, TheDrawerFollowsTheSelectionAndItsCaptionTheDrawer) {
     emit m_Table->doubleClicked(m_Table->model()->index(0, 0));
     EXPECT_EQ(caption->text(), "Additional Info >>>");
     EXPECT_TRUE(toggle->isChecked());
+}
+
+TEST_F(MainControllerTest, ThePreferencesAreOneSheetOverTheWindow) {
+    QTest::keyClick(m_Window, Qt::Key_Comma, Qt::ControlModifier);
+    outlet<QAction>("m_PreferencesAction")->trigger();
+    const auto sheets = m_Window->findChildren<QDialog*>();
+    ASSERT_EQ(sheets.size(), 1);
+    EXPECT_TRUE(sheets.first()->isVisible());
+    EXPECT_EQ(sheets.first()->windowModality(), Qt::WindowModal);
+    delete sheets.first();  // not ended, which would save: these are this machine's own settings
 }
 
 TEST_F(MainControllerTest, ThePanelKeepsItsTextsWhenTheTotalsFail) {

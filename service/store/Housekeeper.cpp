@@ -45,13 +45,12 @@ bool Housekeeper::begin() {
     return true;
 }
 
-/** One line when the disk begins to refuse, one when it gives in. */
+/** One line when the disk begins to refuse, one when all is done after that. */
 void Housekeeper::report(bool worked) {
-    const bool workedBefore = std::exchange(m_Works, worked);
-    if (worked && !workedBefore) {
-        logLine("store: what is too old in the history goes on being dropped");
-    } else if (!worked && workedBefore) {
+    if (!worked && std::exchange(m_Works, false)) {
         logLine("store: what is too old in the history cannot be dropped now: ", m_Store.lastError());
+    } else if (worked && m_Store.isPruned() && !std::exchange(m_Works, true)) {
+        logLine("store: what is too old in the history is dropped now");
     }
 }
 

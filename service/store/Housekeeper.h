@@ -35,7 +35,7 @@ class Housekeeper {
     std::optional<std::chrono::days> m_Retention;
     std::optional<std::chrono::sys_days> m_Begun;  ///< the day whose pruning has begun
     std::chrono::steady_clock::time_point m_RestsUntil;
-    bool m_Works = true;  ///< whether the disk took the last part
+    bool m_Works = true;  ///< false from a refusal until all is done
 };
 
 }  // namespace service

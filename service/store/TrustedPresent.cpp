@@ -24,6 +24,9 @@ void TrustedPresent::follow(Moment before, Moment now) {
     if (now < before) {
         m_CredibleFrom = credible(abs(now - m_Moment));  // what made the future doubtful is over
     } else if (now - before > longestStep) {
+        if (now >= m_CredibleFrom) {
+            m_Moment = before;
+        }
         m_CredibleFrom = std::max(m_CredibleFrom, credible(now - before));
     }
     if (now >= m_CredibleFrom || now < m_Moment) {

@@ -96,4 +96,31 @@ TEST_F(StoreWriterTest, AWipeThatFailsIsLoggedAlsoWhereWritesHadFailedBefore) {
     EXPECT_NE(log.readLine().find("goes on"), std::string::npos);
 }
 
+TEST_F(StoreWriterTest, WhatCannotBeDroppedIsLoggedOnceEachWayAndTheCountingGoesOn) {
+    Ledger ledger(store->load(at(0)).value());
+    ledger.apply({sampleOf(1, "/a", {10, 0}, true)}, at(1));
+    ASSERT_TRUE(store->append(ledger.takeChanges(at(1))));
+    LedgerChanges later;
+    later.totals = ledger.totals();
+    for (later.moment = at(60); later.moment < at(0) + std::chrono::days(9);
+         later.moment += std::chrono::hours(1)) {
+        ASSERT_TRUE(store->append(later));
+    }
+    interfere("CREATE TRIGGER stuck BEFORE DELETE ON connections BEGIN SELECT RAISE(ABORT, 'stuck'); END");
+    ErrorOutput log;
+    auto writer = std::make_unique<StoreWriter>(ledger, *store, [] {});
+    writer->setRetention(std::chrono::days(7));
+    EXPECT_NE(log.readLine().find("cannot be dropped now: stuck"), std::string::npos);
+    ledger.apply({sampleOf(2, "/b", {5, 0})}, at(2));
+    writer->wake();
+    interfere("DROP TRIGGER stuck");
+    writer->setRetention(std::chrono::days(7));
+    EXPECT_NE(log.readLine().find("is dropped now"), std::string::npos);
+    writer.reset();
+    EXPECT_EQ(reader()->totalUpTo({}, {}, Moment::max()).received, 15);
+    DaemonConnectionInfo info;
+    EXPECT_FALSE(reader()->connection(1, info));
+    EXPECT_TRUE(reader()->connection(2, info));
+}
+
 }  // namespace service

@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <random>
+
+#include "service/demo/DemoHistory.h"
+#include "service/store/Columns.h"
+#include "service/store/Housekeeper.h"
+#include "tests/service/store/StoreFixture.h"
+
+namespace service {
+
+namespace {
+
+using namespace std::chrono;
+
+constexpr DemoScene scene{.present = Moment(seconds(1'763'720'123)), .utcOffset = {}};
+constexpr Moment cut = scene.present - days(30);
+constexpr char none[] = "0 too many, 0 too few";
+
+/** Undoes what later versions have added. */
+constexpr char makeVersion1[] =
+    "ALTER TABLE counting DROP COLUMN trusted; ALTER TABLE counting DROP COLUMN credible_from;"
+    "ALTER TABLE counting DROP COLUMN kept_since; PRAGMA user_version = 1;"
+    "PRAGMA auto_vacuum = NONE; VACUUM;";
+
+}  // namespace
+
+class RetentionTest : public StoreFixture {
+  protected:
+    static void finish(Housekeeper& keeper) {
+        while (keeper.hasWork()) {
+            keeper.work();
+        }
+    }
+
+    /** Goes on, at once, with what would be on disk if the daemon had been killed. */
+    void killAndRestart() {
+        const auto before = path;
+        path += "-again";
+        std::filesystem::copy_file(before, path);
+        std::filesystem::copy_file(before.string() + "-wal", path.string() + "-wal");
+        reopen();
+    }
+
+    /** Writes at these moments that nothing moved. */
+    void lapse(Moment from, Moment to, seconds step) {
+        LedgerChanges changes;
+        changes.totals.start = at(0);
+        for (changes.moment = from; changes.moment <= to; changes.moment += step) {
+            ASSERT_TRUE(store->append(changes)) << store->lastError();
+        }
+    }
+
+    /** The rows in only one of two results, as text; ?1 is the cut, ?2 the present, `old` the database before. */
+    std::string difference(const std::string& actual, const std::string& expected) {
+        SQLite::Database database;
+        EXPECT_TRUE(database.Open(path, SQLite::OpenMode::ReadOnly) &&
+                    database.Execute("ATTACH '" + oldPath() + "' AS old"));
+        SQLite::Query count(database, "SELECT (SELECT count(*) FROM (" + actual + " EXCEPT " + expected +
+                                          ")) || ' too many, ' || (SELECT count(*) FROM (" + expected +
+                                          " EXCEPT " + actual + ")) || ' too few'");
+        count.BindAll(toColumn(cut), toColumn(scene.present));
+        EXPECT_EQ(count.Step(), SQLite::StepResult::Row) << count.GetLastError();
+        return count.GetColumnAsString(0);
+    }
+
+    std::string oldPath() const { return folder / "old.db"; }
+};
+
+TEST_F(RetentionTest, FromAYearToAMonthDropsExactlyWhatIsOlderWhateverInterruptsIt) {
+    ASSERT_TRUE(writeDemoHistory(*store, scene));
+    Ledger ledger(store->load(scene.present).value());
+    const auto append = [&](std::uint64_t key, Moment now) {
+        ledger.apply({sampleOf(key, "/new", {10, 0})}, now);  // opened years ago and not closed
+        ASSERT_TRUE(store->append(ledger.takeChanges(now))) << store->lastError();
+    };
+    append(1, scene.present);
+    store.reset();
+    interfere(makeVersion1);
+    interfere("VACUUM INTO '" + oldPath() + "'");
+    reopen();
+    const auto sizeBefore = std::filesystem::file_size(path);
+
+    Housekeeper year(*store);
+    year.setRetention(days(366));
+    finish(year);
+    EXPECT_EQ(difference("SELECT * FROM connections", "SELECT * FROM old.connections"), none);
+    EXPECT_EQ(difference("SELECT * FROM series", "SELECT * FROM old.series"), none);
+
+    for (const int steps : {2, 50, 50}) {
+        Housekeeper month(*store);
+        month.setRetention(days(30));
+        for (int i = 0; i < steps; ++i) {
+            ASSERT_TRUE(month.hasWork()) << "this interrupts nothing";
+            month.work();
+        }
+        killAndRestart();
+        append(2, scene.present + seconds(steps));
+    }
+    Housekeeper next(*store);  // whatever the retention may be now, what was begun is ended
+    finish(next);
+    EXPECT_EQ(difference("SELECT * FROM connections WHERE id <= (SELECT max(id) FROM old.connections)",
+                         "SELECT * FROM old.connections WHERE ended >= ?1 OR life = 33"),
+              none);
+    EXPECT_EQ(difference("SELECT * FROM series WHERE moment <= ?2",
+                         "SELECT * FROM old.series AS row WHERE NOT EXISTS (SELECT * FROM old.series WHERE "
+                         "application = row.application AND class = row.class AND moment > row.moment "
+                         "AND moment <= ?1)"),
+              none);
+    EXPECT_EQ(difference("SELECT id, path, first_seen FROM applications",
+                         "SELECT id, path, first_seen FROM old.applications"),
+              none);
+    reopen();  // brings the log into the database
+    RecordProperty("BytesBefore", std::to_string(sizeBefore));
+    RecordProperty("BytesAfter", std::to_string(std::filesystem::file_size(path)));
+    EXPECT_LT(std::filesystem::file_size(path), sizeBefore / 6);
+}
+
+TEST_F(RetentionTest, TotalsSinceTheCutAreUnchangedAndThoseBeforeItAreWhatTheyWereThen) {
+    ASSERT_TRUE(writeDemoHistory(*store, scene));
+    interfere("VACUUM INTO '" + oldPath() + "'");
+    std::string error;
+    const auto before = HistoryReader::open(oldPath(), error);
+    const auto after = reader();
+    const int applicationCount = static_cast<int>(store->load(scene.present)->applications.size());
+    std::mt19937 random(5);
+    const auto compare = [&](int rounds) {
+        for (int i = 0; i < rounds; ++i) {
+            const Moment moment = scene.present - seconds(random() % (86'400 * (i % 2 == 0 ? 30 : 400)));
+            for (const auto protocolClass : {ProtocolClass::Tcp, ProtocolClass::Udp, ProtocolClass::Other}) {
+                ByteCount sum;
+                for (ApplicationId id = 1; id <= applicationCount; ++id) {
+                    const ByteCount total = after->totalUpTo(id, protocolClass, moment);
+                    ASSERT_EQ(total, before->totalUpTo(id, protocolClass, std::max(moment, cut)));
+                    sum += total;
+                }
+                ASSERT_EQ(after->totalUpTo({}, protocolClass, moment), sum);
+            }
+        }
+    };
+    ASSERT_TRUE(store->beginPruning(days(30)));
+    while (!store->isPruned()) {
+        compare(1);  // also half-way, at any step
+        ASSERT_TRUE(store->prune()) << store->lastError();
+    }
+    compare(500);
+}
+
+TEST_F(RetentionTest, AWrongClockAgesNothing) {
+    const auto day = [](int number) { return at(number * 86'400); };
+    lapse(at(0), day(2), minutes(1));
+    EXPECT_EQ(store->present(), day(2));
+    lapse(day(4'000), day(4'000) + hours(20), minutes(10));  // far ahead, until the network corrects it
+    EXPECT_EQ(store->present(), day(2));
+    reopen();
+    lapse(day(-9'000), day(-9'000), seconds(1));  // as far behind
+    EXPECT_EQ(store->present(), day(2));
+    lapse(day(2) + hours(21), day(3), minutes(1));
+    EXPECT_EQ(store->present(), day(3));
+
+    lapse(day(100), day(100) + hours(23), hours(1));  // the machine was in a drawer
+    EXPECT_EQ(store->present(), day(3));
+    reopen();
+    lapse(day(101), day(102), hours(1));
+    EXPECT_EQ(store->present(), day(102) - hours(1)) << "one step behind, as each is a leap";
+
+    lapse(day(5'000), day(5'002), hours(1));  // wrong for longer than anything can tell
+    ASSERT_TRUE(store->beginPruning(days(30)));
+    Ledger ledger(store->load(at(0)).value());
+    for (const Moment now : {day(103), day(104)}) {
+        ledger.apply({sampleOf(1, "/a", {10, 0}, true)}, now);
+        ASSERT_TRUE(store->append(ledger.takeChanges(now)));
+    }
+    EXPECT_EQ(reader()->totalUpTo({}, {}, day(103)).received, 10) << "the history goes on all the same";
+    ConnectionQuery query;
+    query.to = day(103);
+    EXPECT_EQ(reader()->connections(query).size(), 2u);
+}
+
+TEST_F(RetentionTest, AWipeEndsThePruning) {
+    lapse(at(0), at(0) + days(100), hours(1));
+    ASSERT_TRUE(store->beginPruning(days(30)) && store->prune());
+    LedgerChanges changes;
+    changes.moment = at(0) + days(100);
+    changes.wiped = true;
+    ConnectionRecord connection;
+    connection.id = 1;
+    connection.start = at(0);
+    connection.end = at(1);
+    changes.connections = {connection};
+    ASSERT_TRUE(store->append(changes));
+    while (!store->isPruned()) {
+        ASSERT_TRUE(store->prune());
+    }
+    ConnectionQuery query;
+    query.to = at(1);
+    EXPECT_EQ(reader()->connections(query).size(), 1u);
+}
+
+}  // namespace service

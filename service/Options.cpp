@@ -118,12 +118,11 @@ std::string usage() {
            "  --database FILE        keep the history in FILE (default: nevtora-meter/history.sqlite in\n"
            "                         $XDG_DATA_HOME or ~/.local/share)\n"
            "  --listen ADDRESS:PORT  wait for clients there (default: 127.0.0.1:10023)\n"
-           "  --config FILE          obey the settings in FILE (default: /Library/Preferences/com.qv.Nevtora "
-           "Meter.plist)\n"
-           "  --capture SOURCE       where the figures come from: diag (the kernel's socket diagnostics), "
-           "off,\n"
-           "                         bpf (programs in the kernel; not in this version), or auto, the best\n"
-           "                         that works here (default)\n"
+           "  --config FILE          obey the settings in FILE (default:\n"
+           "                         /Library/Preferences/com.qv.Nevtora Meter.plist)\n"
+           "  --capture SOURCE       where the figures come from: diag (the kernel's socket diagnostics),\n"
+           "                         off, bpf (programs in the kernel; not in this version), or auto, the\n"
+           "                         best that works here (default)\n"
            "  --help                 show this text\n"
            "  --version              show the version\n";
 }

@@ -148,8 +148,12 @@ void PreferencesController::updateConfig() {
 
 void PreferencesController::showWhetherConfigIsWritable() {
     NoticeStrip* notice = m_Outlets->m_UnwritableNotice;
-    notice->setText(textOf(notice, "sentence"), QString::fromStdString(m_Config.systemFile()));
-    notice->setVisible(!m_Config.isSystemConfigWritable());
+    const bool isWritable = m_Config.isSystemConfigWritable();
+    const QString sentence = textOf(notice, "sentence");
+    const QString file = QString::fromStdString(m_Config.systemFile());
+    notice->setText(sentence, file);
+    notice->setVisible(!isWritable);
+    m_Window->setAccessibleDescription(isWritable ? QString() : sentence + ' ' + file);
 }
 
 /** A number of months that the interface file does not offer gets an item of its own, among the others in order. */

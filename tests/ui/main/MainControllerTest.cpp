@@ -239,6 +239,19 @@ TEST_F(MainControllerTest, TheDrawerFollowsTheSelectionAndItsCaptionTheDrawer) {
     EXPECT_TRUE(toggle->isChecked());
 }
 
+TEST_F(MainControllerTest, ADisabledTableFadesItsIconsAndItsBars) {
+    const auto saturation =
+        [this](int column) {  // near the upper left corner, where neither sign nor text is
+            const QPoint corner = m_Table->visualRect(m_Table->model()->index(1, column)).topLeft();
+            return m_Table->viewport()->grab().toImage().pixelColor(corner + QPoint(12, 8)).hsvSaturation();
+        };
+    const int icon = saturation(Model::IconColumn);
+    EXPECT_GT(saturation(Model::ReceivedColumn), 0);
+    m_Table->setEnabled(false);
+    EXPECT_EQ(saturation(Model::ReceivedColumn), 0);
+    EXPECT_LT(saturation(Model::IconColumn), icon);
+}
+
 TEST_F(MainControllerTest, ThePreferencesAreOneSheetOverTheWindow) {
     QTest::keyClick(m_Window, Qt::Key_Comma, Qt::ControlModifier);
     outlet<QAction>("m_PreferencesAction")->trigger();

@@ -45,6 +45,10 @@ def is_enabled(element):
     return has_state(element, pyatspi.STATE_ENABLED)
 
 
+def is_checked(element):
+    return has_state(element, pyatspi.STATE_CHECKED)
+
+
 def is_showing(element):
     return has_state(element, pyatspi.STATE_SHOWING)
 

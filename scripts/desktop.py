@@ -2,6 +2,7 @@
 """A desktop that nobody sees: a session bus, an X server and a window manager for programs that need them."""
 
 import os
+import shutil
 import signal
 import subprocess
 import sys
@@ -9,6 +10,13 @@ import tempfile
 import time
 from contextlib import contextmanager
 from pathlib import Path
+
+
+TOOLS = ("Xvfb", "openbox", "dbus-daemon", "xdotool")
+
+
+def missing_tools():
+    return [tool for tool in TOOLS if not shutil.which(tool)]
 
 
 def wait_for(what, attempt, seconds=15):
@@ -82,7 +90,7 @@ def desktop(size="1280x800"):
     """Puts the environment's display, bus and folders in place; answers the `Children` that end with the desktop."""
     signal.signal(signal.SIGTERM, lambda *_: sys.exit("Stopped."))  # so that the children end too
     with tempfile.TemporaryDirectory() as home, Children() as children, open(f"{home}/log", "w") as log:
-        os.environ.update(XDG_RUNTIME_DIR=home, XDG_CONFIG_HOME=home, XDG_CACHE_HOME=home)
+        os.environ.update(HOME=home, XDG_RUNTIME_DIR=home, XDG_CONFIG_HOME=home, XDG_CACHE_HOME=home)
         os.environ["QT_LINUX_ACCESSIBILITY_ALWAYS_ON"] = "1"
         os.environ.pop("WAYLAND_DISPLAY", None)
         start_bus(children, log)
@@ -106,3 +114,7 @@ def save_picture(window, path):
 
 def click(x, y, button=1):
     subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", str(button)], timeout=15, check=True)
+
+
+def press(*keys):
+    subprocess.run(["xdotool", "key", *keys], timeout=15, check=True)

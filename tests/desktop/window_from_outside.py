@@ -11,7 +11,6 @@ The daemon is a scripted one with 12 applications, so that everything the window
 import datetime
 import os
 import re
-import shutil
 import signal
 import subprocess
 import sys
@@ -31,7 +30,6 @@ except ImportError as missing:
 import scripted_daemon
 import wire
 
-TOOLS = ("Xvfb", "openbox", "dbus-daemon", "xdotool")
 SECONDS = 150  # the whole visit, of which a quiet machine needs 7
 PATIENCE = 15  # seconds for one step on a busy one
 ENVIRONMENT = {"TZ": "Europe/Berlin", "LC_ALL": "C.UTF-8"}  # the records lie on both sides of a change of clocks
@@ -227,7 +225,7 @@ STEPS = (reads_rows, sorts_by_each_column, opens_the_drawer, reads_the_totals, n
 
 
 def main():
-    if missing := [tool for tool in TOOLS if not shutil.which(tool)]:
+    if missing := desktop.missing_tools():
         print(f"skipped: no {', '.join(missing)} here")
         return 77
     signal.signal(signal.SIGALRM, lambda *_: sys.exit(f"Not done after {SECONDS} s."))

@@ -4,6 +4,7 @@
 #include <QMenu>
 
 #include "daemon/ApplicationsIterator.h"
+#include "platform/InterfaceStyle.h"
 #include "ui/applications/PlainText.h"
 
 namespace {
@@ -14,6 +15,7 @@ constexpr std::int32_t sortByName = 0;
 
 void ApplicationsMenu::fill(QMenu& menu, const Filter& isOffered) {
     menu.clear();
+    menu.setProperty(InterfaceStyle::searchedByTyping, true);
     const auto applications = ApplicationsIterator::iterator();
     applications->setSortField(sortByName);
     for (const auto& application : applications->prefetch(0, applications->countApplications())) {

@@ -8,11 +8,12 @@ PROGRAMS is the folder with the built programs. Needs the daemon's port for itse
 """
 
 import os
+import plistlib
 import subprocess
 import sys
 import tempfile
 import time
-from contextlib import contextmanager
+from contextlib import contextmanager, nullcontext
 from functools import partial
 from pathlib import Path
 
@@ -31,6 +32,10 @@ REFRESH = 5  # seconds between two refreshes of the window
 SETTLE = 1  # seconds until icons, the drawer's movement and the like have come to rest
 FRAME = ["-bordercolor", "#8a8f98", "-border", "1"]  # tells the window from a page of any colour
 SMALL = ["-dither", "None", "-colors", "256", "-strip", "-define", "png:compression-level=9"]
+SETTINGS = Path("/Library/Preferences/com.qv.Nevtora Meter.plist")
+ALL, ONLY_LISTED, ALL_BUT_LISTED = 0, 1, 2
+PLACES = ["/usr/bin/git", "/usr/bin/ssh", "/usr/bin/python3", "/usr/lib/apt/methods/http"]
+MANY_PLACES = sorted(str(path) for path in Path("/usr/bin").iterdir())[:60]
 TRAY = """
 background_color = #33363b 100
 border_width = 0
@@ -119,6 +124,17 @@ class Window:
     def _windows_beside(self, before, count):
         windows = [window for window in self._windows() if window not in before]
         return windows if len(windows) == count else None
+
+
+class Preferences:
+    """The sheet of an open window."""
+
+    def __init__(self, window):
+        accessible.press(accessible.find(window.element, "push button", "Preferences"))
+        find = lambda: [e for e in accessible.find_all(window.element, ["dialog"]) if accessible.is_showing(e)]
+        self.element = desktop.wait_for("The preferences", lambda: accessible.attempt(find))[0]
+        search = ["search", "--all", "--onlyvisible", "--pid", window.process.pid, "--name", "^Preferences"]
+        self.id = xdotool(*search).split()[0]
 
 
 class Studio:
@@ -229,6 +245,22 @@ def daemon_lost(studio, name):
         studio.save(window, name)
 
 
+def preferences(studio, name, mode=ALL_BUT_LISTED, paths=PLACES, writable=True, **looks):
+    """Over settings that only this program's surroundings have, see tests/support/own_settings."""
+    SETTINGS.write_bytes(plistlib.dumps({"AllowDenyAppsMode": mode, "AllowDenyApps": paths}))
+    with scripted_daemon.Server(scripted_daemon.few_applications()), studio.window(**looks) as window:
+        with nullcontext() if writable else read_only(SETTINGS.parent):
+            studio.save(Preferences(window), name)
+
+
+@contextmanager
+def read_only(folder):
+    """For root as well."""
+    subprocess.run(["mount", "--bind", "-o", "ro", folder, folder], check=True)
+    yield
+    subprocess.run(["umount", folder], check=True)
+
+
 def status_menu(studio, name):
     """The window lies behind the menus, its title under the panel."""
     with scripted_daemon.Server(scripted_daemon.few_applications()), studio.tray(), studio.window() as window:
@@ -253,6 +285,13 @@ PICTURES = {
     "no-applications": empty,
     "daemon-lost": daemon_lost,
     "status-menu": status_menu,
+    "preferences": preferences,
+    "preferences-dark": partial(preferences, scheme="dark"),
+    "preferences-2x": partial(preferences, scale=2),
+    "preferences-empty": partial(preferences, mode=ONLY_LISTED, paths=[]),
+    "preferences-long": partial(preferences, paths=MANY_PLACES),
+    "preferences-unused": partial(preferences, mode=ALL),
+    "preferences-unwritable": partial(preferences, writable=False),
 }
 
 

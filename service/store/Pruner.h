@@ -11,9 +11,9 @@
 namespace service {
 
 /**
- * Deletes what stands before the moment since which the history is kept, and gives its space back to the disk; in
- * small steps, each a transaction of its own. Readers clamp their questions to that moment, so to them nothing
- * changes from step to step, and an interrupted job is finished by a new one. For the thread of its database.
+ * Deletes what stands before the moment since which the history is kept, and gives its space back to the disk, in
+ * small steps. Readers clamp their questions to that moment, so to them nothing changes from step to step, and an
+ * interrupted job is finished by a new one. For the thread of its database.
  */
 class Pruner {
   public:
@@ -27,15 +27,21 @@ class Pruner {
     /** Whether there is no job, or it has ended. */
     bool isDone() const { return m_Phase == Phase::Done; }
 
+    /** Whether the job has made the file smaller, as soon as the log is in it. */
+    bool hasShrunkFile() const { return m_FreePages != notCounted; }
+
     /**
-     * A part of the job: what stands before `keptSince` is to go. False when the disk would not take it, with the reason in the database's `GetLastError`:
-     * nothing of it is written, and it can be tried again.
+     * A part of the job, of some 20 ms: what stands before `keptSince` is to go. Within a transaction that the
+     * caller has begun; when it is not committed, or this is false, the job has to begin again.
      */
     bool step(Moment keptSince);
 
   private:
     enum class Phase { Series, Connections, Space, Done };
 
+    static constexpr std::int64_t notCounted = -1;
+
+    bool doPortion(Moment keptSince);
     bool dropSeriesRows(Moment keptSince);
     bool dropConnectionRows(Moment keptSince);
     bool shrinkFile();
@@ -48,8 +54,8 @@ class Pruner {
     SQLite::Query m_ShrinkFile;
 
     Phase m_Phase = Phase::Done;
-    ApplicationId m_Application = 0;  ///< the series of those before it are done
-    std::int64_t m_FreePages = 0;     ///< before the last step that shrank the file
+    ApplicationId m_Application = 0;        ///< the series of those before it are done
+    std::int64_t m_FreePages = notCounted;  ///< before the last portion that shrank the file
 };
 
 }  // namespace service

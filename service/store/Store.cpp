@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "libs/sqlite/Transaction.h"
 #include "service/log/Log.h"
 #include "service/store/Columns.h"
 #include "service/store/Migrations.h"
@@ -221,7 +222,16 @@ bool Store::beginPruning(std::optional<std::chrono::days> retention) {
 }
 
 bool Store::prune() {
-    return m_Pruner.step(m_Progress.keptSince) || fail();
+    SQLite::Transaction transaction(*m_Database);
+    if (!transaction.IsActive() || !m_Pruner.step(m_Progress.keptSince) || !transaction.Commit()) {
+        m_Pruner.begin();
+        return fail();
+    }
+    if (m_Pruner.isDone() && m_Pruner.hasShrunkFile()) {
+        // Waits for no reader: what cannot be moved out of the log because of one, a later append moves.
+        m_Database->Execute("PRAGMA wal_checkpoint(PASSIVE)");
+    }
+    return true;
 }
 
 bool Store::write(const LedgerChanges& changes, Progress& progress) {

@@ -31,13 +31,13 @@ class HistoryReader {
     /**
      * Cumulative bytes of one application (or of all, without an id) in one protocol class (or in all) up to
      * and including `moment`: the last kept row at or before it, one index seek per class; 0 before the
-     * first. Moments before the kept history count as its first, see `SeriesReader`.
+     * first. Moments before the history is kept count as the first kept one, see `SeriesReader`.
      */
     ByteCount totalUpTo(std::optional<ApplicationId> application, std::optional<ProtocolClass> protocolClass,
                         Moment moment);
 
     /** Ids of the connections that pass the query's filter, in its order; equal ones in the order of their
-     * ids. None that ended before the kept history begins. */
+     * ids. None that ended before the history is kept. */
     std::vector<ConnectionId> connections(const ConnectionQuery& query);
 
     /** Fills a wire record, with its times in local calendar time, from the row of that id; false when there

@@ -14,7 +14,7 @@ namespace {
 /** An append waits for the step that is under way. */
 constexpr std::chrono::milliseconds stepTime{20};
 
-// What is done without a look at the clock: about a millisecond's work, a hundred of a disk that has to be read.
+// What is done without a look at the clock: about a millisecond's work where the pages are in memory.
 constexpr int rowsPerSeriesPortion = 1000;      // they lie side by side
 constexpr int rowsPerConnectionsPortion = 100;  // each in a table and two indexes, far apart
 constexpr int pagesPerSpacePortion = 50;

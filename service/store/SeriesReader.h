@@ -21,11 +21,12 @@ class SeriesReader {
     bool isValid() const { return m_LastRow.IsValid(); }
 
     /**
-     * The last row at or before `moment`: one index seek. 0 before the first. Before the moment since which the
-     * history is kept it is what it was at that moment, for every application alike: the past that was dropped
-     * lies before the beginning of time, no difference of two totals has it in one heap, and the sum over all
-     * applications stays that of all. Nothing when it cannot be read, with the reason in the database's
-     * `GetLastError`.
+     * The last row at or before `moment`: one index seek. 0 before the first. Nothing when it cannot be read, with
+     * the reason in the database's `GetLastError`.
+     *
+     * Moments before the history is kept count as the first kept one, for all applications alike. Were the total
+     * 0 there, a chart that reaches across would show all of the dropped past as a spike in one step; as it is it
+     * shows none of it, and the sum over the applications is that of all at every moment.
      */
     std::optional<ByteCount> upTo(ApplicationId application, ProtocolClass protocolClass, Moment moment);
 

@@ -71,11 +71,12 @@ TEST_F(RetentionTest, FromAYearToAMonthDropsExactlyWhatIsOlderWhateverInterrupts
     ASSERT_TRUE(writeDemoHistory(*store, scene));
     Ledger ledger(store->load(scene.present).value());
     const auto append = [&](std::uint64_t key, Moment now) {
-        ledger.apply({sampleOf(key, "/new", {10, 0})}, now);  // opened years ago and not closed
+        ledger.apply({sampleOf(key, "/new", {10, 0})}, now);
         ASSERT_TRUE(store->append(ledger.takeChanges(now))) << store->lastError();
     };
     append(1, scene.present);
     store.reset();
+    interfere("UPDATE connections SET started = 0, ended = 0 WHERE life = 33");  // open, and quiet for long
     interfere(makeVersion1);
     interfere("VACUUM INTO '" + oldPath() + "'");
     reopen();
@@ -142,7 +143,7 @@ TEST_F(RetentionTest, TotalsSinceTheCutAreUnchangedAndThoseBeforeItAreWhatTheyWe
         compare(1);  // also half-way, at any step
         ASSERT_TRUE(store->prune()) << store->lastError();
     }
-    compare(500);
+    compare(200);
 }
 
 TEST_F(RetentionTest, AWrongClockAgesNothing) {

@@ -98,6 +98,7 @@ void Daemon::goToWork(Listener listener) {
                                     .now = systemClock,
                                     .configurationChanged = [this] { m_SettingsFollower->noteChange(); }});
     m_Writer.emplace(*m_Ledger, *m_Store, cleaned);
+    m_Writer->setRetention(m_SettingsFile.inForce().retention());
     m_Poller.emplace(*m_Source, *m_Ledger, polled);
     m_SettingsFollower.emplace(m_SettingsFile, [this](const Settings& settings) { obey(settings); });
     logLine("listening on ", address, ", source ", m_Source->name(), ", history in ", m_DatabasePath);
@@ -121,6 +122,7 @@ void Daemon::announceNewApplications() {
 void Daemon::obey(const Settings& settings) {
     m_Ledger->setRule(settings.rule());
     m_Poller->wake();
+    m_Writer->setRetention(settings.retention());
 }
 
 }  // namespace service

@@ -9,6 +9,7 @@ PROGRAM is `nevtora-daemon`; it is started with the demo year in a database of i
 
 import argparse
 import datetime
+import plistlib
 import random
 import signal
 import socket
@@ -42,10 +43,14 @@ class Daemon:
             self.address = free.getsockname()
         self.log = open(Path(self.folder.name) / "log", "w+")
         listen = f"{self.address[0]}:{self.address[1]}"
-        database, no_settings = f"{self.folder.name}/history.sqlite", f"{self.folder.name}/none"
+        database, self.settings = f"{self.folder.name}/history.sqlite", Path(self.folder.name) / "settings.plist"
+        self.keep_months(13)  # the whole year, of which 12 months of 30 days lack some days
         self.process = subprocess.Popen(
-            [program, "--demo", "--database", database, "--config", no_settings, "--listen", listen], stderr=self.log
+            [program, "--demo", "--database", database, "--config", self.settings, "--listen", listen], stderr=self.log
         )
+
+    def keep_months(self, months):
+        self.settings.write_bytes(plistlib.dumps({"CaptureInterval": months}))
 
     def wait_until_it_answers(self):
         deadline = time.monotonic() + START_LIMIT
@@ -100,7 +105,7 @@ def setUpModule():
 
 def load_tests(loader, *_):
     """In this order: the same daemon goes through everything, and the last test ends it."""
-    cases = (DaemonAnswers, DaemonSurvives, DaemonCleans, DaemonEnds)
+    cases = (DaemonAnswers, DaemonSurvives, DaemonForgets, DaemonCleans, DaemonEnds)
     return unittest.TestSuite(map(loader.loadTestsFromTestCase, cases))
 
 
@@ -446,6 +451,23 @@ class DaemonSurvives(DaemonTest):
                 self.assertLess(peak, memory_growth)
                 return
         self.fail("the daemon keeps a client that reads nothing for a minute")
+
+
+class DaemonForgets(DaemonTest):
+    def test_what_is_older_than_the_months_to_keep_is_dropped_within_two_seconds(self):
+        now = datetime.datetime.now()
+        old, kept = self.total_to(now - 200 * DAY), self.total_to(now - 20 * DAY)
+        daemon.keep_months(1)
+        self.client.send_event(wire.CONFIGURATION_CHANGED)
+        deadline = time.monotonic() + 2
+        while self.total_to(now - 200 * DAY) == old:
+            self.assertLess(time.monotonic(), deadline, daemon.tail_of_log())
+            time.sleep(0.05)
+        self.assertEqual(self.total_to(now - 200 * DAY), self.total_to(now - 40 * DAY))
+        self.assertEqual(self.total_to(now - 20 * DAY), kept)
+
+    def total_to(self, moment):
+        return self.client.ask(wire.TOTAL_RECEIVED_BYTES, toTime=moment, socketProtocol=wire.ALL)["bytes"]
 
 
 class DaemonCleans(DaemonTest):

@@ -32,10 +32,10 @@ xcb_atom_t atom(xcb_connection_t* connection, std::string_view name) {
  */
 void activateForUser(const QWidget& window) {
     const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (x11 == nullptr) {
+    xcb_connection_t* connection = x11 != nullptr ? x11->connection() : nullptr;
+    if (connection == nullptr) {  // Qt's offscreen platform has the interface, but no server behind it
         return;
     }
-    xcb_connection_t* connection = x11->connection();
     xcb_client_message_event_t message = {};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;

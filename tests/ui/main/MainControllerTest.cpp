@@ -259,6 +259,15 @@ TEST_F(MainControllerTest, ThePreferencesAreOneSheetOverTheWindow) {
     ASSERT_EQ(sheets.size(), 1);
     EXPECT_TRUE(sheets.first()->isVisible());
     EXPECT_EQ(sheets.first()->windowModality(), Qt::WindowModal);
+    m_Window->hide();
+    for (const QWidget* menu : QApplication::topLevelWidgets()) {
+        for (QAction* item : menu->actions()) {
+            if (item->text() == "&Preferences" && item != outlet<QAction>("m_PreferencesAction")) {
+                item->trigger();  // in the tray's menu
+            }
+        }
+    }
+    EXPECT_TRUE(m_Window->isVisible());
     delete sheets.first();  // not ended, which would save: these are this machine's own settings
 }
 

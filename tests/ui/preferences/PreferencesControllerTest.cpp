@@ -173,14 +173,6 @@ TEST_F(PreferencesControllerTest, SavesOnceHoweverItEnds) {
     }
 }
 
-TEST_F(PreferencesControllerTest, ASecondCallKeepsWhatIsBeingChanged) {
-    open();
-    choose(2);
-    open();
-    EXPECT_EQ(m_Parent.findChildren<QDialog*>("m_Window").size(), 1);
-    EXPECT_EQ(m_Controller->allowDenyAppsMode(), 2);
-}
-
 TEST_F(PreferencesControllerTest, KeepsStoredChoicesThatItDoesNotOffer) {
     m_Config->setMaxStorageTimeInMonths(7);
     m_Config->setAllowDenyAppsMode(9);

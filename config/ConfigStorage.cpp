@@ -37,9 +37,11 @@ std::optional<QStringList> ConfigStorage::allowDenyAppsList() const {
     }
     QStringList paths;
     for (std::uint32_t i = 0; i < plist_array_get_size(array); ++i) {
-        if (const auto path = config::stringOf(plist_array_get_item(array, i))) {
-            paths << QString::fromStdString(*path);
+        const auto path = config::stringOf(plist_array_get_item(array, i));
+        if (!path) {
+            return std::nullopt;
         }
+        paths << QString::fromStdString(*path);
     }
     return paths;
 }

@@ -24,7 +24,7 @@ class ConfigStorage {
     int maxStorageTimeInMonths() const;
     int allowDenyAppsMode() const;
 
-    /** Nothing when there is no list, which an empty one is not. */
+    /** Nothing when there is no list, which an empty one is not, or one with anything but strings in it. */
     std::optional<QStringList> allowDenyAppsList() const;
     bool isAutostarted() const;
 

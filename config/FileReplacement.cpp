@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <random>
@@ -20,7 +21,8 @@ namespace fs = std::filesystem;
 
 constexpr int maxLinks = 40;  // as many as the kernel follows
 constexpr mode_t newFileMode = 0666;
-constexpr mode_t permissionBits = 0777;  // never the right to run as somebody else
+constexpr mode_t privateFileMode = 0600;  // until it takes over the old one's
+constexpr mode_t permissionBits = 0777;   // never the right to run as somebody else
 
 class Descriptor {
   public:
@@ -108,6 +110,19 @@ bool fill(int file, const std::optional<struct stat>& old, std::string_view cont
     return writeAll(file, contents) && (!old || takeOver(file, *old)) && fsync(file) == 0;
 }
 
+/** Whether even its owner and root may not give another file its name: it is immutable, or something is mounted there. */
+bool isFixed(const std::string& path) {
+#ifdef __linux__
+    struct statx status {};
+    constexpr std::uint64_t marks = STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND | STATX_ATTR_MOUNT_ROOT;
+    return statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_TYPE, &status) == 0 &&
+           (status.stx_attributes & marks) != 0;
+#else
+    static_cast<void>(path);
+    return false;
+#endif
+}
+
 std::string temporaryName() {
     std::random_device random;
     std::array<char, 32> name{};
@@ -137,8 +152,8 @@ bool replaceFile(const std::string& path, std::string_view contents) {
     const std::string name = target->filename();
     const std::string temporary = temporaryName();
     const auto old = oldFile(folder.get(), name);
-    const Descriptor file(
-        openat(folder.get(), temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, newFileMode));
+    const Descriptor file(openat(folder.get(), temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
+                                 old ? privateFileMode : newFileMode));
     if (!file.isOpen()) {
         return false;
     }
@@ -154,14 +169,15 @@ bool replaceFile(const std::string& path, std::string_view contents) {
 bool canReplaceFile(const std::string& path) {
     const auto target = targetOf(path);
     struct stat folder {};
-    if (!target || stat(folderOf(*target).c_str(), &folder) != 0 ||
+    if (path.empty() || !target || stat(folderOf(*target).c_str(), &folder) != 0 ||
         faccessat(AT_FDCWD, folderOf(*target).c_str(), R_OK | W_OK | X_OK, AT_EACCESS) != 0) {
         return false;
     }
     const auto old = oldFile(AT_FDCWD, target->string());
     const uid_t user = geteuid();
     const bool isProtected = (folder.st_mode & S_ISVTX) != 0 && user != 0 && folder.st_uid != user;
-    return !old || (S_ISREG(old->st_mode) && (!isProtected || old->st_uid == user));
+    return !old ||
+           (S_ISREG(old->st_mode) && (!isProtected || old->st_uid == user) && !isFixed(target->string()));
 }
 
 }  // namespace config

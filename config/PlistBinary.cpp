@@ -2,11 +2,10 @@
 // "bplist00", the objects, a table with the offset of each, 32 bytes of trailer. Integers are big-endian.
 #include "config/PlistBinary.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <optional>
-#include <set>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -41,11 +40,17 @@ class Outline {
             count > (trailer - m_Table) / m_OffsetSize) {
             return false;
         }
-        m_ExpandedBytes.assign(count, unknown);
-        return expandedBytes(top, 0).has_value();
+        m_Extents.assign(count, {});
+        return extentOf(top, 0).has_value();
     }
 
   private:
+    /** What an object and all that it refers to take. */
+    struct Extent {
+        std::size_t bytes = unknown;  ///< of memory
+        std::size_t height = 0;       ///< how many references follow upon each other
+    };
+
     static constexpr std::size_t unknown = 0;
     static constexpr std::size_t underWay = 1;
 
@@ -61,23 +66,23 @@ class Outline {
         return value;
     }
 
-    /** Memory for the object and all that it refers to; nothing when it is unsound. */
-    std::optional<std::size_t> expandedBytes(std::uint64_t object, std::size_t depth) {
-        if (object >= m_ExpandedBytes.size() || depth > maxDepth || m_ExpandedBytes[object] == underWay) {
+    /** Nothing when the object is unsound, or too much is below it for one that stands `depth` deep. */
+    std::optional<Extent> extentOf(std::uint64_t object, std::size_t depth) {
+        if (object >= m_Extents.size() || depth > maxDepth || m_Extents[object].bytes == underWay) {
             return std::nullopt;
         }
-        if (m_ExpandedBytes[object] == unknown) {
-            m_ExpandedBytes[object] = underWay;
-            const auto bytes = measure(*number(m_Table + object * m_OffsetSize, m_OffsetSize), depth);
-            if (!bytes) {
+        if (m_Extents[object].bytes == unknown) {
+            m_Extents[object].bytes = underWay;
+            const auto extent = measure(*number(m_Table + object * m_OffsetSize, m_OffsetSize), depth);
+            if (!extent) {
                 return std::nullopt;
             }
-            m_ExpandedBytes[object] = *bytes;
+            m_Extents[object] = *extent;
         }
-        return m_ExpandedBytes[object];
+        return depth + m_Extents[object].height <= maxDepth ? std::optional(m_Extents[object]) : std::nullopt;
     }
 
-    std::optional<std::size_t> measure(std::uint64_t at, std::size_t depth) {
+    std::optional<Extent> measure(std::uint64_t at, std::size_t depth) {
         if (at < headerSize || at >= m_Table) {
             return std::nullopt;
         }
@@ -85,7 +90,7 @@ class Outline {
         std::uint64_t length = marker & 15U;
         switch (marker >> 4U) {
             case 0x0:
-                return marker == 0x08 || marker == 0x09 ? std::optional(nodeBytes) : std::nullopt;
+                return marker == 0x08 || marker == 0x09 ? std::optional(Extent{nodeBytes}) : std::nullopt;
             case 0x1:
             case 0x2:
             case 0x3:
@@ -127,9 +132,9 @@ class Outline {
         return true;
     }
 
-    std::optional<std::size_t> contents(std::uint64_t at, std::uint64_t count, std::size_t size) const {
+    std::optional<Extent> contents(std::uint64_t at, std::uint64_t count, std::size_t size) const {
         const bool isInside = at <= m_Table && count * size <= m_Table - at;
-        return isInside ? std::optional(nodeBytes + 2 * count * size) : std::nullopt;
+        return isInside ? std::optional(Extent{nodeBytes + 2 * count * size}) : std::nullopt;
     }
 
     /** ASCII, or UTF-16; a zero in it would make libplist end the process. */
@@ -146,7 +151,7 @@ class Outline {
     bool areKeys(std::uint64_t at, std::uint64_t count) const {
         for (std::uint64_t i = 0; i < count; ++i) {
             const auto key = number(at + i * m_ReferenceSize, m_ReferenceSize);
-            const auto offset = key && *key < m_ExpandedBytes.size()
+            const auto offset = key && *key < m_Extents.size()
                                     ? number(m_Table + *key * m_OffsetSize, m_OffsetSize)
                                     : std::nullopt;
             const std::uint64_t kind = offset ? number(*offset, 1).value_or(0) >> 4U : 0;
@@ -157,11 +162,14 @@ class Outline {
         return true;
     }
 
-    std::optional<std::size_t> references(std::uint64_t at, std::uint64_t count, std::size_t depth) {
-        std::optional<std::size_t> sum = contents(at, count, m_ReferenceSize);
+    std::optional<Extent> references(std::uint64_t at, std::uint64_t count, std::size_t depth) {
+        std::optional<Extent> sum = contents(at, count, m_ReferenceSize);
         for (std::uint64_t i = 0; sum && i < count; ++i) {
-            const auto bytes = expandedBytes(*number(at + i * m_ReferenceSize, m_ReferenceSize), depth + 1);
-            sum = bytes && *bytes <= maxExpandedBytes - *sum ? std::optional(*sum + *bytes) : std::nullopt;
+            const auto part = extentOf(*number(at + i * m_ReferenceSize, m_ReferenceSize), depth + 1);
+            if (!part || part->bytes > maxExpandedBytes - sum->bytes) {
+                return std::nullopt;
+            }
+            sum = {sum->bytes + part->bytes, std::max(sum->height, part->height + 1)};
         }
         return sum;
     }
@@ -170,41 +178,59 @@ class Outline {
     std::uint64_t m_OffsetSize = 0;
     std::uint64_t m_ReferenceSize = 0;
     std::uint64_t m_Table = 0;
-    std::vector<std::size_t> m_ExpandedBytes;  ///< of each object, or `unknown` or `underWay`
+    std::vector<Extent> m_Extents;  ///< of each object; its bytes may be `unknown` or `underWay`
 };
 
-bool repeatsKeys(plist_t node);
+PlistNode rebuilt(plist_t node);
 
-bool dictionaryRepeatsKeys(plist_t dictionary) {
-    std::set<std::string> keys;
-    bool isRepeated = false;
+/** Null when a key stands in it twice: libplist keeps both and finds the first, other readers find the last. */
+PlistNode rebuiltDictionary(plist_t dictionary) {
+    PlistNode result(plist_new_dict());
     void* iterator = nullptr;
     plist_dict_new_iter(dictionary, &iterator);
-    for (std::uint32_t i = plist_dict_get_size(dictionary); i > 0 && !isRepeated; --i) {
+    for (std::uint32_t i = plist_dict_get_size(dictionary); i > 0 && result != nullptr; --i) {
         char* key = nullptr;
         plist_t value = nullptr;
         plist_dict_next_item(dictionary, iterator, &key, &value);
-        isRepeated = key == nullptr || !keys.insert(key).second || repeatsKeys(value);
+        PlistNode copy = rebuilt(value);
+        if (key == nullptr || copy == nullptr || valueOf(result.get(), key) != nullptr) {
+            result.reset();
+        } else {
+            setValue(result.get(), key, std::move(copy));
+        }
         std::free(key);
     }
     std::free(iterator);
-    return isRepeated;
+    return result;
 }
 
-/** libplist keeps a key as often as the file has it, and finds the first; other readers find the last. */
-bool repeatsKeys(plist_t node) {
+PlistNode rebuiltArray(plist_t array) {
+    PlistNode result(plist_new_array());
+    void* iterator = nullptr;
+    plist_array_new_iter(array, &iterator);
+    for (std::uint32_t i = plist_array_get_size(array); i > 0 && result != nullptr; --i) {
+        plist_t item = nullptr;
+        plist_array_next_item(array, iterator, &item);
+        PlistNode copy = rebuilt(item);
+        if (copy == nullptr) {
+            result.reset();
+        } else {
+            plist_array_append_item(result.get(), copy.release());
+        }
+    }
+    std::free(iterator);
+    return result;
+}
+
+/** libplist walks to each element of an array that its binary reader made; of one that it built itself it knows them. */
+PlistNode rebuilt(plist_t node) {
     switch (plist_get_node_type(node)) {
         case PLIST_DICT:
-            return dictionaryRepeatsKeys(node);
+            return rebuiltDictionary(node);
         case PLIST_ARRAY:
-            for (std::uint32_t i = 0; i < plist_array_get_size(node); ++i) {
-                if (repeatsKeys(plist_array_get_item(node, i))) {
-                    return true;
-                }
-            }
-            return false;
+            return rebuiltArray(node);
         default:
-            return false;
+            return PlistNode(plist_copy(node));
     }
 }
 
@@ -219,8 +245,8 @@ PlistNode readPlistBinary(std::string_view file) {
     if (Outline(file).isSound()) {
         plist_from_bin(file.data(), static_cast<std::uint32_t>(file.size()), &parsed);
     }
-    PlistNode node(parsed);
-    return node != nullptr && !repeatsKeys(node.get()) ? std::move(node) : nullptr;
+    const PlistNode node(parsed);
+    return node != nullptr ? rebuilt(node.get()) : nullptr;
 }
 
 }  // namespace config

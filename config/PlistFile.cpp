@@ -21,7 +21,7 @@ PlistNode loadPlist(const std::string& path) {
 
 bool savePlist(const std::string& path, plist_t value) {
     const auto document = value != nullptr ? writePlistXml(value) : std::nullopt;
-    return document && replaceFile(path, *document);
+    return document && document->size() <= maxFileBytes && replaceFile(path, *document);
 }
 
 }  // namespace config

@@ -14,7 +14,7 @@ PlistNode readPlist(std::string_view file);
 /** What a file holds; null when it cannot be read or is no property list. */
 PlistNode loadPlist(const std::string& path);
 
-/** Replaces a file with the value's XML form; false for null, and when that cannot be made or written. */
+/** Replaces a file with the value's XML form; false for null, and when that cannot be made, read back or written. */
 bool savePlist(const std::string& path, plist_t value);
 
 }  // namespace config

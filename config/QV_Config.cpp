@@ -68,10 +68,10 @@ int get(plist_t value, Value* out, Convert convert) {
 template <class Value, class GetElement>
 int getArray(const QV_Config* config, const char* name, Value* out, GetElement getElement) {
     plist_t array = findArray(config, name);
-    if (array == nullptr || out == nullptr) {
+    const std::uint32_t count = array != nullptr ? plist_array_get_size(array) : 0;
+    if (array == nullptr || (out == nullptr && count > 0)) {
         return 0;
     }
-    const std::uint32_t count = plist_array_get_size(array);
     for (std::uint32_t i = 0; i < count; ++i) {
         if (getElement(plist_array_get_item(array, i), out + i) == 0) {
             return 0;

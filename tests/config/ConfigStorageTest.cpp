@@ -74,10 +74,12 @@ TEST_F(ConfigStorageTest, AnnouncesEachSaveOfAChangedSystemSettingOnce) {
 TEST_F(ConfigStorageTest, KeepsWhatItDoesNotUnderstandAndDropsWhatIsNotSaved) {
     m_Folder.write("system",
                    "<plist><dict><key>CaptureInterval</key><string>6</string><key>AllowDenyApps</key>"
-                   "<integer>1</integer><key>Other</key><real>2</real></dict></plist>");
+                   "<array><string>/a</string><true/></array><key>Other</key><real>2</real></dict></plist>");
     ConfigStorage config = open();
     EXPECT_EQ(config.maxStorageTimeInMonths(), 12);
     EXPECT_EQ(config.allowDenyAppsList(), std::nullopt);
+    config.setAllowDenyAppsList({"/a"});
+    EXPECT_EQ(config.allowDenyAppsList(), QStringList("/a"));
     config.setAllowDenyAppsMode(1);
     config.save();
     config.setAllowDenyAppsMode(2);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <limits>
 #include <map>
@@ -100,16 +101,21 @@ TEST(Plist, RefusesDeepNestingAndLongFiles) {
     EXPECT_EQ(readPlist(inPlist("<string>" + std::string(5 << 20, 'x') + "</string>")), nullptr);
 }
 
-/** A binary property list of objects up to 255 bytes in all, the first of which is the top. */
-std::string binaryOf(const std::vector<std::string>& objects) {
+std::string twoBytes(std::size_t value) {
+    return {static_cast<char>(value >> 8U), static_cast<char>(value & 255U)};
+}
+
+/** A binary property list of objects up to 64 KiB in all, the first of which is the top. */
+std::string binaryOf(const std::vector<std::string>& objects, char referenceBytes = 1) {
     std::string file = "bplist00";
     std::string table;
     for (const std::string& object : objects) {
-        table += static_cast<char>(file.size());
+        table += twoBytes(file.size());
         file += object;
     }
-    const auto number = [](std::size_t value) { return std::string(7, '\0') + static_cast<char>(value); };
-    return file + table + "\0\0\0\0\0\0\1\1"s + number(objects.size()) + number(0) + number(file.size());
+    const auto number = [](std::size_t value) { return std::string(6, '\0') + twoBytes(value); };
+    return file + table + "\0\0\0\0\0\0\2"s + referenceBytes + number(objects.size()) + number(0) +
+           number(file.size());
 }
 
 TEST(Plist, RefusesBinariesThatGoOutOfBoundsOrGrowWithoutMeasure) {
@@ -134,6 +140,40 @@ TEST(Plist, RefusesBinariesThatGoOutOfBoundsOrGrowWithoutMeasure) {
     EXPECT_EQ(config::intOf(config::valueOf(readPlist(sound).get(), "a")), 7);
     for (std::size_t length = 0; length < sound.size(); ++length) {
         EXPECT_EQ(readPlist(sound.substr(0, length)), nullptr) << length;
+    }
+}
+
+TEST(Plist, RefusesABinaryThatReusesAShallowValueDeepDown) {
+    for (const std::size_t second : {50U, 60U}) {  // a chain of 200 arrays, and another one that leads to it
+        std::vector<std::string> objects{"\xa2" + twoBytes(1) + twoBytes(201)};
+        for (std::size_t next = 2; next <= 200; ++next) {
+            objects.push_back("\xa1" + twoBytes(next));
+        }
+        objects.emplace_back("\x09");
+        for (std::size_t next = 202; next <= 200 + second; ++next) {
+            objects.push_back("\xa1" + twoBytes(next));
+        }
+        objects.push_back("\xa1" + twoBytes(1));
+        EXPECT_EQ(readPlist(binaryOf(objects, 2)) != nullptr, second == 50);
+    }
+}
+
+/** Walking to each element would take minutes. */
+TEST(Plist, ReadsALongBinaryArrayAtOnce) {
+    constexpr std::uint32_t count = 400'000;
+    const config::PlistNode array(plist_new_array());
+    const config::PlistNode path(plist_new_string("/usr/bin/curl"));
+    for (std::uint32_t i = 0; i < count; ++i) {
+        plist_array_append_item(array.get(), plist_copy(path.get()));
+    }
+    char* file = nullptr;
+    std::uint32_t size = 0;
+    plist_to_bin(array.get(), &file, &size);
+    const auto read = readPlist({file, size});
+    std::free(file);
+    ASSERT_TRUE(config::isArray(read.get()));
+    for (std::uint32_t i = 0; i < count; ++i) {
+        ASSERT_EQ(config::stringOf(plist_array_get_item(read.get(), i)), "/usr/bin/curl");
     }
 }
 

@@ -63,6 +63,8 @@ TEST(QV_Config, FailsOnTheWrongTypeAndOnNull) {
     EXPECT_EQ(QV_GetArrayParamSize(config.get(), "word"), -1);
     char* buffers[] = {nullptr, nullptr, nullptr};
     EXPECT_EQ(QV_GetStringArrayParam(config.get(), "mixed", buffers), 0);
+    QV_SetStringArrayParam(config.get(), "none", nullptr, 0);
+    EXPECT_EQ(QV_GetStringArrayParam(config.get(), "none", nullptr), 1);
     EXPECT_EQ(QV_OpenConfig(nullptr, 1), nullptr);
     EXPECT_EQ(QV_ReloadConfig(nullptr) + QV_SaveConfig(nullptr) + QV_SetIntParam(nullptr, "a", 1), 0);
     EXPECT_EQ(QV_GetStringArrayParamStringSize(nullptr, "a", 0), -1);
@@ -88,8 +90,10 @@ TEST(QV_Config, KeepsContentsThatAReloadOrASaveCannotChange) {
     folder.write("f", "<plist><dict/></plist>trailing");
     EXPECT_EQ(QV_ReloadConfig(config.get()), 0);
     EXPECT_EQ(QV_IsParamExits(config.get(), "new"), 1);
-    QV_SetStringParam(config.get(), "new", "\x01");
-    EXPECT_EQ(QV_SaveConfig(config.get()), 0);
+    for (const std::string& unreadable : {std::string("\x01"), std::string(5 << 20, 'x')}) {
+        QV_SetStringParam(config.get(), "new", unreadable.c_str());
+        EXPECT_EQ(QV_SaveConfig(config.get()), 0);
+    }
     EXPECT_EQ(folder.read("f"), "<plist><dict/></plist>trailing");
     folder.write("f", mixed);
     EXPECT_EQ(QV_ReloadConfig(config.get()), 1);

@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "controls/chart/AxisLabels.h"
+
+#include <QStringList>
+#include <QTextBoundaryFinder>
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <utility>
+
+#include "controls/chart/GraphicMesh.h"
+
+namespace {
+
+constexpr qreal labelGap = 16;           // pixels between two labels side by side
+constexpr qreal lineGap = 4;             // pixels between two labels above each other
+constexpr std::size_t enoughLabels = 3;  // for which more lines of text are not worth their height
+
+struct Piece {
+    QString text;  ///< ends with the blanks in front of the next one
+    qreal width;
+};
+
+std::vector<Piece> pieces(const QString& text, const QFontMetricsF& metrics) {
+    std::vector<Piece> result;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Line, text);
+    for (qsizetype begin = 0, end = finder.toNextBoundary(); end > begin;
+         begin = end, end = finder.toNextBoundary()) {
+        const QString piece = text.mid(begin, end - begin);
+        result.push_back({piece, metrics.horizontalAdvance(piece)});
+    }
+    return result;
+}
+
+QStringList filled(const std::vector<Piece>& pieces, qreal width) {
+    QStringList lines{QString()};
+    qreal used = 0;
+    for (const Piece& piece : pieces) {
+        if (used > 0 && used + piece.width > width) {
+            lines.append(QString());
+            used = 0;
+        }
+        lines.last() += piece.text;
+        used += piece.width;
+    }
+    return lines;
+}
+
+bool isOverlapping(const std::vector<AxisLabels::Label>& labels) {
+    return std::adjacent_find(labels.begin(), labels.end(), [](const auto& left, const auto& right) {
+               return left.rect.right() + labelGap > right.rect.left();
+           }) != labels.end();
+}
+
+}  // namespace
+
+AxisLabels::AxisLabels(const QFontMetricsF& metrics, Text text)
+    : m_Metrics(metrics), m_Text(std::move(text)) {}
+
+std::vector<AxisLabels::Label> AxisLabels::horizontal(const Axis& axis, qreal left, qreal right,
+                                                      int maximumLines) const {
+    std::vector<Label> best;
+    for (int lines = 1; lines <= maximumLines && best.size() < enoughLabels; ++lines) {
+        std::vector<Label> labels = withLines(axis, left, right, lines);
+        if (lines == 1 || labels.size() > best.size()) {
+            best = std::move(labels);
+        }
+    }
+    return best;
+}
+
+/** Thinned out by the widths of the first and the last label, and more where those between them are wider. */
+std::vector<AxisLabels::Label> AxisLabels::withLines(const Axis& axis, qreal left, qreal right,
+                                                     int lines) const {
+    const qreal width = std::max(label(axis.from, lines, right - left).rect.width(),
+                                 label(axis.to, lines, right - left).rect.width());
+    const double perPixel = axis.valuesPerPixel();
+    double step = GraphicMesh::coarsened(axis.cell, width * perPixel, GraphicMesh::Unit::Seconds);
+    std::vector<Label> labels = placed(axis, step, left, right, lines);
+    while (isOverlapping(labels)) {
+        step = GraphicMesh::coarsened(axis.cell, step * 1.01, GraphicMesh::Unit::Seconds);
+        labels = placed(axis, step, left, right, lines);
+    }
+    return labels;
+}
+
+std::vector<AxisLabels::Label> AxisLabels::placed(const Axis& axis, double step, qreal left, qreal right,
+                                                  int lines) const {
+    std::vector<Label> labels;
+    for (const double value : GraphicMesh::lines(axis.from, axis.to, step)) {
+        Label added = label(value, lines, right - left);
+        const qreal width = added.rect.width();
+        added.rect.moveLeft(std::clamp(axis.pixel(value) - width / 2, left, std::max(left, right - width)));
+        if (!added.text.isEmpty()) {
+            labels.push_back(added);
+        }
+    }
+    return labels;
+}
+
+std::vector<AxisLabels::Label> AxisLabels::vertical(const Axis& axis, qreal width) const {
+    std::vector<Label> labels;
+    const double minimum = (m_Metrics.height() + lineGap) * axis.valuesPerPixel();
+    const double step = GraphicMesh::coarsened(axis.cell, minimum, GraphicMesh::Unit::Values);
+    for (const double value : GraphicMesh::lines(axis.from, axis.to, step)) {
+        Label added = label(value, 1, width);
+        added.rect.moveRight(0);
+        added.rect.moveTop(axis.pixel(value) - added.rect.height() / 2);
+        if (!added.text.isEmpty()) {
+            labels.push_back(added);
+        }
+    }
+    return labels;
+}
+
+AxisLabels::Label AxisLabels::label(double value, int lines, qreal width) const {
+    QStringList texts = wrapped(m_Text(value), lines).split('\n');
+    for (QString& text : texts) {
+        text = m_Metrics.elidedText(text, Qt::ElideRight, width);
+    }
+    const QString text = texts.join('\n');
+    return {value, QRectF(0, 0, textWidth(text), m_Metrics.lineSpacing() * texts.size()), text};
+}
+
+QString AxisLabels::wrapped(const QString& text, int lines) const {
+    const QString trimmed = text.trimmed();
+    if (lines <= 1) {
+        return trimmed;
+    }
+    const std::vector<Piece> parts = pieces(trimmed, m_Metrics);
+    qreal tooNarrow = 0;
+    qreal wideEnough = std::accumulate(parts.begin(), parts.end(), 0.0,
+                                       [](qreal sum, const Piece& piece) { return sum + piece.width; });
+    while (wideEnough - tooNarrow > 1) {
+        const qreal middle = (tooNarrow + wideEnough) / 2;
+        (filled(parts, middle).size() > lines ? tooNarrow : wideEnough) = middle;
+    }
+    QStringList result = filled(parts, wideEnough);
+    for (QString& line : result) {
+        line = line.trimmed();
+    }
+    return result.join('\n');
+}
+
+qreal AxisLabels::textWidth(const QString& text) const {
+    qreal widest = 0;
+    for (const QString& line : text.split('\n')) {
+        widest = std::max(widest, m_Metrics.horizontalAdvance(line));
+    }
+    return std::ceil(widest);
+}

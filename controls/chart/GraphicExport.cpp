@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "controls/chart/GraphicExport.h"
+
+#include <QFileInfo>
+#include <QPdfWriter>
+#include <QSaveFile>
+#include <QSvgGenerator>
+#include <QTimeZone>
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <vector>
+
+#include "controls/chart/GraphicView.h"
+#include "controls/chart/GraphicViewDelegate.h"
+
+namespace {
+
+constexpr qreal pictureScale = 2;  // at least
+constexpr int pointsPerInch = 72;
+
+QByteArray field(const QString& text) {
+    QString quoted = text;
+    if (quoted.contains(',') || quoted.contains('"') || quoted.contains('\n') || quoted.contains('\r')) {
+        quoted = '"' + quoted.replace('"', "\"\"") + '"';
+    }
+    return quoted.toUtf8();
+}
+
+QByteArray xField(float x, GraphicViewDelegate* delegate) {
+    const QDateTime date = delegate != nullptr ? delegate->dateAtX(x) : QDateTime();
+    if (date.isValid()) {
+        return date.toOffsetFromUtc(date.offsetFromUtc()).toString(Qt::ISODate).toUtf8();
+    }
+    return QByteArray::number(x, 'g', 9);
+}
+
+/** Lets `write` fill a file that takes the place of another only when all of it could be written. */
+template <typename Write>
+QString saved(const QString& path, Write write) {
+    QSaveFile file(path);
+    if (file.open(QIODevice::WriteOnly) && write(file) && file.commit()) {
+        return {};
+    }
+    return file.errorString();
+}
+
+}  // namespace
+
+QImage GraphicExport::picture() const {
+    const qreal scale = std::max(pictureScale, m_View.devicePixelRatioF());
+    QImage image((QSizeF(m_View.size()) * scale).toSize(), QImage::Format_RGB32);
+    image.setDevicePixelRatio(scale);
+    m_View.drawOn(image);
+    return image;
+}
+
+QString GraphicExport::savePicture(const QString& path) const {
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    return saved(path, [&](QSaveFile& file) {
+        if (suffix == "svg") {
+            QSvgGenerator svg;
+            svg.setOutputDevice(&file);
+            svg.setSize(m_View.size());
+            svg.setViewBox(m_View.rect());
+            svg.setTitle(m_View.accessibleName());
+            m_View.drawOn(svg);
+            return true;
+        }
+        if (suffix == "pdf") {
+            QPdfWriter pdf(&file);
+            pdf.setPageSize(QPageSize(QSizeF(m_View.size()), QPageSize::Point));
+            pdf.setPageMargins({});
+            pdf.setResolution(pointsPerInch);
+            pdf.setTitle(m_View.accessibleName());
+            m_View.drawOn(pdf);
+            return true;
+        }
+        return picture().save(&file, "PNG");
+    });
+}
+
+QString GraphicExport::savePoints(const QString& path) const {
+    return saved(path, [this](QSaveFile& file) {
+        const QByteArray text = points();
+        return file.write(text) == text.size();
+    });
+}
+
+QByteArray GraphicExport::points() const {
+    const GraphicScene& scene = m_View.scene();
+    std::map<float, std::vector<QByteArray>> records;
+    QByteArray text = field(scene.descriptions[0].isEmpty() ? QStringLiteral("X") : scene.descriptions[0]);
+    for (unsigned i = 0; i < m_View.lineCount(); ++i) {
+        text += ',' + field(m_View.lineName(i));
+        const GraphicLine& data = scene.lines[i].data;
+        const auto [first, last] = data.within(scene.viewport.left(), scene.viewport.right());
+        for (std::size_t j = first; j < last; ++j) {
+            const GraphicLine::Point& point = data.points()[j];
+            auto record = records.find(point.x);
+            if (record == records.end()) {
+                record = records.emplace(point.x, std::vector<QByteArray>(m_View.lineCount())).first;
+            }
+            record->second[i] = QByteArray::number(std::llround(point.y));
+        }
+    }
+    text += "\r\n";
+    for (const auto& [x, values] : records) {
+        text += xField(x, scene.delegate);
+        for (const QByteArray& value : values) {
+            text += ',' + value;
+        }
+        text += "\r\n";
+    }
+    return text;
+}

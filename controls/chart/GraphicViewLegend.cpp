@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "controls/chart/GraphicViewLegend.h"
+
+#include <QEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <algorithm>
+#include <utility>
+
+#include "controls/chart/GraphicView.h"
+#include "controls/chart/GraphicViewLegendItem.h"
+#include "controls/chart/GraphicViewLineColorLegendItem.h"
+
+namespace {
+
+// All in pixels.
+constexpr int padding = 8;
+constexpr int itemGap = 2;
+constexpr int shadowExtent = 5;  // on each side of the box
+constexpr int shadowDrop = 1;    // that it lies lower
+constexpr qreal cornerRadius = 4;
+
+constexpr double mostOfView = 0.5;  // that a legend may cover
+
+/** A margin before, a size and a margin after, of which those that are flexible share what was gained or lost. */
+std::pair<qreal, qreal> resized(qreal start, qreal size, qreal gained, bool isStartFlexible,
+                                bool isSizeFlexible, bool isEndFlexible) {
+    const int flexible = int{isStartFlexible} + int{isSizeFlexible} + int{isEndFlexible};
+    const qreal share = flexible > 0 ? gained / flexible : 0;
+    return {start + (isStartFlexible ? share : 0), std::max(0.0, size + (isSizeFlexible ? share : 0))};
+}
+
+}  // namespace
+
+GraphicViewLegend* GraphicViewLegend::legendWithGraphic(GraphicView* view, const QRectF& frame) {
+    auto* legend = new GraphicViewLegend(view);
+    new GraphicViewLegendItem(legend);
+    legend->setFrame(frame, false);
+    return legend;
+}
+
+GraphicViewLegend::GraphicViewLegend(GraphicView* view) : QWidget(view), m_Graphic(view) {}
+
+QList<GraphicViewLegendItem*> GraphicViewLegend::items() const {
+    return findChildren<GraphicViewLegendItem*>(Qt::FindDirectChildrenOnly);
+}
+
+void GraphicViewLegend::setAutoresizingMask(int mask) {
+    setFrame(frame(), false);
+    m_Mask = mask;
+    place();
+}
+
+void GraphicViewLegend::setDropShadow(bool dropShadow) {
+    m_HasDropShadow = dropShadow;
+    update();
+}
+
+QRectF GraphicViewLegend::frame() const {
+    const QSizeF gained = QSizeF(m_Graphic->size()) - m_ViewSize;
+    const auto has = [this](Autoresizing part) { return (m_Mask & part) != 0; };
+    const auto [x, width] = resized(m_Frame.x(), m_Frame.width(), gained.width(), has(MinXMargin),
+                                    has(WidthSizable), has(MaxXMargin));
+    const auto [y, height] = resized(m_Frame.y(), m_Frame.height(), gained.height(), has(MinYMargin),
+                                     has(HeightSizable), has(MaxYMargin));
+    return {x, y, width, height};
+}
+
+void GraphicViewLegend::setFrame(const QRectF& frame, bool needRepaint) {
+    m_Frame = frame;
+    m_ViewSize = m_Graphic->size();
+    place();
+    if (needRepaint) {
+        repaint();
+    }
+}
+
+void GraphicViewLegend::fitToItems() {
+    setFrame(QRectF(frame().topLeft(), itemsSize()), false);
+}
+
+QString GraphicViewLegend::nameOfLine(unsigned line) const {
+    for (const auto* item : findChildren<GraphicViewLineColorLegendItem*>(Qt::FindDirectChildrenOnly)) {
+        if (item->bindedGraphicLine() == line) {
+            return item->text();
+        }
+    }
+    return {};
+}
+
+QSize GraphicViewLegend::itemsSize() const {
+    QSize size(0, -itemGap);
+    for (const GraphicViewLegendItem* item : items()) {
+        const QSize wanted = item->sizeHint();
+        if (!wanted.isEmpty()) {
+            size = QSize(std::max(size.width(), wanted.width()), size.height() + wanted.height() + itemGap);
+        }
+    }
+    return size.expandedTo({0, 0}) + QSize(2 * padding, 2 * padding);
+}
+
+void GraphicViewLegend::place() {
+    const QSizeF view = m_Graphic->size();
+    const QRectF wanted = frame();
+    const QSizeF size = wanted.size().boundedTo(view);
+    const qreal x = std::clamp(wanted.x(), 0.0, view.width() - size.width());
+    const qreal y =
+        std::clamp(view.height() - wanted.y() - wanted.height(), 0.0, view.height() - size.height());
+    const QRect box = QRectF(QPointF(x, y), size).toRect();
+    setGeometry(box.adjusted(-shadowExtent, -shadowExtent, shadowExtent, shadowExtent + shadowDrop));
+    m_Box = QRect(QPoint(shadowExtent, shadowExtent), box.size());
+    if ((m_Mask & WidthSizable) != 0) {
+        const int spare = std::max(0, m_Box.width() - itemsSize().width());
+        m_Box.adjust(spare / 2, 0, -(spare - spare / 2), 0);
+        setMask(m_Box.adjusted(-shadowExtent, -shadowExtent, shadowExtent, shadowExtent + shadowDrop));
+    }
+    const double covered =
+        double(m_Box.width()) * m_Box.height() / std::max(1.0, view.width() * view.height());
+    const bool isCut = wanted.height() > view.height() || size.width() < 2 * padding;
+    setVisible(covered <= mostOfView && !isCut);
+    placeItems();
+    update();
+}
+
+void GraphicViewLegend::placeItems() {
+    int y = m_Box.top() + padding;
+    for (GraphicViewLegendItem* item : items()) {
+        const QSize wanted = item->sizeHint();
+        item->setGeometry(m_Box.left() + padding, y, std::max(0, m_Box.width() - 2 * padding),
+                          wanted.height());
+        y += wanted.isEmpty() ? 0 : wanted.height() + itemGap;
+    }
+}
+
+void GraphicViewLegend::drawOn(QPainter& painter) const {
+    if (isHidden()) {
+        return;
+    }
+    painter.save();
+    painter.translate(pos());
+    drawBox(painter);
+    for (const GraphicViewLegendItem* item : items()) {
+        painter.save();
+        painter.translate(item->pos());
+        item->draw(painter);
+        painter.restore();
+    }
+    painter.restore();
+}
+
+void GraphicViewLegend::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    drawBox(painter);
+}
+
+/** The shadow is a few faint boxes around each other: a blur would cost more than the rest of the chart. */
+void GraphicViewLegend::drawBox(QPainter& painter) const {
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    const QRectF box(m_Box);
+    if (m_HasDropShadow) {
+        painter.setBrush(QColor(0, 0, 0, 9));
+        for (int i = 1; i <= shadowExtent; ++i) {
+            painter.drawRoundedRect(box.adjusted(-i, -i, i, i).translated(0, shadowDrop), cornerRadius + i,
+                                    cornerRadius + i);
+        }
+    }
+    QColor fill = palette().color(QPalette::Window);
+    fill.setAlpha(235);
+    QColor edge = palette().color(QPalette::Text);
+    edge.setAlpha(36);
+    painter.setBrush(fill);
+    painter.setPen(QPen(edge, 1));
+    painter.drawRoundedRect(box.adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius, cornerRadius);
+}
+
+void GraphicViewLegend::mousePressEvent(QMouseEvent* event) {
+    if (!m_IsMovable || event->button() != Qt::LeftButton) {
+        event->ignore();
+        return;
+    }
+    m_IsDragging = true;
+    m_DragPosition = event->position().toPoint();
+    setCursor(Qt::ClosedHandCursor);
+}
+
+/** Moves as far as the view reaches, by what is painted. */
+void GraphicViewLegend::mouseMoveEvent(QMouseEvent* event) {
+    if (!m_IsDragging) {
+        return;
+    }
+    const QPoint step = event->position().toPoint() - m_DragPosition;
+    const QRect box = m_Box.translated(pos());
+    const int x =
+        std::clamp(step.x(), -box.left(), std::max(-box.left(), m_Graphic->width() - box.right() - 1));
+    const int y =
+        std::clamp(step.y(), -box.top(), std::max(-box.top(), m_Graphic->height() - box.bottom() - 1));
+    QRectF moved = frame();
+    moved.moveTo(pos().x() + shadowExtent, m_Graphic->height() - (pos().y() + shadowExtent) - moved.height());
+    setFrame(moved.translated(x, -y), false);
+}
+
+void GraphicViewLegend::mouseReleaseEvent(QMouseEvent* /*event*/) {
+    m_IsDragging = false;
+    unsetCursor();
+}
+
+void GraphicViewLegend::enterEvent(QEnterEvent* event) {
+    QWidget::enterEvent(event);
+    m_Graphic->dismissReadOut();
+}
+
+bool GraphicViewLegend::event(QEvent* event) {
+    if (event->type() == QEvent::LayoutRequest) {
+        place();
+    }
+    return QWidget::event(event);
+}

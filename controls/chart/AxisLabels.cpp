@@ -5,7 +5,6 @@
 #include <QTextBoundaryFinder>
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 #include <utility>
 
 #include "controls/chart/GraphicMesh.h"
@@ -32,18 +31,34 @@ std::vector<Piece> pieces(const QString& text, const QFontMetricsF& metrics) {
     return result;
 }
 
-QStringList filled(const std::vector<Piece>& pieces, qreal width) {
-    QStringList lines{QString()};
-    qreal used = 0;
-    for (const Piece& piece : pieces) {
-        if (used > 0 && used + piece.width > width) {
-            lines.append(QString());
-            used = 0;
-        }
-        lines.last() += piece.text;
-        used += piece.width;
+/** Of a line that consists of some pieces: its width, and more if it does not end at a comma. */
+qreal costOfLine(const std::vector<Piece>& pieces, std::size_t begin, std::size_t end) {
+    constexpr qreal awkwardBreak = 1.5;
+    qreal width = 0;
+    for (std::size_t i = begin; i < end; ++i) {
+        width += pieces[i].width;
     }
-    return lines;
+    const bool isAwkward = end < pieces.size() && !pieces[end - 1].text.trimmed().endsWith(',');
+    return isAwkward ? width * awkwardBreak : width;
+}
+
+/** Where each of at most `lines` lines, which hold the pieces from `begin` on, ends; their greatest cost is least. */
+struct Filling {
+    qreal cost;
+    std::vector<std::size_t> ends;
+};
+
+Filling filling(const std::vector<Piece>& pieces, std::size_t begin, int lines) {
+    Filling best{costOfLine(pieces, begin, pieces.size()), {pieces.size()}};
+    for (std::size_t end = begin + 1; lines > 1 && end < pieces.size(); ++end) {
+        Filling rest = filling(pieces, end, lines - 1);
+        rest.cost = std::max(rest.cost, costOfLine(pieces, begin, end));
+        if (rest.cost < best.cost) {
+            rest.ends.insert(rest.ends.begin(), end);
+            best = std::move(rest);
+        }
+    }
+    return best;
 }
 
 bool isOverlapping(const std::vector<AxisLabels::Label>& labels) {
@@ -124,20 +139,18 @@ AxisLabels::Label AxisLabels::label(double value, int lines, qreal width) const 
 
 QString AxisLabels::wrapped(const QString& text, int lines) const {
     const QString trimmed = text.trimmed();
-    if (lines <= 1) {
+    if (lines <= 1 || trimmed.isEmpty()) {
         return trimmed;
     }
     const std::vector<Piece> parts = pieces(trimmed, m_Metrics);
-    qreal tooNarrow = 0;
-    qreal wideEnough = std::accumulate(parts.begin(), parts.end(), 0.0,
-                                       [](qreal sum, const Piece& piece) { return sum + piece.width; });
-    while (wideEnough - tooNarrow > 1) {
-        const qreal middle = (tooNarrow + wideEnough) / 2;
-        (filled(parts, middle).size() > lines ? tooNarrow : wideEnough) = middle;
-    }
-    QStringList result = filled(parts, wideEnough);
-    for (QString& line : result) {
-        line = line.trimmed();
+    QStringList result;
+    std::size_t begin = 0;
+    for (const std::size_t end : filling(parts, 0, lines).ends) {
+        QString line;
+        for (; begin < end; ++begin) {
+            line += parts[begin].text;
+        }
+        result.append(line.trimmed());
     }
     return result.join('\n');
 }

@@ -45,7 +45,7 @@ class AxisLabels {
     /** Labels beside the lines of a Y axis, with their right edge at 0 and at most `width` wide. */
     std::vector<Label> vertical(const Axis& axis, qreal width) const;
 
-    /** `text` in at most `lines` lines that are as narrow as they can be. */
+    /** `text` in at most `lines` lines, narrow, broken after a comma rather than elsewhere. */
     QString wrapped(const QString& text, int lines) const;
 
   private:

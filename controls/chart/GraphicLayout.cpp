@@ -11,7 +11,8 @@ namespace {
 // All in pixels.
 constexpr qreal margin = 12;  // around everything
 constexpr qreal labelGap = 6;
-constexpr qreal gridGap = 10;  // between the lines of the grid
+constexpr qreal leastGridGap = 8;    // between the lines of the grid as they are wanted
+constexpr qreal coarseGridGap = 32;  // at least, once that would be too dense
 
 // Of the view, below which a part is left out.
 constexpr int leastWidthForYLabels = 120;
@@ -33,6 +34,11 @@ qreal widest(const std::vector<AxisLabels::Label>& labels) {
         width = std::max(width, label.rect.width());
     }
     return width;
+}
+
+double gridStep(const AxisLabels::Axis& axis, GraphicMesh::Unit unit) {
+    const bool isTooDense = axis.cell < leastGridGap * axis.valuesPerPixel();
+    return GraphicMesh::coarsened(axis.cell, isTooDense ? coarseGridGap * axis.valuesPerPixel() : 0, unit);
 }
 
 }  // namespace
@@ -69,10 +75,8 @@ GraphicLayout::GraphicLayout(const GraphicScene& scene, const QSize& size, const
         m_YLabels = yLabels.vertical(yAxis(), size.width() / 3.0);
     }
     m_Area = m_Area.toAlignedRect();
-    m_XStep = GraphicMesh::coarsened(m_Cell.width(), gridGap * xAxis().valuesPerPixel(),
-                                     GraphicMesh::Unit::Seconds);
-    m_YStep = GraphicMesh::coarsened(m_Cell.height(), gridGap * yAxis().valuesPerPixel(),
-                                     GraphicMesh::Unit::Values);
+    m_XStep = gridStep(xAxis(), GraphicMesh::Unit::Seconds);
+    m_YStep = gridStep(yAxis(), GraphicMesh::Unit::Values);
 }
 
 void GraphicLayout::placeYAxis(const AxisLabels& labels, const QSize& size, bool hasCaption) {

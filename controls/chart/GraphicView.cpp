@@ -268,7 +268,9 @@ void GraphicView::resizeEvent(QResizeEvent* event) {
 }
 
 void GraphicView::placeLegends() {
-    for (GraphicViewLegend* legend : legends()) {
+    QList<GraphicViewLegend*> all = legends();
+    std::stable_partition(all.begin(), all.end(), [](const auto* legend) { return !legend->isHugging(); });
+    for (GraphicViewLegend* legend : all) {
         legend->place();
     }
 }

@@ -87,6 +87,9 @@ class GraphicView : public QWidget {
     const GraphicScene& scene() const { return m_Scene; }
     QList<GraphicViewLegend*> legends() const;
 
+    /** After the view's size or one of them has changed. */
+    void placeLegends();
+
     /** Draws chart and legends as they are on `device`, opaque, in logical pixels of this widget's size. */
     void drawOn(QPaintDevice& device);
 
@@ -113,7 +116,6 @@ class GraphicView : public QWidget {
     GraphicScene::Line* lineAt(unsigned line);
     void changed();
     void redraw();
-    void placeLegends();
 
     GraphicScene m_Scene;
     std::unique_ptr<GraphicPlot> m_Plot;

@@ -19,8 +19,9 @@ constexpr int itemGap = 2;
 constexpr int shadowExtent = 5;  // on each side of the box
 constexpr int shadowDrop = 1;    // that it lies lower
 constexpr qreal cornerRadius = 4;
+constexpr int leastWidth = 40;
 
-constexpr double mostOfView = 0.5;  // that a legend may cover
+constexpr double mostOfView = 0.3;  // that a legend may cover
 
 /** A margin before, a size and a margin after, of which those that are flexible share what was gained or lost. */
 std::pair<qreal, qreal> resized(qreal start, qreal size, qreal gained, bool isStartFlexible,
@@ -48,7 +49,7 @@ QList<GraphicViewLegendItem*> GraphicViewLegend::items() const {
 void GraphicViewLegend::setAutoresizingMask(int mask) {
     setFrame(frame(), false);
     m_Mask = mask;
-    place();
+    m_Graphic->placeLegends();
 }
 
 void GraphicViewLegend::setDropShadow(bool dropShadow) {
@@ -69,7 +70,7 @@ QRectF GraphicViewLegend::frame() const {
 void GraphicViewLegend::setFrame(const QRectF& frame, bool needRepaint) {
     m_Frame = frame;
     m_ViewSize = m_Graphic->size();
-    place();
+    m_Graphic->placeLegends();
     if (needRepaint) {
         repaint();
     }
@@ -100,33 +101,42 @@ QSize GraphicViewLegend::itemsSize() const {
 }
 
 void GraphicViewLegend::place() {
-    const QSizeF view = m_Graphic->size();
     const QRectF wanted = frame();
-    const QSizeF size = wanted.size().boundedTo(view);
-    const qreal x = std::clamp(wanted.x(), 0.0, view.width() - size.width());
-    const qreal y =
-        std::clamp(view.height() - wanted.y() - wanted.height(), 0.0, view.height() - size.height());
-    const QRect box = QRectF(QPointF(x, y), size).toRect();
-    setGeometry(box.adjusted(-shadowExtent, -shadowExtent, shadowExtent, shadowExtent + shadowDrop));
-    m_Box = QRect(QPoint(shadowExtent, shadowExtent), box.size());
-    if ((m_Mask & WidthSizable) != 0) {
-        const int spare = std::max(0, m_Box.width() - itemsSize().width());
-        m_Box.adjust(spare / 2, 0, -(spare - spare / 2), 0);
-        setMask(m_Box.adjusted(-shadowExtent, -shadowExtent, shadowExtent, shadowExtent + shadowDrop));
-    }
-    const double covered =
-        double(m_Box.width()) * m_Box.height() / std::max(1.0, view.width() * view.height());
-    const bool isCut = wanted.height() > view.height() || size.width() < 2 * padding;
-    setVisible(covered <= mostOfView && !isCut);
+    const QSizeF view = m_Graphic->size();
+    const qreal height = std::min(wanted.height(), view.height());
+    const qreal y = std::clamp(view.height() - wanted.y() - wanted.height(), 0.0, view.height() - height);
+    const auto [left, right] = stretchFor(y, height);
+    const qreal width = std::min<qreal>(isHugging() ? itemsSize().width() : wanted.width(), right - left);
+    const qreal x = std::clamp(wanted.center().x() - width / 2, left, std::max(left, right - width));
+    m_Box = QRectF(x, y, width, height).toRect();
+    setGeometry(m_Box.adjusted(-shadowExtent, -shadowExtent, shadowExtent, shadowExtent + shadowDrop));
+    const bool isCut = wanted.height() > view.height() || width < leastWidth;
+    setVisible(!isCut && width * height <= mostOfView * view.width() * view.height());
     placeItems();
     update();
 }
 
+/** From where to where it may be in X. One that hugs its items keeps away from the others. */
+std::pair<qreal, qreal> GraphicViewLegend::stretchFor(qreal y, qreal height) const {
+    qreal left = 0;
+    qreal right = m_Graphic->width();
+    for (const GraphicViewLegend* other : m_Graphic->legends()) {
+        const bool isInTheWay = isHugging() && !other->isHugging() && !other->isHidden() &&
+                                other->m_Box.top() < y + height && other->m_Box.bottom() >= y;
+        if (isInTheWay && other->m_Box.center().x() >= frame().center().x()) {
+            right = std::min<qreal>(right, other->m_Box.left() - padding);
+        } else if (isInTheWay) {
+            left = std::max<qreal>(left, other->m_Box.right() + padding);
+        }
+    }
+    return {left, right};
+}
+
 void GraphicViewLegend::placeItems() {
-    int y = m_Box.top() + padding;
+    int y = shadowExtent + padding;
     for (GraphicViewLegendItem* item : items()) {
         const QSize wanted = item->sizeHint();
-        item->setGeometry(m_Box.left() + padding, y, std::max(0, m_Box.width() - 2 * padding),
+        item->setGeometry(shadowExtent + padding, y, std::max(0, m_Box.width() - 2 * padding),
                           wanted.height());
         y += wanted.isEmpty() ? 0 : wanted.height() + itemGap;
     }
@@ -157,9 +167,9 @@ void GraphicViewLegend::paintEvent(QPaintEvent* /*event*/) {
 void GraphicViewLegend::drawBox(QPainter& painter) const {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
-    const QRectF box(m_Box);
+    const QRectF box(QPointF(shadowExtent, shadowExtent), QSizeF(m_Box.size()));
     if (m_HasDropShadow) {
-        painter.setBrush(QColor(0, 0, 0, 9));
+        painter.setBrush(QColor(0, 0, 0, 8));
         for (int i = 1; i <= shadowExtent; ++i) {
             painter.drawRoundedRect(box.adjusted(-i, -i, i, i).translated(0, shadowDrop), cornerRadius + i,
                                     cornerRadius + i);
@@ -190,13 +200,13 @@ void GraphicViewLegend::mouseMoveEvent(QMouseEvent* event) {
         return;
     }
     const QPoint step = event->position().toPoint() - m_DragPosition;
-    const QRect box = m_Box.translated(pos());
     const int x =
-        std::clamp(step.x(), -box.left(), std::max(-box.left(), m_Graphic->width() - box.right() - 1));
+        std::clamp(step.x(), -m_Box.left(), std::max(-m_Box.left(), m_Graphic->width() - m_Box.right() - 1));
     const int y =
-        std::clamp(step.y(), -box.top(), std::max(-box.top(), m_Graphic->height() - box.bottom() - 1));
-    QRectF moved = frame();
-    moved.moveTo(pos().x() + shadowExtent, m_Graphic->height() - (pos().y() + shadowExtent) - moved.height());
+        std::clamp(step.y(), -m_Box.top(), std::max(-m_Box.top(), m_Graphic->height() - m_Box.bottom() - 1));
+    QRectF moved = frame();  // which may be elsewhere than the box in a small view
+    moved.moveCenter(
+        QPointF(m_Box.x() + m_Box.width() / 2.0, m_Graphic->height() - m_Box.y() - m_Box.height() / 2.0));
     setFrame(moved.translated(x, -y), false);
 }
 

@@ -4,6 +4,7 @@
 #include <QList>
 #include <QRectF>
 #include <QWidget>
+#include <utility>
 
 class GraphicView;
 class GraphicViewLegendItem;
@@ -19,7 +20,7 @@ class GraphicViewLegend : public QWidget {
     /** What gives way when the view is resized; a sum of these. The other parts keep their size. */
     enum Autoresizing {
         MinXMargin = 1,    ///< left of the frame
-        WidthSizable = 2,  ///< the box is then as wide as its items, centred in the frame
+        WidthSizable = 2,  ///< the box then hugs its items, centred in the frame, and makes room for others
         MaxXMargin = 4,    ///< right of it
         MinYMargin = 8,    ///< below it
         HeightSizable = 16,
@@ -49,7 +50,10 @@ class GraphicViewLegend : public QWidget {
     /** The text of the item that is bound to `line`, empty for none. */
     QString nameOfLine(unsigned line) const;
 
-    /** Goes to its place after the view was resized or an item changed. */
+    /** Whether it is as wide as its items and stands in the middle of its frame. */
+    bool isHugging() const { return (m_Mask & WidthSizable) != 0; }
+
+    /** Goes to its place; the view calls it for all, first for those that others make room for. */
     void place();
 
     /** Draws itself where it stands in the view, if it is visible. */
@@ -66,6 +70,7 @@ class GraphicViewLegend : public QWidget {
   private:
     explicit GraphicViewLegend(GraphicView* view);
     QSize itemsSize() const;
+    std::pair<qreal, qreal> stretchFor(qreal y, qreal height) const;
     void placeItems();
     void drawBox(QPainter& painter) const;
 
@@ -75,7 +80,7 @@ class GraphicViewLegend : public QWidget {
     int m_Mask = 0;
     bool m_HasDropShadow = false;
     bool m_IsMovable = false;
-    QRect m_Box;            ///< what is painted, without the shadow, in this widget
+    QRect m_Box;            ///< what is painted without the shadow, in the view
     QPoint m_DragPosition;  ///< of the pointer, from the upper left corner, while it drags
     bool m_IsDragging = false;
 };

@@ -3,6 +3,7 @@
 
 #include <QPainter>
 
+#include "controls/chart/GraphicView.h"
 #include "controls/chart/GraphicViewLegend.h"
 
 GraphicViewLegendItem::GraphicViewLegendItem(GraphicViewLegend* legend) : QWidget(legend), m_Legend(legend) {
@@ -15,6 +16,6 @@ void GraphicViewLegendItem::paintEvent(QPaintEvent* /*event*/) {
 }
 
 void GraphicViewLegendItem::contentChanged() {
-    m_Legend->place();
+    m_Legend->graphic()->placeLegends();
     update();
 }

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr qreal lineWidth = 1.25;        // pixels; two cost several times as much
+constexpr qreal lineWidth = 1.5;         // pixels
 constexpr QPointF shadowOffset(1, 1.5);  // pixels
 constexpr qreal leastSelection = 3;      // pixels that a selected stretch is wide at least
 constexpr qreal markRadius = 3;          // pixels
@@ -35,6 +35,14 @@ GraphicColors::GraphicColors(const QPalette& palette)
     grid = withAlpha(ink, isDark ? 22 : 26);
     axis = withAlpha(ink, isDark ? 70 : 80);
     shadow = QColor(0, 0, 0, isDark ? 120 : 60);
+}
+
+QColor GraphicColors::onBackground(const QColor& color) const {
+    const float part = color.alphaF();
+    const auto mixed = [part](float over, float under) { return over * part + under * (1 - part); };
+    return QColor::fromRgbF(mixed(color.redF(), background.redF()),
+                            mixed(color.greenF(), background.greenF()),
+                            mixed(color.blueF(), background.blueF()));
 }
 
 GraphicPainter::GraphicPainter(const GraphicScene& scene, const GraphicLayout& layout,
@@ -67,42 +75,54 @@ void GraphicPainter::drawSelection(QPainter& painter) const {
     painter.restore();
 }
 
+void GraphicPainter::drawFills(QPainter& painter) const {
+    if (m_Layout.isEmpty()) {
+        return;
+    }
+    painter.save();
+    painter.setClipRect(m_Layout.area());
+    painter.setRenderHint(QPainter::Antialiasing, false);
+    painter.setPen(Qt::NoPen);
+    const qreal zero = bounded(m_Layout.pixelY(0));
+    for (const GraphicScene::Line& line : m_Scene.lines) {
+        QPolygonF points = line.style == filledStyle ? polyline(line.data) : QPolygonF();
+        if (!points.isEmpty()) {
+            points << QPointF(points.last().x(), zero) << QPointF(points.first().x(), zero);
+            QColor faint = line.color;
+            faint.setAlphaF(static_cast<float>(faint.alphaF() * fillOpacity));
+            painter.setBrush(m_Colors.onBackground(faint));
+            painter.drawPolygon(points);
+        }
+    }
+    painter.restore();
+}
+
 void GraphicPainter::drawLines(QPainter& painter) const {
     if (m_Layout.isEmpty()) {
         return;
     }
     painter.save();
     painter.setClipRect(m_Layout.area().adjusted(-1, -1, 1, 1));
+    painter.setRenderHint(QPainter::Antialiasing);
     for (const GraphicScene::Line& line : m_Scene.lines) {
-        drawLine(painter, line);
+        const QPolygonF points = polyline(line.data);
+        if (line.hasDropShadow) {
+            drawSegments(painter, points, shadowOffset, m_Colors.onBackground(m_Colors.shadow));
+        }
+        drawSegments(painter, points, {}, m_Colors.onBackground(line.color));
     }
     painter.restore();
 }
 
-void GraphicPainter::drawLine(QPainter& painter, const GraphicScene::Line& line) const {
-    const QPolygonF points = polyline(line.data);
-    if (points.isEmpty()) {
-        return;
+void GraphicPainter::drawSegments(QPainter& painter, const QPolygonF& points, const QPointF& offset,
+                                  const QColor& color) const {
+    QList<QLineF> segments;
+    segments.reserve(points.size());
+    for (qsizetype i = 1; i < points.size(); ++i) {
+        segments.append(QLineF(points[i - 1] + offset, points[i] + offset));
     }
-    if (line.style == filledStyle) {
-        const qreal zero = bounded(m_Layout.pixelY(0));
-        QPolygonF filled = points;
-        filled << QPointF(points.last().x(), zero) << QPointF(points.first().x(), zero);
-        QColor color = line.color;
-        color.setAlphaF(static_cast<float>(color.alphaF() * fillOpacity));
-        painter.setRenderHint(QPainter::Antialiasing, false);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(color);
-        painter.drawPolygon(filled);
-    }
-    painter.setBrush(Qt::NoBrush);
-    painter.setRenderHint(QPainter::Antialiasing);
-    if (line.hasDropShadow) {
-        painter.setPen(QPen(m_Colors.shadow, 1));
-        painter.drawPolyline(points.translated(shadowOffset));
-    }
-    painter.setPen(QPen(line.color, lineWidth));
-    painter.drawPolyline(points);
+    painter.setPen(QPen(color, lineWidth, Qt::SolidLine, Qt::SquareCap));
+    painter.drawLines(segments);
 }
 
 /**

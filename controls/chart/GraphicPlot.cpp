@@ -58,6 +58,7 @@ struct GraphicPlot::Engine {
         plot.plotLayout()->setMargins({});
         setUpAxis(*plot.xAxis, xTicker);
         setUpAxis(*plot.yAxis, yTicker);
+        add("background", &GraphicPainter::drawFills);
         add("grid", &GraphicPainter::drawSelection);
         add("main", &GraphicPainter::drawLines);
         add("axes", &GraphicPainter::drawLabels);

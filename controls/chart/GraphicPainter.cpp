@@ -86,7 +86,7 @@ void GraphicPainter::drawFills(QPainter& painter) const {
     const qreal zero = bounded(m_Layout.pixelY(0));
     for (const GraphicScene::Line& line : m_Scene.lines) {
         QPolygonF points = line.style == filledStyle ? polyline(line.data) : QPolygonF();
-        if (!points.isEmpty()) {
+        if (!points.isEmpty() && points.size() <= m_Layout.area().width()) {  // a denser line fills by itself
             points << QPointF(points.last().x(), zero) << QPointF(points.first().x(), zero);
             QColor faint = line.color;
             faint.setAlphaF(static_cast<float>(faint.alphaF() * fillOpacity));

@@ -1,0 +1,278 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "controls/chart/GraphicView.h"
+
+#include <gtest/gtest.h>
+
+#include <QAccessible>
+#include <QApplication>
+#include <QClipboard>
+#include <QColorDialog>
+#include <QDir>
+#include <QFile>
+#include <QMenu>
+#include <QMimeData>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include "controls/chart/GraphicExport.h"
+#include "controls/chart/GraphicViewDelegate.h"
+#include "controls/chart/GraphicViewGraphicTitleLegendItem.h"
+#include "controls/chart/GraphicViewLegend.h"
+#include "controls/chart/GraphicViewLegendItem.h"
+#include "controls/chart/GraphicViewLineColorLegendItem.h"
+
+namespace {
+
+class Texts : public GraphicViewDelegate {
+  public:
+    QString axeValueToString(float value, int axe) override {
+        m_Asked += axe == 1 && value == 0 ? 1 : 0;
+        return QString::number(value);
+    }
+    QDateTime dateAtX(float x) override {
+        return m_Origin.isValid() ? m_Origin.addMSecs(qint64(x * 1000)) : m_Origin;
+    }
+
+    int m_Asked = 0;  ///< for the label at the origin, which every redraw needs
+    QDateTime m_Origin;
+};
+
+class GraphicViewTest : public testing::Test {
+  protected:
+    GraphicViewTest() {
+        m_View.resize(420, 260);
+        m_View.setDelegate(&m_Texts);
+        m_View.appendLine();
+        m_View.appendLine();
+        m_View.setViewport({0, 0, 120, 4096});
+        m_View.setMeshCellSize({10, 512});
+        m_View.show();
+        settle();
+    }
+
+    static void settle() { QCoreApplication::processEvents(); }
+
+    /** How often the chart was drawn since the last call. */
+    int redraws() {
+        settle();
+        const int asked = m_Texts.m_Asked;
+        m_Texts.m_Asked = 0;
+        return asked / askedPerRedraw;
+    }
+
+    GraphicViewLegend* colorLegend() {
+        auto* legend = GraphicViewLegend::legendWithGraphic(&m_View, QRectF(0, 0, 80, 120));
+        legend->setAutoresizingMask(GraphicViewLegend::MinXMargin | GraphicViewLegend::MinYMargin);
+        legend->setMovable(true);
+        for (unsigned line = 0; line < 2; ++line) {
+            auto* item = GraphicViewLineColorLegendItem::itemWithLegend(legend);
+            item->setBindedGraphicLine(line);
+            item->setText(line == 0 ? "Received" : "Sent, \"all\"");
+            item->setAllowSelectColor(true);
+        }
+        legend->fitToItems();
+        QRectF frame = legend->frame();
+        frame.moveTo(m_View.width() - frame.width() - 20, m_View.height() - frame.height() - 20);
+        legend->setFrame(frame, false);
+        settle();
+        return legend;
+    }
+
+    static constexpr int askedPerRedraw = 2;  // for the room of the labels, and for the labels
+
+    Texts m_Texts;
+    GraphicView m_View;
+};
+
+TEST_F(GraphicViewTest, ChangesAreDrawnTogetherAndNothingIsDrawnWhileUpdatesAreDisabled) {
+    EXPECT_EQ(redraws(), 1);
+    m_View.setUpdatesDisabled(true);
+    for (int i = 0; i < 10; ++i) {
+        m_View.addPointToLine(0, {double(i), 100});
+    }
+    m_View.resize(500, 300);
+    QTest::mouseMove(&m_View, {200, 100});
+    QPalette dark;
+    dark.setColor(QPalette::Base, Qt::black);
+    m_View.setPalette(dark);
+    m_View.display();
+    m_View.repaint();
+    EXPECT_EQ(redraws(), 0);
+    m_View.setUpdatesDisabled(false);
+    m_View.display();
+    EXPECT_EQ(redraws(), 1);
+    QTest::mouseMove(&m_View, {210, 100});
+    m_View.hide();
+    m_View.addPointToLine(0, {11, 100});
+    EXPECT_EQ(redraws(), 0) << "for the read-out, or while nobody sees it";
+}
+
+TEST_F(GraphicViewTest, VisibleHeightFitsThePointsWithRoomAboveAndBelowWhereItIsNegative) {
+    m_View.recalcVisibleHeight();
+    EXPECT_EQ(m_View.viewport(), QRectF(0, 0, 120, 640)) << "a row and a quarter for no points";
+    m_View.addPointToLine(0, {5, 1000});
+    m_View.addPointToLine(1, {1000, 2000});
+    m_View.recalcVisibleHeight();
+    EXPECT_EQ(m_View.viewport(), QRectF(0, 0, 120, 2128));
+    m_View.addPointToLine(1, {6, -3000});
+    m_View.addPointToLine(1, {7, std::numeric_limits<float>::infinity()});
+    m_View.recalcVisibleHeight();
+    EXPECT_EQ(m_View.viewport(), QRectF(0, -3128, 120, 5256));
+}
+
+TEST_F(GraphicViewTest, OnlyWhatIsLeftOfTheViewportIsRemovedFromTheLineThatWasNamed) {
+    for (const double x : {30.0, 10.0, 20.0, 140.0}) {
+        m_View.addPointToLine(0, {x, x});
+        m_View.addPointToLine(1, {x, x});
+    }
+    m_View.setViewport({20, 0, 110, 100});
+    m_View.removeInvisiblePoints(0, 0);
+    EXPECT_EQ(GraphicExport(m_View).points(), "X,Line 1,Line 2\r\n20,20,20\r\n30,30,30\r\n");
+    EXPECT_EQ(m_View.scene().lines[0].data.points().size(), 3U);
+    EXPECT_EQ(m_View.scene().lines[1].data.points().size(), 4U);
+    m_View.removeInvisiblePoints(7, 0);
+}
+
+TEST_F(GraphicViewTest, ExportsDatesWithTheirZoneQuotedNamesAndEmptyFields) {
+    colorLegend();
+    m_View.setXAxeDescription("Date/Time");
+    m_Texts.m_Origin = QDateTime::fromString("2026-11-21T17:00:30+02:00", Qt::ISODate);
+    m_View.addPointToLine(0, {0, 16'777'216});
+    m_View.addPointToLine(0, {36, 1});
+    m_View.addPointToLine(1, {36, -2});
+    m_View.addPointToLine(1, {500, 1});
+    EXPECT_EQ(GraphicExport(m_View).points().toStdString(),
+              "Date/Time,Received,\"Sent, \"\"all\"\"\"\r\n"
+              "2026-11-21T17:00:30+02:00,16777216,\r\n"
+              "2026-11-21T17:01:06+02:00,1,-2\r\n");
+}
+
+TEST_F(GraphicViewTest, PicturesOfEveryKindAreWrittenAndAFailureLeavesTheOldFile) {
+    const QTemporaryDir folder;
+    const auto start = [&](const QString& name) {
+        EXPECT_EQ(GraphicExport(m_View).savePicture(folder.filePath(name)), QString()) << name.toStdString();
+        QFile file(folder.filePath(name));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return file.readAll();
+    };
+    colorLegend();
+    EXPECT_TRUE(start("a.png").startsWith("\x89PNG"));
+    EXPECT_TRUE(start("a.pdf").startsWith("%PDF"));
+    EXPECT_TRUE(start("a.svg").contains("Received")) << "text stays text, and legends are in it";
+    EXPECT_EQ(GraphicExport(m_View).picture().size(), m_View.size() * 2);
+    EXPECT_FALSE(GraphicExport(m_View).savePicture(folder.filePath("missing/a.png")).isEmpty());
+    EXPECT_FALSE(GraphicExport(m_View).savePoints(folder.path()).isEmpty());
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 3) << "nothing half written is left";
+}
+
+TEST_F(GraphicViewTest, LegendsFollowTheirCornerStayInsideAndHideWhereTheyWouldCoverAll) {
+    GraphicViewLegend* legend = colorLegend();
+    const QSizeF size = legend->frame().size();
+    m_View.resize(900, 480);
+    EXPECT_EQ(legend->frame(), QRectF(QPointF(880 - size.width(), 460 - size.height()), size));
+    EXPECT_EQ(legend->geometry().center().x(), QRectF(legend->frame()).center().toPoint().x());
+    EXPECT_LT(legend->geometry().bottom(), 240) << "y grows upwards";
+    m_View.resize(110, 90);
+    EXPECT_TRUE(legend->isHidden());
+    m_View.resize(420, 260);
+    EXPECT_FALSE(legend->isHidden());
+    EXPECT_EQ(legend->frame(), QRectF(QPointF(400 - size.width(), 240 - size.height()), size)) << "no drift";
+}
+
+TEST_F(GraphicViewTest, LegendsAreDraggedWithinTheViewOnly) {
+    GraphicViewLegend* legend = colorLegend();
+    const QPoint grip(legend->width() - 12, legend->height() - 12);
+    QTest::mousePress(legend, Qt::LeftButton, {}, grip);
+    QTest::mouseMove(legend, grip + QPoint(-5000, 5000));
+    QTest::mouseRelease(legend, Qt::LeftButton);
+    EXPECT_EQ(legend->frame().topLeft(), QPointF(0, 0));
+    legend->setFrame(QRectF({-500, 9000}, legend->frame().size()), false);
+    EXPECT_TRUE(m_View.rect().adjusted(-6, -6, 6, 7).contains(legend->geometry()))
+        << "its shadow is 5 pixels";
+}
+
+TEST_F(GraphicViewTest, TitlesKeepAwayFromTheOtherLegendAndAreNoWiderThanTheirText) {
+    GraphicViewLegend* colors = colorLegend();
+    auto* legend = GraphicViewLegend::legendWithGraphic(&m_View, colors->frame());
+    delete legend->items().first();
+    GraphicViewGraphicTitleLegendItem::itemWithLegend(legend)->setTitle("A browser with a rather long name");
+    legend->setAutoresizingMask(GraphicViewLegend::WidthSizable | GraphicViewLegend::MinYMargin);
+    legend->fitToItems();
+    legend->setFrame(QRectF(100, 220, 220, legend->frame().height()), false);
+    EXPECT_LE(legend->width(), 240);
+    for (const int width : {420, 340, 260}) {
+        m_View.resize(width, 260);
+        EXPECT_TRUE(legend->isHidden() || !legend->geometry().intersects(colors->geometry())) << width;
+    }
+}
+
+TEST_F(GraphicViewTest, SwatchesRecolorTheirLineByKeyboardAndGoBackWhenCancelled) {
+    auto* item = m_View.findChild<QWidget*>();
+    colorLegend();
+    auto* first = m_View.findChild<GraphicViewLineColorLegendItem*>();
+    item = first->findChild<QAbstractButton*>();
+    m_View.setLineColor(0, Qt::blue);
+    EXPECT_EQ(first->color(), QColor(Qt::blue));
+    item->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(item, Qt::Key_Space);
+    auto* dialog = first->findChild<QColorDialog*>();
+    ASSERT_NE(dialog, nullptr);
+    dialog->setCurrentColor(Qt::magenta);
+    EXPECT_EQ(m_View.lineColor(0), QColor(Qt::magenta));
+    EXPECT_EQ(first->color(), QColor(Qt::magenta));
+    dialog->reject();
+    EXPECT_EQ(m_View.lineColor(0), QColor(Qt::blue));
+}
+
+TEST_F(GraphicViewTest, SelectionsAreSeenHoweverShortAndDoNoHarmOutside) {
+    const auto picture = [this] {
+        settle();
+        return m_View.grab().toImage();
+    };
+    const QImage without = picture();
+    m_View.setSelectionForAxe(0, 60.0F, 60.0F);
+    const QImage shortest = picture();
+    EXPECT_NE(shortest, without);
+    m_View.setSelectionForAxe(0, 60.0F);
+    EXPECT_NE(picture(), without);
+    m_View.setSelectionForAxe(0, -1e30F, -1e20F);
+    EXPECT_EQ(picture(), without);
+    m_View.setSelectionForAxe(0, 1e30F);
+    EXPECT_EQ(picture(), without);
+    m_View.setSelectionForAxe(0, 80.0F, 20.0F);
+    const QImage turned = picture();
+    m_View.setSelectionForAxe(0, 20.0F, 80.0F);
+    EXPECT_EQ(picture(), turned);
+    m_View.clearSelection();
+    EXPECT_EQ(picture(), without);
+}
+
+TEST_F(GraphicViewTest, OddViewportsAndStepsAreSurvived) {
+    m_View.addPointToLine(0, {1, 1});
+    for (const QRectF& viewport :
+         {QRectF(0, 0, 0, 0), QRectF(0, 0, 8.64e7, 1), QRectF(1e9, -1e12, 1e-3, 2e12)}) {
+        for (const QSizeF& cell : {QSizeF(1, 1), QSizeF(0, 0), QSizeF(-1, qQNaN()), QSizeF(1e-12, 1e12)}) {
+            m_View.setViewport(viewport);
+            m_View.setMeshCellSize(cell);
+            QElapsedTimer timer;
+            timer.start();
+            m_View.display();
+            EXPECT_LT(timer.elapsed(), 2000);
+        }
+    }
+}
+
+TEST_F(GraphicViewTest, TellsWhatItShowsToThoseWhoCannotSee) {
+    colorLegend();
+    m_View.setAccessibleName("Traffic");
+    m_View.setXAxeDescription("Time");
+    m_View.addPointToLine(0, {1, 7});
+    m_View.addPointToLine(0, {2, 5});
+    QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(&m_View);
+    EXPECT_EQ(interface->role(), QAccessible::Chart);
+    EXPECT_EQ(interface->text(QAccessible::Name), "Traffic");
+    EXPECT_EQ(interface->text(QAccessible::Description).toStdString(),
+              "Time from 0 to 120; Received: highest 7, at 1, latest 5; Sent, \"all\": no points");
+}
+
+}  // namespace

@@ -20,26 +20,34 @@ struct Piece {
     qreal width;
 };
 
+/** Where a line may end by the rules of its script, and behind every blank: those keep "21, 2026" together. */
 std::vector<Piece> pieces(const QString& text, const QFontMetricsF& metrics) {
     std::vector<Piece> result;
     QTextBoundaryFinder finder(QTextBoundaryFinder::Line, text);
-    for (qsizetype begin = 0, end = finder.toNextBoundary(); end > begin;
-         begin = end, end = finder.toNextBoundary()) {
-        const QString piece = text.mid(begin, end - begin);
-        result.push_back({piece, metrics.horizontalAdvance(piece)});
+    qsizetype begin = 0;
+    for (qsizetype end = 1; end <= text.size(); ++end) {
+        finder.setPosition(end);
+        const bool isBehindBlank = end < text.size() && text[end - 1].isSpace() && !text[end].isSpace();
+        if (end == text.size() || isBehindBlank || finder.isAtBoundary()) {
+            const QString piece = text.mid(begin, end - begin);
+            result.push_back({piece, metrics.horizontalAdvance(piece)});
+            begin = end;
+        }
     }
     return result;
 }
 
-/** Of a line that consists of some pieces: its width, and more if it does not end at a comma. */
+/** How much wider than it is a line counts when it ends after this: a comma is best, a word's end will do. */
+qreal awkwardness(const QString& end) {
+    return end.trimmed().endsWith(',') ? 1 : (end.back().isSpace() ? 1.5 : 2);
+}
+
 qreal costOfLine(const std::vector<Piece>& pieces, std::size_t begin, std::size_t end) {
-    constexpr qreal awkwardBreak = 1.5;
     qreal width = 0;
     for (std::size_t i = begin; i < end; ++i) {
         width += pieces[i].width;
     }
-    const bool isAwkward = end < pieces.size() && !pieces[end - 1].text.trimmed().endsWith(',');
-    return isAwkward ? width * awkwardBreak : width;
+    return end < pieces.size() ? width * awkwardness(pieces[end - 1].text) : width;
 }
 
 /** Where each of at most `lines` lines, which hold the pieces from `begin` on, ends; their greatest cost is least. */

@@ -20,6 +20,7 @@ constexpr int shadowExtent = 5;  // on each side of the box
 constexpr int shadowDrop = 1;    // that it lies lower
 constexpr qreal cornerRadius = 4;
 constexpr int leastWidth = 40;
+constexpr int leastHuggedWidth = 160;  // that a box may have if its items want it, in a smaller frame, too
 
 constexpr double mostOfView = 0.3;  // that a legend may cover
 
@@ -106,7 +107,9 @@ void GraphicViewLegend::place() {
     const qreal height = std::min(wanted.height(), view.height());
     const qreal y = std::clamp(view.height() - wanted.y() - wanted.height(), 0.0, view.height() - height);
     const auto [left, right] = stretchFor(y, height);
-    const qreal width = std::min<qreal>(isHugging() ? itemsSize().width() : wanted.width(), right - left);
+    const qreal hugged =
+        std::min<qreal>(itemsSize().width(), std::max<qreal>(wanted.width(), leastHuggedWidth));
+    const qreal width = std::min(isHugging() ? hugged : wanted.width(), right - left);
     const qreal x = std::clamp(wanted.center().x() - width / 2, left, std::max(left, right - width));
     m_Box = QRectF(x, y, width, height).toRect();
     setGeometry(m_Box.adjusted(-shadowExtent, -shadowExtent, shadowExtent, shadowExtent + shadowDrop));

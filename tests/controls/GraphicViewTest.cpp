@@ -3,14 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <QAbstractButton>
 #include <QAccessible>
 #include <QApplication>
-#include <QClipboard>
 #include <QColorDialog>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
-#include <QMenu>
-#include <QMimeData>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -170,7 +169,7 @@ TEST_F(GraphicViewTest, LegendsFollowTheirCornerStayInsideAndHideWhereTheyWouldC
     const QSizeF size = legend->frame().size();
     m_View.resize(900, 480);
     EXPECT_EQ(legend->frame(), QRectF(QPointF(880 - size.width(), 460 - size.height()), size));
-    EXPECT_EQ(legend->geometry().center().x(), QRectF(legend->frame()).center().toPoint().x());
+    EXPECT_NEAR(legend->geometry().center().x(), legend->frame().center().x(), 1);
     EXPECT_LT(legend->geometry().bottom(), 240) << "y grows upwards";
     m_View.resize(110, 90);
     EXPECT_TRUE(legend->isHidden());
@@ -191,7 +190,7 @@ TEST_F(GraphicViewTest, LegendsAreDraggedWithinTheViewOnly) {
         << "its shadow is 5 pixels";
 }
 
-TEST_F(GraphicViewTest, TitlesKeepAwayFromTheOtherLegendAndAreNoWiderThanTheirText) {
+TEST_F(GraphicViewTest, TitlesKeepAwayFromTheOtherLegendAndAreNoWiderThanTheirFrame) {
     GraphicViewLegend* colors = colorLegend();
     auto* legend = GraphicViewLegend::legendWithGraphic(&m_View, colors->frame());
     delete legend->items().first();
@@ -199,18 +198,18 @@ TEST_F(GraphicViewTest, TitlesKeepAwayFromTheOtherLegendAndAreNoWiderThanTheirTe
     legend->setAutoresizingMask(GraphicViewLegend::WidthSizable | GraphicViewLegend::MinYMargin);
     legend->fitToItems();
     legend->setFrame(QRectF(100, 220, 220, legend->frame().height()), false);
-    EXPECT_LE(legend->width(), 240);
+    const auto box = [](const QWidget* widget) { return widget->geometry().adjusted(5, 5, -5, -6); };
+    EXPECT_LE(box(legend).width(), 220);
     for (const int width : {420, 340, 260}) {
         m_View.resize(width, 260);
-        EXPECT_TRUE(legend->isHidden() || !legend->geometry().intersects(colors->geometry())) << width;
+        EXPECT_TRUE(legend->isHidden() || !box(legend).intersects(box(colors))) << width;
     }
 }
 
 TEST_F(GraphicViewTest, SwatchesRecolorTheirLineByKeyboardAndGoBackWhenCancelled) {
-    auto* item = m_View.findChild<QWidget*>();
     colorLegend();
     auto* first = m_View.findChild<GraphicViewLineColorLegendItem*>();
-    item = first->findChild<QAbstractButton*>();
+    auto* item = first->findChild<QAbstractButton*>();
     m_View.setLineColor(0, Qt::blue);
     EXPECT_EQ(first->color(), QColor(Qt::blue));
     item->setFocus(Qt::TabFocusReason);

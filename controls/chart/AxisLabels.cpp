@@ -37,31 +37,35 @@ std::vector<Piece> pieces(const QString& text, const QFontMetricsF& metrics) {
     return result;
 }
 
-/** How much wider than it is a line counts when it ends after this: a comma is best, a word's end will do. */
+/** By what a text counts as wider when a line of it ends after this: a comma is best, a word's end will do. */
 qreal awkwardness(const QString& end) {
-    return end.trimmed().endsWith(',') ? 1 : (end.back().isSpace() ? 1.5 : 2);
+    return end.trimmed().endsWith(',') ? 1 : (end.back().isSpace() ? 1.2 : 1.5);
 }
 
-qreal costOfLine(const std::vector<Piece>& pieces, std::size_t begin, std::size_t end) {
+/** At most so many lines, which hold the pieces from one on. */
+struct Filling {
+    qreal widest;
+    qreal awkwardness;
+    std::vector<std::size_t> ends;  ///< of each line, exclusive
+
+    qreal cost() const { return widest * awkwardness; }
+};
+
+qreal widthOf(const std::vector<Piece>& pieces, std::size_t begin, std::size_t end) {
     qreal width = 0;
     for (std::size_t i = begin; i < end; ++i) {
         width += pieces[i].width;
     }
-    return end < pieces.size() ? width * awkwardness(pieces[end - 1].text) : width;
+    return width;
 }
 
-/** Where each of at most `lines` lines, which hold the pieces from `begin` on, ends; their greatest cost is least. */
-struct Filling {
-    qreal cost;
-    std::vector<std::size_t> ends;
-};
-
 Filling filling(const std::vector<Piece>& pieces, std::size_t begin, int lines) {
-    Filling best{costOfLine(pieces, begin, pieces.size()), {pieces.size()}};
+    Filling best{widthOf(pieces, begin, pieces.size()), 1, {pieces.size()}};
     for (std::size_t end = begin + 1; lines > 1 && end < pieces.size(); ++end) {
         Filling rest = filling(pieces, end, lines - 1);
-        rest.cost = std::max(rest.cost, costOfLine(pieces, begin, end));
-        if (rest.cost < best.cost) {
+        rest.widest = std::max(rest.widest, widthOf(pieces, begin, end));
+        rest.awkwardness *= awkwardness(pieces[end - 1].text);
+        if (rest.cost() < best.cost()) {
             rest.ends.insert(rest.ends.begin(), end);
             best = std::move(rest);
         }

@@ -17,7 +17,7 @@
 namespace {
 
 constexpr qreal pictureScale = 2;  // at least
-constexpr int pointsPerInch = 72;
+constexpr qreal pointsPerInch = 72;
 
 QByteArray field(const QString& text) {
     QString quoted = text;
@@ -61,6 +61,7 @@ QString GraphicExport::savePicture(const QString& path) const {
         if (suffix == "svg") {
             QSvgGenerator svg;
             svg.setOutputDevice(&file);
+            svg.setResolution(m_View.logicalDpiX());  // or text would have another size than on the screen
             svg.setSize(m_View.size());
             svg.setViewBox(m_View.rect());
             svg.setTitle(m_View.accessibleName());
@@ -69,9 +70,11 @@ QString GraphicExport::savePicture(const QString& path) const {
         }
         if (suffix == "pdf") {
             QPdfWriter pdf(&file);
-            pdf.setPageSize(QPageSize(QSizeF(m_View.size()), QPageSize::Point));
+            const int pixelsPerInch = m_View.logicalDpiX();
+            pdf.setPageSize(
+                QPageSize(QSizeF(m_View.size()) * (pointsPerInch / pixelsPerInch), QPageSize::Point));
             pdf.setPageMargins({});
-            pdf.setResolution(pointsPerInch);
+            pdf.setResolution(pixelsPerInch);
             pdf.setTitle(m_View.accessibleName());
             m_View.drawOn(pdf);
             return true;

@@ -245,6 +245,7 @@ void GraphicView::redraw() {
 }
 
 void GraphicView::drawOn(QPaintDevice& device) {
+    placeLegends();  // a hidden view hears of its new size only when it is shown
     m_Plot->draw(device, {size(), palette().color(QPalette::Base), palette(), font()},
                  [this](QPainter& painter) {
                      for (GraphicViewLegend* legend : legends()) {

@@ -28,7 +28,9 @@ qreal bounded(qreal pixel) {
 }  // namespace
 
 GraphicColors::GraphicColors(const QPalette& palette)
-    : background(palette.color(QPalette::Base)), selection(palette.color(QPalette::Highlight)) {
+    : background(palette.color(QPalette::Base)),
+      selection(
+          palette.color(QPalette::Active, QPalette::Highlight)) {  // a chart is watched from other windows
     const QColor ink = palette.color(QPalette::Text);
     const bool isDark = background.lightness() < 128;
     text = withAlpha(ink, isDark ? 175 : 170);
@@ -59,19 +61,20 @@ void GraphicPainter::drawSelection(QPainter& painter) const {
     qreal from = bounded(isX ? m_Layout.pixelX(selection.from) : m_Layout.pixelY(selection.to));
     qreal to = bounded(isX ? m_Layout.pixelX(selection.to) : m_Layout.pixelY(selection.from));
     const qreal missing = selection.isPoint ? 0 : std::max(0.0, leastSelection - (to - from));
-    from -= missing / 2;
-    to += missing / 2;
-    const QRectF stretch = isX ? QRectF(QPointF(from, area.top()), QPointF(to, area.bottom()))
-                               : QRectF(QPointF(area.left(), from), QPointF(area.right(), to));
+    from = std::floor(from - missing / 2);  // whole pixels: an edge between two would be a smear
+    to = std::floor(to + missing / 2);
+    const auto across = [&](qreal begin, qreal end) {
+        return isX ? QRectF(QPointF(begin, area.top()), QPointF(end, area.bottom()))
+                   : QRectF(QPointF(area.left(), begin), QPointF(area.right(), end));
+    };
     painter.save();
     painter.setClipRect(area.adjusted(-1, 0, 1, 1));
-    painter.setRenderHint(QPainter::Antialiasing, false);
+    const QColor edge = withAlpha(m_Colors.selection, 150);
     if (!selection.isPoint) {
-        painter.fillRect(stretch, withAlpha(m_Colors.selection, 56));
+        painter.fillRect(across(from, to), withAlpha(m_Colors.selection, 56));
+        painter.fillRect(across(to, to + 1), edge);
     }
-    painter.setPen(QPen(withAlpha(m_Colors.selection, selection.isPoint ? 110 : 160), 1));
-    painter.drawLine(stretch.topLeft(), isX ? stretch.bottomLeft() : stretch.topRight());
-    painter.drawLine(isX ? stretch.topRight() : stretch.bottomLeft(), stretch.bottomRight());
+    painter.fillRect(across(from, from + 1), edge);
     painter.restore();
 }
 

@@ -305,6 +305,14 @@ void GraphicView::dismissReadOut() {
     m_ReadOut->dismiss();
 }
 
+/** Who comes by the Tab key sees that it is here, and reads the newest point. */
+void GraphicView::focusInEvent(QFocusEvent* event) {
+    QWidget::focusInEvent(event);
+    if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason) {
+        m_ReadOut->step(1);
+    }
+}
+
 void GraphicView::focusOutEvent(QFocusEvent* event) {
     QWidget::focusOutEvent(event);
     if (event->reason() != Qt::PopupFocusReason) {

@@ -28,12 +28,17 @@ class Texts : public GraphicViewDelegate {
         m_Asked += axe == 1 && value == 0 ? 1 : 0;
         return QString::number(value);
     }
+    QString readOutValueToString(float value, int axe) override {
+        m_ReadOut += axe == 0 ? QString("| %1:").arg(value) : QString(" %1").arg(value);
+        return axeValueToString(value, axe);
+    }
     QDateTime dateAtX(float x) override {
         return m_Origin.isValid() ? m_Origin.addMSecs(qint64(x * 1000)) : m_Origin;
     }
 
     int m_Asked = 0;  ///< for the label at the origin, which every redraw needs
     QDateTime m_Origin;
+    QString m_ReadOut;
 };
 
 class GraphicViewTest : public testing::Test {
@@ -221,6 +226,31 @@ TEST_F(GraphicViewTest, SwatchesRecolorTheirLineByKeyboardAndGoBackWhenCancelled
     EXPECT_EQ(first->color(), QColor(Qt::magenta));
     dialog->reject();
     EXPECT_EQ(m_View.lineColor(0), QColor(Qt::blue));
+}
+
+TEST_F(GraphicViewTest, ReadsOutTheNearestPointUnderThePointerAndTheNextOnesByKeyboard) {
+    for (const double x : {10.0, 60.0, 61.0, 200.0}) {
+        m_View.addPointToLine(0, {x, x + 1});
+    }
+    m_View.addPointToLine(1, {60, 5});
+    settle();
+    const auto read = [this] {
+        m_Texts.m_ReadOut.clear();
+        settle();
+        return m_Texts.m_ReadOut.toStdString();
+    };
+    EXPECT_EQ(read(), "");
+    QTest::mouseMove(&m_View, {90, 60});
+    EXPECT_EQ(read(), " 11| 10:") << "the only line that has a point there";
+    QTest::keyClick(&m_View, Qt::Key_Right);
+    EXPECT_EQ(read(), " 61 5| 60:");
+    QTest::keyClick(&m_View, Qt::Key_Right);
+    QTest::keyClick(&m_View, Qt::Key_Right);
+    EXPECT_EQ(read(), " 62| 61:") << "what lies outside is not read";
+    m_View.clearLine(0);
+    EXPECT_EQ(read(), " 5| 60:") << "it follows the points";
+    QTest::keyClick(&m_View, Qt::Key_Escape);
+    EXPECT_EQ(read(), "");
 }
 
 TEST_F(GraphicViewTest, SelectionsAreSeenHoweverShortAndDoNoHarmOutside) {

@@ -6,10 +6,15 @@
 #include <QAbstractButton>
 #include <QAccessible>
 #include <QApplication>
+#include <QClipboard>
 #include <QColorDialog>
+#include <QContextMenuEvent>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileDialog>
+#include <QMenu>
+#include <QMessageBox>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -167,6 +172,40 @@ TEST_F(GraphicViewTest, PicturesOfEveryKindAreWrittenAndAFailureLeavesTheOldFile
     EXPECT_FALSE(GraphicExport(m_View).savePicture(folder.filePath("missing/a.png")).isEmpty());
     EXPECT_FALSE(GraphicExport(m_View).savePoints(folder.path()).isEmpty());
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 3) << "nothing half written is left";
+}
+
+TEST_F(GraphicViewTest, TheContextMenuCopiesSavesAndTellsWhenAFileCannotBeWritten) {
+    const auto choose = [this](const QString& text) {
+        QContextMenuEvent event(QContextMenuEvent::Keyboard, {}, {});
+        QCoreApplication::sendEvent(&m_View, &event);
+        auto* menu = m_View.findChild<QMenu*>();
+        for (QAction* action : menu->actions()) {
+            if (action->text() == text) {
+                action->trigger();
+            }
+        }
+        delete menu;
+        return m_View.findChild<QFileDialog*>();
+    };
+    EXPECT_EQ(choose("Copy Picture"), nullptr);
+    EXPECT_EQ(QGuiApplication::clipboard()->image().size(), m_View.size() * 2);
+    const QTemporaryDir folder;
+    QFileDialog* dialog = choose("Export Points...");
+    ASSERT_NE(dialog, nullptr);
+    dialog->setDirectory(folder.path());
+    dialog->selectFile(folder.filePath("points"));
+    QMetaObject::invokeMethod(dialog, "accept");
+    EXPECT_TRUE(QFile::exists(folder.filePath("points.csv")));
+    delete dialog;
+    dialog = choose("Save Picture As...");
+    ASSERT_NE(dialog, nullptr);
+    emit dialog->filterSelected(dialog->nameFilters().at(1));
+    EXPECT_EQ(dialog->defaultSuffix(), "svg");
+    emit dialog->fileSelected(folder.filePath("missing/a.svg"));
+    auto* box = m_View.findChild<QMessageBox*>();
+    ASSERT_NE(box, nullptr);
+    EXPECT_TRUE(box->text().contains("a.svg"));
+    delete box;
 }
 
 TEST_F(GraphicViewTest, LegendsFollowTheirCornerStayInsideAndHideWhereTheyWouldCoverAll) {

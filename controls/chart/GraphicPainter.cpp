@@ -27,26 +27,6 @@ qreal bounded(qreal pixel) {
 
 }  // namespace
 
-GraphicColors::GraphicColors(const QPalette& palette)
-    : background(palette.color(QPalette::Base)),
-      selection(
-          palette.color(QPalette::Active, QPalette::Highlight)) {  // a chart is watched from other windows
-    const QColor ink = palette.color(QPalette::Text);
-    const bool isDark = background.lightness() < 128;
-    text = withAlpha(ink, isDark ? 175 : 170);
-    grid = withAlpha(ink, isDark ? 22 : 26);
-    axis = withAlpha(ink, isDark ? 70 : 80);
-    shadow = QColor(0, 0, 0, isDark ? 120 : 60);
-}
-
-QColor GraphicColors::onBackground(const QColor& color) const {
-    const float part = color.alphaF();
-    const auto mixed = [part](float over, float under) { return over * part + under * (1 - part); };
-    return QColor::fromRgbF(mixed(color.redF(), background.redF()),
-                            mixed(color.greenF(), background.greenF()),
-                            mixed(color.blueF(), background.blueF()));
-}
-
 GraphicPainter::GraphicPainter(const GraphicScene& scene, const GraphicLayout& layout,
                                const GraphicColors& colors)
     : m_Scene(scene), m_Layout(layout), m_Colors(colors) {}

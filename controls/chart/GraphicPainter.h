@@ -1,29 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QColor>
-#include <QPalette>
 #include <QPolygonF>
 
+#include "controls/chart/GraphicColors.h"
 #include "controls/chart/GraphicLayout.h"
 #include "controls/chart/GraphicScene.h"
 
 class QPainter;
-
-/** The colours of a chart's parts, derived from a palette: quiet in light and in dark. */
-struct GraphicColors {
-    explicit GraphicColors(const QPalette& palette);
-
-    QColor background;
-    QColor text;  ///< of labels and captions
-    QColor grid;
-    QColor axis;
-    QColor selection;
-    QColor shadow;
-
-    /** What `color` looks like on the background, without its transparency. */
-    QColor onBackground(const QColor& color) const;
-};
 
 /**
  * Draws what is in a chart's area and its labels; the grid is not its business. Maps numbers to pixels only.

@@ -15,10 +15,6 @@
 #include "controls/chart/GraphicViewDelegate.h"
 #include "controls/chart/GraphicViewLegend.h"
 
-QString GraphicScene::labelText(double value, int axe) const {
-    return delegate != nullptr ? delegate->axeValueToString(static_cast<float>(value), axe) : QString();
-}
-
 GraphicView::GraphicView(QWidget* parent)
     : QWidget(parent), m_Plot(std::make_unique<GraphicPlot>(m_Scene)), m_ReadOut(new GraphicReadOut(this)) {
     GraphicViewAccessible::install();

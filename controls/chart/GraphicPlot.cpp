@@ -84,6 +84,7 @@ struct GraphicPlot::Engine {
         plot.yAxis->setRange(viewport.top(), viewport.bottom());
         xTicker->m_Step = layout.xStep();
         yTicker->m_Step = layout.yStep();
+        plot.yAxis->grid()->setZeroLinePen(QPen(colors.axis, 1));  // where a counter went down
         for (QCPAxis* axis : {plot.xAxis, plot.yAxis}) {
             axis->setBasePen(QPen(colors.axis, 1));
             axis->setTickPen(QPen(colors.axis, 1));
@@ -107,7 +108,9 @@ void GraphicPlot::draw(QPaintDevice& device, const Look& look,
                        const std::function<void(QPainter&)>& addition) {
     m_Engine->arrange(look);
     QCPPainter painter(&device);
-    painter.fillRect(QRect({}, look.size), look.background);
+    if (look.background.isValid()) {
+        painter.fillRect(QRect({}, look.size), look.background);
+    }
     if (!m_Engine->layout.isEmpty()) {
         m_Engine->plot.toPainter(&painter, look.size.width(), look.size.height());
     }

@@ -19,7 +19,7 @@ class GraphicPlot {
   public:
     struct Look {
         QSize size;
-        QColor background;
+        QColor background;  ///< invalid for what the device has already
         QPalette palette;
         QFont font;
     };
@@ -30,7 +30,7 @@ class GraphicPlot {
     GraphicPlot(const GraphicPlot&) = delete;
     GraphicPlot& operator=(const GraphicPlot&) = delete;
 
-    /** Fills `device` with the chart, then calls `addition`, if there is one, with the painter. */
+    /** Draws the chart on `device`, then calls `addition`, if there is one, with the painter. */
     void draw(QPaintDevice& device, const Look& look, const std::function<void(QPainter&)>& addition = {});
 
     /** Where everything was drawn the last time. */

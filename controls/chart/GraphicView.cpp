@@ -228,14 +228,16 @@ void GraphicView::changed() {
 void GraphicView::redraw() {
     const qreal ratio = devicePixelRatioF();
     const QSize pixels = (QSizeF(size()) * ratio).toSize();
-    if (m_Picture.size() != pixels || m_Picture.devicePixelRatio() != ratio) {
+    const bool isTranslucent = m_BackgroundAlpha < 1;  // an opaque picture is cheaper to show
+    if (m_Picture.size() != pixels || m_Picture.devicePixelRatio() != ratio ||
+        m_Picture.hasAlphaChannel() != isTranslucent) {
         m_Picture = QPixmap(pixels);
         m_Picture.setDevicePixelRatio(ratio);
     }
-    m_Picture.fill(Qt::transparent);
     QColor background = palette().color(QPalette::Base);
     background.setAlphaF(m_BackgroundAlpha);
-    m_Plot->draw(m_Picture, {size(), background, palette(), font()});
+    m_Picture.fill(background);
+    m_Plot->draw(m_Picture, {size(), QColor(), palette(), font()});
     m_IsStale = false;
     m_ReadOut->follow(m_Plot->layout());
 }

@@ -3,6 +3,7 @@
 
 #include <QElapsedTimer>
 #include <QString>
+#include <functional>
 
 class QAbstractItemModel;
 
@@ -21,6 +22,9 @@ class TypedSearch {
      * `current`. A `current` of -1 begins at the first row.
      */
     int find(const QAbstractItemModel& model, int column, int current, const QString& keys);
+
+    /** As above, among `rows` texts. */
+    int find(int rows, const std::function<QString(int row)>& textOf, int current, const QString& keys);
 
   private:
     QString m_Typed;

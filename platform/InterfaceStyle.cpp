@@ -367,8 +367,6 @@ int InterfaceStyle::styleHint(StyleHint hint, const QStyleOption* option, const 
             return 0;
         case SH_Menu_Scrollable:  // a long one, instead of columns that fill the screen
             return 1;
-        case SH_Menu_KeyboardSearch:
-            return widget != nullptr && widget->property(searchedByTyping).toBool() ? 1 : 0;
         case SH_Table_GridLineColor:
             return static_cast<int>(QApplication::palette().color(QPalette::Mid).rgb());
         default:

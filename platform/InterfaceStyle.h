@@ -20,9 +20,6 @@ class InterfaceStyle : public QProxyStyle {
      */
     static void install();
 
-    /** A menu with this property true selects by the letters typed; others take a letter for a mnemonic. */
-    static constexpr char searchedByTyping[] = "searchedByTyping";
-
     InterfaceStyle();
 
     void polish(QWidget* widget) override;

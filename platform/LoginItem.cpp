@@ -117,6 +117,10 @@ bool LoginItem::isEnabled() {
     return QFile::exists(agentPath());
 }
 
+bool LoginItem::exists() {
+    return isEnabled();
+}
+
 bool LoginItem::setEnabled(bool enabled) {
     return enabled ? write(agentPath(), agent()) : remove(agentPath());
 }
@@ -125,6 +129,10 @@ bool LoginItem::setEnabled(bool enabled) {
 
 bool LoginItem::isEnabled() {
     return startsSomething(QFile::exists(userEntryPath()) ? userEntryPath() : systemEntryPath());
+}
+
+bool LoginItem::exists() {
+    return QFile::exists(userEntryPath()) || !systemEntryPath().isEmpty();
 }
 
 bool LoginItem::setEnabled(bool enabled) {

@@ -10,6 +10,9 @@ class LoginItem {
     /** Whether the next log-in starts a program that exists. */
     static bool isEnabled();
 
+    /** Whether anything says if this program is to start, be it that it is not. */
+    static bool exists();
+
     /**
      * Writes or removes the user's own file only, and only where the answer would be another one without that: an
      * entry that the user has edited stays. False when that fails.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "platform/WindowFront.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QWidget>
 
 #include "platform/ActivationToken.h"
@@ -59,10 +59,14 @@ void activateForUser(const QWidget&) {}
 #endif
 
 void WindowFront::orderFrontRegardless(QWidget& window) {
-    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
-    window.show();
-    window.raise();
-    window.activateWindow();
-    activateForUser(window);
+    QWidget* sheet = QApplication::activeModalWidget();  // which keeps the keyboard from all windows below it
+    for (QWidget* each : {&window, sheet != nullptr ? sheet : &window}) {
+        each->setWindowState(each->windowState() & ~Qt::WindowMinimized);
+        each->show();
+        each->raise();
+    }
+    QWidget& active = sheet != nullptr ? *sheet : window;
+    active.activateWindow();
+    activateForUser(active);
     ActivationToken::take();  // used up, or of no use here
 }

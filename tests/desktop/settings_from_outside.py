@@ -37,20 +37,20 @@ class Sheet:
 
     def __init__(self, process):
         self.process = process
-        window = self._wait_for("frame", lambda: desktop.windows_of(process))
+        window = self._wait_for("frame", "Nevtora Meter")
         accessible.press(accessible.find(window, "push button", "Preferences"))
-        self.element = self._wait_for("dialog")
+        self.element = self._wait_for("dialog", "Preferences")
         self.table = accessible.tables(self.element)[0]
 
-    def _wait_for(self, role, is_ready=lambda: True):
+    def _wait_for(self, role, name):
         def look():
             programs = [program for program in accessible.programs("nevtora-meter")
                         if program.get_process_id() == self.process.pid]
-            found = [element for program in programs for element in accessible.find_all(program, [role])
+            found = [element for program in programs for element in accessible.find_all(program, [role], name)
                      if accessible.is_showing(element)]
-            return found[0] if is_ready() and found else None
+            return found[0] if found else None
 
-        return desktop.wait_for(f"A {role}", lambda: accessible.attempt(look))
+        return desktop.wait_for(name, lambda: accessible.attempt(look))
 
     def control(self, role, name):
         return accessible.find(self.element, role, name)
@@ -58,13 +58,27 @@ class Sheet:
     def paths(self):
         return [cells[-1] for cells in accessible.rows(self.table)]
 
-    def add(self, *keys):
-        """The application of the menu that begins with these letters; screen readers do not see the menu."""
-        before = len(self.paths())
+    def choose_to_add(self, letters):
+        """The item of the menu that begins with these; screen readers do not see the menu."""
         desktop.click(*accessible.middle(self.control("push button", "Add")))
         time.sleep(0.5)
-        desktop.press(*keys, "Return")
+        desktop.press(*letters, "Return")
+
+    def add(self, letters):
+        before = len(self.paths())
+        self.choose_to_add(letters)
         desktop.wait_for("A row", lambda: len(self.paths()) > before)
+
+    def look_through_the_file_dialog(self):
+        """As a screen reader does, while the dialog fills."""
+        self.choose_to_add("oth")
+        dialog = self._wait_for("dialog", "Add Application")
+        end = time.monotonic() + 3
+        while time.monotonic() < end:
+            accessible.attempt(lambda: [element.name for element in accessible.elements(dialog)])
+            tables = accessible.find_all(dialog, ["list", "table", "tree"])
+            accessible.attempt(lambda: [child.name for table in tables for child in table])
+        desktop.press("Escape")
 
     def end(self):
         """Answers when."""
@@ -91,7 +105,8 @@ class Settings(counted_programs.CountedPrograms):
         self.check_counted(self.bundled)
         with self.sheet() as sheet:
             accessible.press(sheet.control("radio button", ALL_BUT_LISTED))
-            sheet.add("p", "l")
+            sheet.look_through_the_file_dialog()
+            sheet.add("pl")
             self.assertEqual(sheet.paths(), [self.plain])
             accessible.press(sheet.control("check box", AUTOSTART))
             self.changed_at = sheet.end()

@@ -3,8 +3,8 @@
 
 #include <QMenu>
 
+#include "controls/TypedMenuSearch.h"
 #include "daemon/ApplicationsIterator.h"
-#include "platform/InterfaceStyle.h"
 #include "ui/applications/PlainText.h"
 
 namespace {
@@ -15,7 +15,7 @@ constexpr std::int32_t sortByName = 0;
 
 void ApplicationsMenu::fill(QMenu& menu, const Filter& isOffered) {
     menu.clear();
-    menu.setProperty(InterfaceStyle::searchedByTyping, true);
+    TypedMenuSearch::install(menu);
     const auto applications = ApplicationsIterator::iterator();
     applications->setSortField(sortByName);
     for (const auto& application : applications->prefetch(0, applications->countApplications())) {

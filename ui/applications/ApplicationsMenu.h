@@ -14,8 +14,8 @@ class ApplicationsMenu {
 
     /**
      * Empties the menu and adds the applications that `isOffered` accepts, by name, each with its icon; an item's data
-     * is the application's id. Letters typed then select by name. Those with an id of 0 or below are never offered. Waits for the daemon, with a cursor
-     * of its own; without a link the menu stays empty.
+     * is the application's id. Those with an id of 0 or below are never offered. Letters typed then select by name.
+     * Waits for the daemon, with a cursor of its own; without a link the menu stays empty.
      */
     static void fill(
         QMenu& menu, const Filter& isOffered = [](const ApplicationInfo&) { return true; });

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/preferences/ApplicationFileDialog.h"
 
-#include <QFileSystemModel>
+#include <QFileIconProvider>
 #include <QMessageBox>
-#include <QSortFilterProxyModel>
 
 namespace {
 
@@ -20,19 +19,18 @@ bool isProgram(const QFileInfo& file) {
     return file.isFile() && (file.permissions() & (QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther)) != 0;
 }
 
-class ProgramsOnly : public QSortFilterProxyModel {
+/**
+ * Asked on a thread of the dialog's, so it hands out icons that it has. Telling programs apart here, or hiding what is
+ * none, would read every file of a folder.
+ */
+class FileIcons : public QFileIconProvider {
   public:
-    using QSortFilterProxyModel::QSortFilterProxyModel;
+    QIcon icon(const QFileInfo& file) const override { return file.isDir() ? m_Folder : m_Program; }
+    using QFileIconProvider::icon;
 
-    /** By what the source model knows of files, folders first. */
-    void sort(int column, Qt::SortOrder order) override { sourceModel()->sort(column, order); }
-
-  protected:
-    bool filterAcceptsRow(int row, const QModelIndex& parent) const override {
-        const auto* files = static_cast<const QFileSystemModel*>(sourceModel());
-        const QFileInfo file = files->fileInfo(files->index(row, 0, parent));
-        return file.isDir() || isProgram(file);
-    }
+  private:
+    const QIcon m_Folder = QIcon::fromTheme("folder", QFileIconProvider::icon(Folder));
+    const QIcon m_Program = QIcon::fromTheme("system-run", QFileIconProvider::icon(File));
 };
 
 #endif
@@ -54,8 +52,8 @@ ApplicationFileDialog::ApplicationFileDialog(QWidget* parent)
 #else
     setOption(
         QFileDialog::DontUseNativeDialog);  // none of the desktops' own can tell a program from another file
-    setNameFilter("Programs (*)");
-    setProxyModel(new ProgramsOnly(this));
+    static FileIcons icons;                 // the dialog does not own them
+    setIconProvider(&icons);
     setViewMode(QFileDialog::List);
 #endif
 }

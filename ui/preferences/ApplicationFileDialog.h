@@ -5,7 +5,7 @@
 
 /**
  * Chooses the file of one application: a bundle on macOS, elsewhere any program, by its own path and not by what that
- * leads to. It shows nothing else but folders, and takes nothing else when a name is typed. Main thread.
+ * leads to. It shows other files too and says so when one is chosen. Main thread.
  */
 class ApplicationFileDialog : public QFileDialog {
     Q_OBJECT

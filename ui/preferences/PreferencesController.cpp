@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/preferences/PreferencesController.h"
 
+#include <QDir>
 #include <QMenu>
 #include <algorithm>
 
@@ -8,6 +9,7 @@
 #include "controls/ColumnFitter.h"
 #include "daemon/DaemonConnection.h"
 #include "platform/LoginItem.h"
+#include "platform/WindowFront.h"
 #include "platform/WorkspaceIcons.h"
 #include "ui/applications/ApplicationsMenu.h"
 #include "ui/preferences/ApplicationFileDialog.h"
@@ -108,11 +110,12 @@ void PreferencesController::setupList() {
 
 void PreferencesController::beginSheetModalForWindow(QWidget* window) {
     if (m_Window->isVisible()) {
-        m_Window->raise();
-        m_Window->activateWindow();
+        WindowFront::orderFrontRegardless(*m_Window);
         return;
     }
+    m_Config.reload();  // others may have edited the files, and a save may have failed
     updateFromConfig();
+    m_Outlets->m_MaxStoreMonths->setFocus();
     if (m_Window->parentWidget() != window) {
         m_Window->setParent(window, m_Window->windowFlags());
     }
@@ -133,7 +136,8 @@ void PreferencesController::updateFromConfig() {
     setAllowDenyAppsMode(m_Config.allowDenyAppsMode());
     updateAppsListFromConfig();
     allowDenyAppsModeChanged();
-    m_Outlets->m_IsAutostarted->setChecked(m_Config.isAutostarted());
+    m_ShownAutostarted = m_Config.isAutostarted();
+    m_Outlets->m_IsAutostarted->setChecked(m_ShownAutostarted);
 }
 
 void PreferencesController::updateConfig() {
@@ -143,7 +147,10 @@ void PreferencesController::updateConfig() {
     const bool isAutostarted = m_Outlets->m_IsAutostarted->isChecked();
     m_Config.setAutostarted(isAutostarted);
     m_Config.save();
-    LoginItem::setEnabled(isAutostarted);
+    if (isAutostarted != m_ShownAutostarted ||
+        !LoginItem::exists()) {  // what the user made of it elsewhere stays
+        LoginItem::setEnabled(isAutostarted);
+    }
 }
 
 void PreferencesController::showWhetherConfigIsWritable() {
@@ -251,7 +258,8 @@ void PreferencesController::addNewApplicationToList(const QAction* item) {
 void PreferencesController::runOpenPanel() {
     auto* panel = new ApplicationFileDialog(m_Window);
     panel->setAttribute(Qt::WA_DeleteOnClose);
-    connect(panel, &QFileDialog::fileSelected, this, [this](const QString& path) {
+    connect(panel, &QFileDialog::fileSelected, this, [this](const QString& file) {
+        const QString path = QDir::cleanPath(file);
         if (!isAppExistInList(path)) {
             addEntry(path);
         }

@@ -79,6 +79,7 @@ class PreferencesController : public QObject {
     ConfigStorage& m_Config;
     const std::unique_ptr<Ui::PreferencesPanel> m_Outlets;
     AppsListModel m_AppsList;
+    bool m_ShownAutostarted = false;   ///< as the sheet opened
     const QPointer<QDialog> m_Window;  ///< owned, by the window under the sheet as well
     QMenu* m_AppsMenu = nullptr;       ///< in m_Window
 };

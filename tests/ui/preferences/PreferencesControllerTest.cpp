@@ -8,6 +8,7 @@
 #include <QButtonGroup>
 #include <QComboBox>
 #include <QDialog>
+#include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QLabel>
@@ -15,6 +16,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSet>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 #include <atomic>
@@ -190,8 +192,34 @@ TEST_F(PreferencesControllerTest, KeepsStoredChoicesThatItDoesNotOffer) {
         EXPECT_EQ(sent(configChangedEvent), saves);
     }
     m_Config->setAllowDenyAppsMode(1);
+    m_Config->save();
     open();
     EXPECT_EQ(m_Controller->allowDenyAppsMode(), 1);
+}
+
+TEST_F(PreferencesControllerTest, BeginsFromWhatOthersMadeOfTheSettings) {
+    open();
+    m_Sheet->accept();
+    ConfigStorage other(path("system").toStdString(), path("user").toStdString());
+    other.setMaxStorageTimeInMonths(24);
+    other.save();
+    open();
+    EXPECT_EQ(outlet<QComboBox>("m_MaxStoreMonths")->currentData(), 24);
+}
+
+TEST_F(PreferencesControllerTest, LeavesTheEntryForLogInAloneWhoseBoxIsNotTouched) {
+    const QString name = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+                         "/autostart/nevtora-meter.desktop";
+    QDir().mkpath(QFileInfo(name).path());
+    QFile entry(name);
+    const QByteArray theirs = "[Desktop Entry]\nExec=sh --mine\nX-GNOME-Autostart-enabled=false\n";
+    ASSERT_TRUE(entry.open(QIODevice::WriteOnly) && entry.write(theirs) > 0);
+    entry.close();
+    open();
+    m_Sheet->accept();
+    ASSERT_TRUE(entry.open(QIODevice::ReadOnly));
+    EXPECT_EQ(entry.readAll(), theirs);
+    entry.remove();
 }
 
 TEST_F(PreferencesControllerTest, DropsApplicationsWhoseFileIsGoneButNotThoseThatNeverHadOne) {
@@ -235,6 +263,15 @@ TEST_F(PreferencesControllerTest, TheMenuOffersWhatIsNotListedAndLastAnotherAppl
     m_Config->setAllowDenyAppsList({makeFile("app2")});
     open();
     EXPECT_EQ(menuTexts(), QStringList({"R&&D 1", "R&&D 3", "", "Other Application..."}));
+    auto* menu = outlet<QMenu>("m_AppsMenu");
+    menu->popup({});
+    for (const auto& [keys, found] : {std::pair("r&d 3", 1), {"o", 3}, {"oth", 3}, {"rx", 1}}) {
+        menu->setActiveAction(menu->actions().first());
+        QTest::keyClicks(menu, keys);
+        EXPECT_EQ(menu->actions().indexOf(menu->activeAction()), found) << keys;
+        QTest::qWait(QApplication::keyboardInputInterval() + 50);
+    }
+    menu->close();
     menuItems().first()->trigger();
     EXPECT_EQ(rows(), QStringList({path("app2"), path("app1")}));
     EXPECT_EQ(menuTexts(), QStringList({"R&&D 3", "", "Other Application..."}));
@@ -297,7 +334,7 @@ TEST_F(PreferencesControllerTest, NoTwoControlsHaveTheSameMnemonic) {
         EXPECT_FALSE(mnemonics.contains(mnemonic)) << widget->objectName().toStdString();
         mnemonics += mnemonic.isEmpty() ? QSet<QKeySequence>() : QSet{mnemonic};
     }
-    EXPECT_EQ(mnemonics.size(), 8);
+    EXPECT_EQ(mnemonics.size(), 7);
 }
 
 }  // namespace

@@ -192,10 +192,10 @@ void run(const std::string& path) {
     writeYear(*store, traffic);
     Moment now = present;
     const Figures before = measure(*store, traffic, path, now, 500);
-    store->beginPruning(days(366));
+    store->beginPruning(now, days(366));
     const Figures idle = measure(*store, traffic, path, now, 0);
     const double sizeBefore = sizeOf(path);
-    store->beginPruning(days(30));
+    store->beginPruning(now, days(30));
     const Figures during = measure(*store, traffic, path, now, 0);
     std::printf("nothing to drop: %.1f ms in %d steps\n", idle.pruningMs, idle.steps);
     std::printf("eleven months: %.1f s in %d steps, %.0f MB before, %.0f after\n", during.pruningMs / 1000,

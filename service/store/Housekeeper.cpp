@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "service/store/Housekeeper.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "service/log/Log.h"
@@ -21,8 +22,12 @@ void Housekeeper::setRetention(std::optional<days> retention) {
     m_RestsUntil = {};
 }
 
+sys_days Housekeeper::today() const {
+    return floor<days>(std::min(m_Store.present(), m_Now()));
+}
+
 bool Housekeeper::isDue() const {
-    return m_Begun != floor<days>(m_Store.present());
+    return m_Begun != today();
 }
 
 bool Housekeeper::hasWork() const {
@@ -38,10 +43,10 @@ void Housekeeper::work() {
 }
 
 bool Housekeeper::begin() {
-    if (!m_Store.beginPruning(m_Retention)) {
+    if (!m_Store.beginPruning(m_Now(), m_Retention)) {
         return false;
     }
-    m_Begun = floor<days>(m_Store.present());
+    m_Begun = today();
     return true;
 }
 

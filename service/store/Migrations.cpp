@@ -66,13 +66,14 @@ constexpr std::array migrations = {
         CREATE INDEX connections_by_time ON connections (life, started, ended, protocol);
         CREATE INDEX connections_by_application ON connections (application, life, started, ended, protocol);
     )sql",
-    // trusted, credible_from: the present by which the history ages, see TrustedPresent.h.
+    // trusted, credible_from: the present by which the history ages, see TrustedPresent.h. A history that does not
+    //   tell whether its clock was right is trusted after a day, as a new one is.
     // kept_since: what was before is dropped. Readers obey it at once, the rows go by and by, see Pruner.h.
     R"sql(
         ALTER TABLE counting ADD COLUMN trusted INTEGER NOT NULL DEFAULT 0;
         ALTER TABLE counting ADD COLUMN credible_from INTEGER NOT NULL DEFAULT 0;
         ALTER TABLE counting ADD COLUMN kept_since INTEGER NOT NULL DEFAULT 0;
-        UPDATE counting SET trusted = latest, credible_from = latest;
+        UPDATE counting SET credible_from = latest + 86400;
     )sql",
 };
 

@@ -209,9 +209,10 @@ bool Store::append(const LedgerChanges& changes) {
     return batch.append(changes) && batch.commit();
 }
 
-bool Store::beginPruning(std::optional<std::chrono::days> retention) {
-    if (retention && present() - *retention > m_Progress.keptSince) {
-        const Moment cut = present() - *retention;
+bool Store::beginPruning(Moment now, std::optional<std::chrono::days> retention) {
+    const bool isLimited = retention && *retention > std::chrono::days(0);
+    const Moment cut = isLimited ? std::min(present(), now) - *retention : m_Progress.keptSince;
+    if (cut > m_Progress.keptSince) {
         if (!m_WriteKeptSince.Execute(toColumn(cut))) {
             return fail();
         }

@@ -43,15 +43,15 @@ class Store {
      * written. */
     bool append(const LedgerChanges& changes);
 
-    /** The present by which the history ages. */
+    /** The present by which the history ages; may be ahead of a clock that was set right, until the next `append`. */
     Moment present() const { return m_Progress.present.moment(); }
 
     /**
-     * Drops what is older than `retention` before the present, for good: readers see none of it any more. The
-     * rows themselves go with `prune`. Without a retention only what was dropped before is to go. False when the
-     * disk would not take it.
+     * Drops what is older than `retention` before the present, or before `now` where that is earlier, for good:
+     * readers see none of it any more. The rows themselves go with `prune`. Without a retention, or with one of no
+     * day, only what was dropped before is to go. False when the disk would not take it.
      */
-    bool beginPruning(std::optional<std::chrono::days> retention);
+    bool beginPruning(Moment now, std::optional<std::chrono::days> retention);
 
     /** Whether there is nothing left of what was dropped, or no pruning has begun. */
     bool isPruned() const { return m_Pruner.isDone(); }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "service/log/Log.h"
+#include "service/traffic/Clock.h"
 
 namespace service {
 
@@ -14,10 +15,6 @@ constexpr std::chrono::seconds writeInterval{1};
 
 /** Connections kept in memory for a disk that takes nothing; of about 130 bytes each. */
 constexpr std::size_t maxBacklogConnections = 100'000;
-
-Moment currentMoment() {
-    return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
-}
 
 }  // namespace
 
@@ -88,7 +85,7 @@ void StoreWriter::keepHouse() {
 }
 
 void StoreWriter::writeChanges() {
-    m_Backlog.absorb(m_Ledger.takeChanges(currentMoment()));
+    m_Backlog.absorb(m_Ledger.takeChanges(systemClock()));
     if (m_Backlog.empty()) {
         return;
     }

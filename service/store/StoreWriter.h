@@ -37,8 +37,8 @@ class StoreWriter {
     void wake();
 
     /**
-     * How much of the past the history keeps; nothing (as it begins): all of it. What is older by the history's
-     * trusted present is dropped for good, at once and then once a day, between the writes. Any thread.
+     * How much of the past the history keeps; nothing (as it begins), or no day: all of it. What is older by the
+     * history's trusted present is dropped for good, at once and then once a day, between the writes. Any thread.
      */
     void setRetention(std::optional<std::chrono::days> retention);
 

@@ -80,6 +80,9 @@ TEST_F(RetentionTest, FromAYearToAMonthDropsExactlyWhatIsOlderWhateverInterrupts
     interfere(makeVersion1);
     interfere("VACUUM INTO '" + oldPath() + "'");
     reopen();
+    store.reset();
+    interfere("UPDATE counting SET trusted = latest");
+    reopen();
     const auto sizeBefore = std::filesystem::file_size(path);
 
     Housekeeper year(*store);
@@ -88,7 +91,7 @@ TEST_F(RetentionTest, FromAYearToAMonthDropsExactlyWhatIsOlderWhateverInterrupts
     EXPECT_EQ(difference("SELECT * FROM connections", "SELECT * FROM old.connections"), none);
     EXPECT_EQ(difference("SELECT * FROM series", "SELECT * FROM old.series"), none);
 
-    ASSERT_TRUE(store->beginPruning(days(30)));
+    ASSERT_TRUE(store->beginPruning(store->present(), days(30)));
     int kills = 0;
     for (bool hasWork = true; hasWork; ++kills) {
         Housekeeper keeper(*store);  // whatever the retention may be by now, what was begun is ended
@@ -138,7 +141,7 @@ TEST_F(RetentionTest, TotalsSinceTheCutAreUnchangedAndThoseBeforeItAreWhatTheyWe
             }
         }
     };
-    ASSERT_TRUE(store->beginPruning(days(30)));
+    ASSERT_TRUE(store->beginPruning(store->present(), days(30)));
     while (!store->isPruned()) {
         compare(1);  // also half-way, at any step
         ASSERT_TRUE(store->prune()) << store->lastError();
@@ -165,7 +168,7 @@ TEST_F(RetentionTest, AWrongClockAgesNothing) {
     EXPECT_EQ(store->present(), day(102) - hours(1)) << "one step behind, as each is a leap";
 
     lapse(day(5'000), day(5'002), hours(1));  // wrong for longer than anything can tell
-    ASSERT_TRUE(store->beginPruning(days(30)));
+    ASSERT_TRUE(store->beginPruning(store->present(), days(30)));
     Ledger ledger(store->load(at(0)).value());
     for (const Moment now : {day(103), day(104)}) {
         ledger.apply({sampleOf(1, "/a", {10, 0}, true)}, now);
@@ -177,9 +180,41 @@ TEST_F(RetentionTest, AWrongClockAgesNothing) {
     EXPECT_EQ(reader()->connections(query).size(), 2u);
 }
 
+TEST_F(RetentionTest, APresentAheadOfTheClockDropsNothing) {
+    ASSERT_TRUE(writeDemoHistory(*store, scene));
+    store.reset();
+    interfere("VACUUM INTO '" + oldPath() + "'");
+    interfere("UPDATE counting SET latest = latest + 63072000, trusted = latest + 63072000");  // two years
+    reopen();
+    const auto prune = [this](Moment now, days retention) {
+        Housekeeper keeper(*store, [now] { return now; });
+        keeper.setRetention(retention);
+        finish(keeper);
+    };
+    prune(Moment(), days(30));  // the clock may as well be behind
+    prune(scene.present, days(0));
+    prune(scene.present, days(-1));
+    EXPECT_EQ(difference("SELECT * FROM connections", "SELECT * FROM old.connections"), none);
+    prune(scene.present, days(30));
+    EXPECT_EQ(difference("SELECT * FROM connections", "SELECT * FROM old.connections WHERE ended >= ?1"),
+              none);
+}
+
+TEST_F(RetentionTest, AHistoryOfAnEarlierVersionAgesOnceTheClockHasLastedForADay) {
+    const Moment ahead = at(0) + years(2);
+    lapse(ahead, ahead, minutes(1));
+    store.reset();
+    interfere(makeVersion1);
+    reopen();
+    lapse(ahead, ahead + hours(20), minutes(1));
+    EXPECT_LE(store->present(), at(0)) << "the clock may still be wrong";
+    lapse(at(0), at(0) + days(2), minutes(1));
+    EXPECT_EQ(store->present(), at(0) + days(2));
+}
+
 TEST_F(RetentionTest, AWipeEndsThePruning) {
     lapse(at(0), at(0) + days(100), hours(1));
-    ASSERT_TRUE(store->beginPruning(days(30)) && store->prune());
+    ASSERT_TRUE(store->beginPruning(store->present(), days(30)) && store->prune());
     LedgerChanges changes;
     changes.moment = at(0) + days(100);
     changes.wiped = true;

@@ -2,6 +2,7 @@
 #include "service/Daemon.h"
 
 #include <filesystem>
+#include <functional>
 #include <system_error>
 #include <utility>
 
@@ -100,7 +101,7 @@ void Daemon::goToWork(Listener listener) {
     m_Writer.emplace(*m_Ledger, *m_Store, cleaned);
     m_Writer->setRetention(m_SettingsFile.inForce().retention());
     m_Poller.emplace(*m_Source, *m_Ledger, polled);
-    m_SettingsFollower.emplace(m_SettingsFile, [this](const Settings& settings) { obey(settings); });
+    m_SettingsFollower.emplace(m_SettingsFile, std::bind_front(&Daemon::obey, this));
     logLine("listening on ", address, ", source ", m_Source->name(), ", history in ", m_DatabasePath);
 }
 
@@ -119,10 +120,13 @@ void Daemon::announceNewApplications() {
     }
 }
 
-void Daemon::obey(const Settings& settings) {
-    m_Ledger->setRule(settings.rule());
-    m_Poller->wake();
+void Daemon::obey(const Settings& settings, const std::stop_token& stop) {
     m_Writer->setRetention(settings.retention());
+    RecordingRule rule = settings.rule(stop);
+    if (!stop.stop_requested()) {
+        m_Ledger->setRule(std::move(rule));
+        m_Poller->wake();
+    }
 }
 
 }  // namespace service

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
 
 #include "service/Options.h"
@@ -49,7 +50,7 @@ class Daemon {
 
     void stop();
     void announceNewApplications();
-    void obey(const Settings& settings);
+    void obey(const Settings& settings, const std::stop_token& stop);
 
     const Options m_Options;
     std::unique_ptr<TemporaryFolder> m_TemporaryFolder;  ///< of a demo whose history is not kept

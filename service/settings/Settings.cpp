@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "service/settings/Settings.h"
 
+#include <climits>
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
-#include <system_error>
+#include <cstdlib>
+#include <memory>
+#include <optional>
 
 namespace service {
 
@@ -29,14 +31,27 @@ std::string withoutTrailingSlashes(std::string path) {
     return path;
 }
 
-/** Where the links in a full path lead; what of it is not there stays as it is. */
+struct Free {
+    void operator()(char* text) const { std::free(text); }
+};
+
+/** Where the links in the path of something that is there lead. */
+std::optional<std::string> realPath(const std::string& path) {
+    const std::unique_ptr<char, Free> target(::realpath(path.c_str(), nullptr));
+    return target ? std::optional<std::string>(target.get()) : std::nullopt;
+}
+
+/** Where the links in a full path lead, or those in its folder's where it is not there; else the path itself. */
 std::string resolved(const std::string& path) {
-    if (!path.starts_with('/')) {
+    if (!path.starts_with('/') || path.size() >= PATH_MAX) {
         return path;  // no file, such as the name for an owner that is unknown
     }
-    std::error_code failure;  // then the path itself will have to do
-    const std::string target = std::filesystem::weakly_canonical(path, failure).string();
-    return failure ? path : target;
+    if (std::optional<std::string> target = realPath(path)) {
+        return *target;
+    }
+    const std::size_t slash = path.rfind('/');
+    const std::optional<std::string> folder = realPath(path.substr(0, slash + 1));
+    return folder && *folder != "/" ? *folder + path.substr(slash) : path;
 }
 
 std::string counted(std::size_t count, const char* what) {
@@ -61,9 +76,12 @@ std::string keepingInWords(int months) {
 
 }  // namespace
 
-RecordingRule Settings::rule() const {
+RecordingRule Settings::rule(const std::stop_token& stop) const {
     RecordingRule rule(modeOf(mode));
     for (const std::string& entry : listed) {
+        if (stop.stop_requested()) {
+            break;
+        }
         const std::string path = withoutTrailingSlashes(entry);
         rule.list(path, resolved(path));
     }

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -17,8 +18,11 @@ struct Settings {
     int mode = config::defaultAllowDenyAppsMode;  ///< any number: but for 1 and 2 everything is recorded
     std::vector<std::string> listed;              ///< paths of executables and bundles
 
-    /** Looks where the symbolic links among the listed paths lead now, so it takes as long as the disk does. */
-    RecordingRule rule() const;
+    /**
+     * Looks where the symbolic links among the listed paths lead now, so it takes as long as the disk does. A rule
+     * of half the list, which nobody should obey, when asked to stop on the way.
+     */
+    RecordingRule rule(const std::stop_token& stop = {}) const;
 
     /** How much of the past is kept; nothing: all of it. */
     std::optional<std::chrono::days> retention() const;

@@ -1,47 +1,47 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "service/settings/SettingsFile.h"
 
+#include <cstdint>
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <system_error>
 #include <utility>
+#include <vector>
 
-#include "config/QV_Config.h"
+#include "config/QV_ConfigNS.h"
 #include "service/log/Log.h"
 
 namespace service {
 
 namespace {
 
-struct ConfigCloser {
-    void operator()(QV_Config* config) const { QV_CloseConfig(config); }
-};
-using Config = std::unique_ptr<QV_Config, ConfigCloser>;
-
-/** Nothing when an element is no string. */
-std::optional<std::vector<std::string>> stringArray(const QV_Config* config, const char* name) {
+/** None for what is no array; nothing when an element is no string. */
+std::optional<std::vector<std::string>> stringArray(plist_t value) {
     std::vector<std::string> texts;
-    std::vector<char*> buffers;
-    const int count = QV_GetArrayParamSize(config, name);
-    for (int i = 0; i < count; ++i) {
-        const int size = QV_GetStringArrayParamStringSize(config, name, i);
-        if (size < 0) {
+    const std::uint32_t count = config::isArray(value) ? plist_array_get_size(value) : 0;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        std::optional<std::string> text = config::stringOf(plist_array_get_item(value, i));
+        if (!text) {
             return std::nullopt;
         }
-        texts.emplace_back(static_cast<std::size_t>(size) - 1, '\0');  // its own zero at the end is as good
+        texts.push_back(std::move(*text));
     }
-    for (std::string& text : texts) {
-        buffers.push_back(text.data());
-    }
-    QV_GetStringArrayParam(config, name, buffers.data());
     return texts;
+}
+
+bool isDictionary(plist_t value) {
+    return value != nullptr && plist_get_node_type(value) == PLIST_DICT;
+}
+
+bool isThere(const std::string& path) {
+    std::error_code ignored;
+    return std::filesystem::status(path, ignored).type() != std::filesystem::file_type::not_found;
 }
 
 }  // namespace
 
 std::string defaultSettingsFile() {
-    return QV_GetDefaultAppConfigFileName(config::applicationName, 1);
+    return QV_ConfigNS::defaultAppConfigFileName(config::applicationName, 1);
 }
 
 SettingsFile::SettingsFile(std::string path) : m_Path(std::move(path)) {}
@@ -53,20 +53,21 @@ const Settings& SettingsFile::read() {
 }
 
 std::string SettingsFile::readInto(Settings& settings) const {
-    const Config config(QV_OpenConfig(m_Path.c_str(), 0));
-    std::error_code ignored;
-    const bool isThere =
-        config || std::filesystem::status(m_Path, ignored).type() != std::filesystem::file_type::not_found;
-    if (!config && isThere) {
+    const config::PlistNode loaded = QV_ConfigNS::loadConfigFromFile(m_Path);
+    plist_t dictionary = loaded.get();
+    if (!isDictionary(dictionary) && (loaded || isThere(m_Path))) {
         return "the settings in " + m_Path + " can't be read, so what was in force stays";
     }
     settings = {};
-    if (!isThere) {
+    if (!loaded) {
         return "no settings in " + m_Path;
     }
-    QV_GetIntParam(config.get(), config::captureIntervalKey, &settings.months);
-    QV_GetIntParam(config.get(), config::allowDenyAppsModeKey, &settings.mode);
-    if (auto listed = stringArray(config.get(), config::allowDenyAppsKey)) {
+    const auto number = [&](const char* key, int& setting) {
+        setting = config::intOf(config::valueOf(dictionary, key)).value_or(setting);
+    };
+    number(config::captureIntervalKey, settings.months);
+    number(config::allowDenyAppsModeKey, settings.mode);
+    if (auto listed = stringArray(config::valueOf(dictionary, config::allowDenyAppsKey))) {
         settings.listed = std::move(*listed);
         return "settings in " + m_Path;
     }

@@ -17,8 +17,9 @@ class SettingsFile {
 
     /**
      * What the file holds, with the default for each value that is absent or of a wrong type; the defaults when
-     * there is no such file. When there is one that cannot be read or understood, what was in force before; at
-     * first that is the defaults, but for the history, of which nothing is dropped as long as nobody knows the wish.
+     * there is no such file. When there is one that cannot be read or is no dictionary, what was in force
+     * before; at first that is the defaults, but for the history, of which nothing is dropped as long as nobody knows
+     * the wish.
      */
     const Settings& read();
 

@@ -12,13 +12,14 @@ constexpr std::chrono::milliseconds rest{250};  ///< after a reading, lest a cli
 
 }  // namespace
 
-SettingsFollower::SettingsFollower(SettingsFile& file, std::function<void(const Settings&)> apply)
+SettingsFollower::SettingsFollower(SettingsFile& file,
+                                   std::function<void(const Settings&, const std::stop_token&)> apply)
     : m_File(file), m_Apply(std::move(apply)), m_Thread([this] { run(); }) {}
 
 SettingsFollower::~SettingsFollower() {
     {
         const std::lock_guard lock(m_Mutex);
-        m_StopRequested = true;
+        m_Stop.request_stop();
     }
     m_Noted.notify_one();
     m_Thread.join();
@@ -34,13 +35,13 @@ void SettingsFollower::noteChange() {
 
 void SettingsFollower::run() {
     std::unique_lock lock(m_Mutex);
-    while (!m_StopRequested) {
-        m_Noted.wait(lock, [this] { return m_Changed || m_StopRequested; });
+    while (!m_Stop.stop_requested()) {
+        m_Noted.wait(lock, [this] { return m_Changed || m_Stop.stop_requested(); });
         if (std::exchange(m_Changed, false)) {
             lock.unlock();
-            m_Apply(m_File.read());
+            m_Apply(m_File.read(), m_Stop.get_token());
             lock.lock();
-            m_Noted.wait_for(lock, rest, [this] { return m_StopRequested; });
+            m_Noted.wait_for(lock, rest, [this] { return m_Stop.stop_requested(); });
         }
     }
 }

@@ -10,7 +10,10 @@
 #include <fstream>
 #include <future>
 #include <optional>
+#include <stop_token>
+#include <thread>
 #include <utility>
+#include <vector>
 
 #include "service/settings/SettingsFollower.h"
 
@@ -77,15 +80,21 @@ TEST_F(SettingsFileTest, WhatIsAbsentOrMakesNoSenseIsTheDefault) {
 
 TEST_F(SettingsFileTest, AFileThatCannotBeReadChangesNothingAndOneThatIsGoneEverything) {
     SettingsFile file(path);
-    write("<plist version=\"1.0\"><dict>");
-    EXPECT_EQ(file.read().retention(), std::nullopt) << "what was dropped does not come back";
+    const std::vector<std::string> broken{"", "<plist version=\"1.0\"><dict>", "bplist00",
+                                          "<plist version=\"1.0\"><array/></plist>",
+                                          "<plist version=\"1.0\"><string>a</string></plist>"};
+    for (const std::string& content : broken) {
+        write(content);
+        EXPECT_EQ(file.read().retention(), std::nullopt)
+            << "what was dropped does not come back: " << content;
+    }
     fs::remove(path);
     const std::string defaults = file.read().inWords();
     writeDictionary(months("<integer>3</integer>"));
     EXPECT_EQ(file.read().months, 3);
-    for (const char* broken : {"", "<plist version=\"1.0\"><dict>", "bplist00"}) {
-        write(broken);
-        EXPECT_EQ(file.read().months, 3) << broken;
+    for (const std::string& content : broken) {
+        write(content);
+        EXPECT_EQ(file.read().months, 3) << content;
     }
     fs::remove(path);
     fs::create_directory(path);
@@ -114,6 +123,43 @@ TEST_F(SettingsFileTest, ListedPathsLeadWhereTheirLinksLead) {
     EXPECT_FALSE(rule.records(real / "lib/other"));
 }
 
+TEST_F(SettingsFileTest, ListsOfLongPathsAreQuicklyReadAndStopWhenAsked) {
+    std::string path = folder;
+    for (int i = 0; i < 1900; ++i) {
+        path += "/.";
+    }
+    const std::string beyond(PATH_MAX, '/');
+    Settings settings{.months = 12, .mode = 1, .listed = std::vector<std::string>(1000, path + "/missing")};
+    settings.listed.push_back(beyond + "a");
+    const auto begin = std::chrono::steady_clock::now();
+    const RecordingRule rule = settings.rule();
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(3));
+    EXPECT_TRUE(rule.records(fs::canonical(folder) / "missing"));
+    EXPECT_TRUE(rule.records(beyond + "a"));
+
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_FALSE(settings.rule(stop.get_token()).records(beyond + "a"));
+}
+
+TEST_F(SettingsFileTest, TheEndOfTheFollowerStopsWhatAppliesASetting) {
+    std::promise<void> applying;
+    bool isStopped = false;
+    std::optional<SettingsFollower> follower;
+    SettingsFile file(path);
+    follower.emplace(file, [&](const Settings&, const std::stop_token& stop) {
+        applying.set_value();
+        for (int i = 0; i < 3000 && !stop.stop_requested(); ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        isStopped = stop.stop_requested();
+    });
+    follower->noteChange();
+    applying.get_future().wait();
+    follower.reset();
+    EXPECT_TRUE(isStopped);
+}
+
 TEST_F(SettingsFileTest, MonthsAreThirtyDaysAndWithoutEndBelowOne) {
     EXPECT_EQ(keeping(2).retention(), std::chrono::days{60});
     EXPECT_EQ(keeping(INT_MAX).retention(), std::chrono::days{30LL * INT_MAX});
@@ -125,7 +171,7 @@ TEST_F(SettingsFileTest, ManyNotesOfAChangeAreFewReadingsAndTheLastOneCounts) {
     std::promise<void> five;
     bool isFive = false;
     int readings = 0;
-    std::optional<SettingsFollower> follower(std::in_place, file, [&](const Settings& settings) {
+    std::optional<SettingsFollower> follower(std::in_place, file, [&](const Settings& settings, const auto&) {
         ++readings;
         if (settings.months == 5 && !std::exchange(isFive, true)) {
             five.set_value();

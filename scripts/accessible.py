@@ -4,6 +4,16 @@
 import pyatspi
 from gi.repository import GLib
 
+from desktop import Unavailable
+
+
+def check_available():
+    """Raises `Unavailable` where the desktop that was just made answers no screen reader."""
+    try:
+        pyatspi.Registry.getDesktop(0).get_child_count()
+    except (GLib.Error, AttributeError, RuntimeError) as error:
+        raise Unavailable(f"nobody answers screen readers here: {error}") from error
+
 
 def programs(name):
     """The running programs with this name, seen as they are now: nothing of them is remembered."""

@@ -12,21 +12,32 @@ from contextlib import contextmanager
 from pathlib import Path
 
 
-TOOLS = ("Xvfb", "openbox", "dbus-daemon", "xdotool")
+class Unavailable(Exception):
+    """No desktop can be made here; the text says why."""
 
 
-def missing_tools():
-    return [tool for tool in TOOLS if not shutil.which(tool)]
+def run_or_skip(main):
+    """Runs a test's `main`; ends with 77, which ctest takes for "skipped", where no desktop can be made."""
+    try:
+        main()
+    except Unavailable as reason:
+        print(f"skipped: {reason}")
+        sys.exit(77)
 
 
-def wait_for(what, attempt, seconds=15):
-    """The first true result of `attempt`, which is called again and again; ends the script when time is up."""
+def first_result(attempt, seconds):
+    """The first true result of `attempt`, which is called again and again; None when time is up."""
     deadline = time.monotonic() + seconds
     while time.monotonic() < deadline:
         if result := attempt():
             return result
         time.sleep(0.05)
-    sys.exit(f"{what} did not appear within {seconds} s.")
+    return None
+
+
+def wait_for(what, attempt, seconds=15):
+    """As `first_result`, but ends the script when time is up."""
+    return first_result(attempt, seconds) or sys.exit(f"{what} did not appear within {seconds} s.")
 
 
 class Children:
@@ -60,11 +71,15 @@ def end(child, seconds=3):
 
 def start_and_read(children, command, **options):
     """Starts a program that tells where it can be reached, on the descriptor in place of FD; answers what it tells."""
+    if not shutil.which(command[0]):
+        raise Unavailable(f"there is no {command[0]} here")
     read, write = os.pipe()
     children.start([part.replace("FD", str(write)) for part in command], pass_fds=[write], **options)
     os.close(write)
     with open(read) as answer:
-        return answer.readline().strip()
+        if place := answer.readline().strip():
+            return place
+    raise Unavailable(f"{command[0]} does not start here")
 
 
 def start_bus(children, log):
@@ -78,16 +93,22 @@ def start_display(children, log, size):
 
 
 def start_window_manager(children, log):
+    if missing := [tool for tool in ("openbox", "xdotool") if not shutil.which(tool)]:
+        raise Unavailable(f"there is no {', '.join(missing)} here")
     with tempfile.TemporaryDirectory() as scratch:
         ready = Path(scratch, "ready")
         children.start(["openbox", "--startup", f"touch {ready}"], stdout=log, stderr=log)
         # A window that opens while the window manager takes over may stay unmapped for good.
-        wait_for("The window manager", ready.exists)
+        if not first_result(ready.exists, seconds=15):
+            raise Unavailable("openbox does not start here")
 
 
 @contextmanager
 def desktop(size="1280x800"):
-    """Puts the environment's display, bus and folders in place; answers the `Children` that end with the desktop."""
+    """Puts the environment's display, bus and folders in place; answers the `Children` that end with the desktop.
+
+    Raises `Unavailable` where the system has no desktop to give.
+    """
     signal.signal(signal.SIGTERM, lambda *_: sys.exit("Stopped."))  # so that the children end too
     with tempfile.TemporaryDirectory() as home, Children() as children, open(f"{home}/log", "w") as log:
         os.environ.update(HOME=home, XDG_RUNTIME_DIR=home, XDG_CONFIG_HOME=home, XDG_CACHE_HOME=home)

@@ -12,7 +12,7 @@ import sys
 import time
 from pathlib import Path
 
-from desktop import desktop, save_picture, wait_for, windows_of
+from desktop import Unavailable, desktop, save_picture, wait_for, windows_of
 
 
 def read_table(program):
@@ -39,6 +39,8 @@ def main():
     try:
         with desktop() as children:
             show(program, folder, children)
+    except Unavailable as reason:
+        sys.exit(f"The window cannot be shown: {reason}.")
     except subprocess.SubprocessError as error:
         sys.exit(f"The window does not react: {error}")
 

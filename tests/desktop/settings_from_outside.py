@@ -88,10 +88,7 @@ class Sheet:
 
 class Settings(counted_programs.CountedPrograms):
     window_program = None  # `nevtora-meter`
-
-    def setUp(self):
-        super().setUp()
-        self.children = self.enterContext(desktop.desktop())
+    children = None  # the desktop's
 
     @contextmanager
     def sheet(self):
@@ -133,12 +130,11 @@ class Settings(counted_programs.CountedPrograms):
 
 
 def main():
-    if missing := desktop.missing_tools():
-        print(f"skipped: no {', '.join(missing)} here")
-        return 77
     Settings.window_program, Settings.daemon_program = sys.argv.pop(1), sys.argv.pop(1)
-    unittest.main(verbosity=2)
+    with desktop.desktop() as Settings.children:
+        accessible.check_available()
+        unittest.main(verbosity=2)
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    desktop.run_or_skip(main)

@@ -225,18 +225,15 @@ STEPS = (reads_rows, sorts_by_each_column, opens_the_drawer, reads_the_totals, n
 
 
 def main():
-    if missing := desktop.missing_tools():
-        print(f"skipped: no {', '.join(missing)} here")
-        return 77
     signal.signal(signal.SIGALRM, lambda *_: sys.exit(f"Not done after {SECONDS} s."))
     signal.alarm(SECONDS)
     applications = scripted_daemon.few_applications()
     with scripted_daemon.Server(applications), desktop.desktop() as children:
+        accessible.check_available()
         visit = Visit(sys.argv[1], children)
         for step in STEPS:
             step(visit)
-    return 0
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    desktop.run_or_skip(main)

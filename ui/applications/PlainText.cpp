@@ -16,6 +16,10 @@ QString PlainText::menuItem(const QString& text) {
     return singleLine(text).replace('&', "&&");
 }
 
+QString PlainText::windowTitle(const QString& text) {
+    return singleLine(text).replace("[*]", "[*][*]");
+}
+
 QString PlainText::toolTip(const QString& text) {
     return "<p>" + text.toHtmlEscaped() + "</p>";
 }

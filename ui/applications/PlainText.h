@@ -12,6 +12,9 @@ class PlainText {
     /** For a menu's item: gains neither a mnemonic nor a shortcut column. */
     static QString menuItem(const QString& text);
 
+    /** For a window's title, where "[*]" would stand for changes that are not saved. */
+    static QString windowTitle(const QString& text);
+
     /** For a tooltip, which would take the text for markup. */
     static QString toolTip(const QString& text);
 };

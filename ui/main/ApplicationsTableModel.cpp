@@ -91,14 +91,6 @@ std::shared_ptr<const ApplicationInfo> ApplicationsTableModel::applicationForRow
     return m_Applications.value(row);
 }
 
-int ApplicationsTableModel::rowOfApplication(std::int32_t applicationId) const {
-    const auto found =
-        std::find_if(m_Applications.begin(), m_Applications.end(), [=](const auto& application) {
-            return application != nullptr && application->id() == applicationId;
-        });
-    return found != m_Applications.end() ? found.key() : -1;
-}
-
 int ApplicationsTableModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : m_RowCount;
 }

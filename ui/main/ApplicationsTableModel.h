@@ -62,9 +62,6 @@ class ApplicationsTableModel : public QAbstractTableModel {
      * fetched. */
     std::shared_ptr<const ApplicationInfo> applicationForRow(int row);
 
-    /** Where an application stands among the rows that were fetched; -1 when it does not. */
-    int rowOfApplication(std::int32_t applicationId) const;
-
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;

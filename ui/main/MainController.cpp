@@ -24,6 +24,7 @@
 #include "platform/FileInformation.h"
 #include "platform/WindowFront.h"
 #include "ui/applications/ApplicationsMenu.h"
+#include "ui/charts/RealtimeGraphic.h"
 #include "ui/charts/TrafficFormat.h"
 #include "ui/main/ApplicationsTableDelegate.h"
 #include "ui/main/DrawerController.h"
@@ -87,6 +88,9 @@ MainController::MainController()
 MainController::~MainController() {
     PreferencesController::releaseSharedController();
     DaemonConnection::sharedConnection()->setDelegate(nullptr);
+    RealtimeGraphic::closeAllGraphics();
+    QCoreApplication::sendPostedEvents(nullptr,
+                                       QEvent::DeferredDelete);  // no event loop will delete their windows
     if (m_Window->isVisible()) {
         m_WindowMemory->save();
     }
@@ -177,18 +181,21 @@ void MainController::setupCommands() {
     const auto preferencesKeys = QKeySequence::keyBindings(QKeySequence::Preferences);
     outlets.m_PreferencesAction->setShortcuts(
         preferencesKeys.isEmpty() ? QList<QKeySequence>{defaultPreferencesKey} : preferencesKeys);
-    for (QAction* action :
-         {outlets.m_PropertiesAction, outlets.m_PreferencesAction, outlets.m_AdditionalInfoAction}) {
+    for (QAction* action : {outlets.m_PropertiesAction, outlets.m_LiveChartAction,
+                            outlets.m_PreferencesAction, outlets.m_AdditionalInfoAction}) {
         action->setToolTip(action->toolTip() + " (" + action->shortcut().toString(QKeySequence::NativeText) +
                            ")");
     }
     outlets.m_ShowApplicationPropertiesButton->setDefaultAction(outlets.m_PropertiesAction);
+    outlets.m_ShowApplicationLiveChartButton->setDefaultAction(outlets.m_LiveChartAction);
     outlets.m_PreferencesButton->setDefaultAction(outlets.m_PreferencesAction);
     outlets.m_AdditionalInfoBtn->setToolTip(outlets.m_AdditionalInfoAction->toolTip());
     outlets.m_AdditionalInfoToggleBtn->setToolTip(outlets.m_AdditionalInfoAction->toolTip());
     outlets.m_EditMenu->addAction(outlets.m_ApplicationsTable->copyAction());
     connect(outlets.m_PropertiesAction, &QAction::triggered, this,
             &MainController::showApplicationProperties);
+    connect(outlets.m_LiveChartAction, &QAction::triggered, this,
+            &MainController::showSelectedRealtimeGraphic);
     connect(outlets.m_PreferencesAction, &QAction::triggered, this, &MainController::showPreferences);
     connect(outlets.m_CloseAction, &QAction::triggered, m_Window.get(), &QWidget::close);
     connect(outlets.m_MinimizeAction, &QAction::triggered, m_Window.get(), [this] {
@@ -234,7 +241,7 @@ void MainController::createStatusIcon() {
     connect(show, &QAction::triggered, this, &MainController::showMainWindow);
     m_RealtimeGraphicsMenu = m_StatusMenu->addMenu("Applications");
     connect(m_RealtimeGraphicsMenu, &QMenu::triggered, this,
-            [this](const QAction* item) { showApplication(item->data().toInt()); });
+            [this](const QAction* item) { showRealtimeGraphic(item->data().toInt()); });
     // The outer one: not every panel asks for a submenu before it shows it.
     connect(m_StatusMenu.get(), &QMenu::aboutToShow, this, &MainController::menuNeedsUpdate);
     m_StatusMenu->addSeparator();
@@ -304,9 +311,11 @@ void MainController::updateApplicationButtons() {
     }
 }
 
-/** The totals row is a row, but no application: it has traffic, and no properties. */
+/** The totals row is a row, but no application: it has traffic, but neither properties nor a live chart. */
 bool MainController::validateMenuItem(const QAction* item) {
-    return item == m_Outlets->m_PropertiesAction ? selectedApplication() != nullptr : selectedRow() >= 0;
+    const bool needsApplication =
+        item == m_Outlets->m_PropertiesAction || item == m_Outlets->m_LiveChartAction;
+    return needsApplication ? selectedApplication() != nullptr : selectedRow() >= 0;
 }
 
 std::int32_t MainController::sortFieldFromColumnId(int columnId) {
@@ -371,17 +380,28 @@ void MainController::showApplicationProperties() {
 
 void MainController::menuNeedsUpdate() {
     ApplicationsMenu::fill(*m_RealtimeGraphicsMenu);
+    for (QAction* item : m_RealtimeGraphicsMenu->actions()) {
+        item->setCheckable(true);
+        item->setChecked(RealtimeGraphic::isGraphicForAplicationIdExist(item->data().toInt()));
+    }
 }
 
-void MainController::showApplication(std::int32_t applicationId) {
-    m_ApplicationsTableModel.fetchRows(0, m_ApplicationsTableModel.rowCount() - 1);
-    const int row = m_ApplicationsTableModel.rowOfApplication(applicationId);
-    showMainWindow();
-    if (row >= 0) {
-        m_Outlets->m_ApplicationsTable->selectRow(row);
-        m_Outlets->m_ApplicationsTable->setFocus();
-        m_Outlets->m_Drawer->setOpen(true);
+void MainController::showRealtimeGraphic(std::int32_t applicationId) {
+    auto graphic = RealtimeGraphic::findVisibleGraphicFromApplicationId(applicationId);
+    if (graphic == nullptr) {
+        graphic = RealtimeGraphic::graphicWithApplicationId(applicationId);
     }
+    graphic->show();
+}
+
+void MainController::showSelectedRealtimeGraphic() {
+    if (const auto application = selectedApplication()) {
+        showRealtimeGraphic(application->id());
+    }
+}
+
+void MainController::daemonStartCleanDataBase() {
+    RealtimeGraphic::closeAllGraphics();
 }
 
 void MainController::showMainWindow() {

@@ -27,15 +27,15 @@ class MainWindow;
 
 /**
  * Owns the main window and the item in the desktop's tray: fills the applications table every five seconds, sorts it
- * as the user clicks, and answers the commands of both. Lives on the main thread, from the start of the shared
- * connection to the end of the event loop.
+ * as the user clicks, and answers the commands of both, which open the charts. Lives on the main thread, from the start
+ * of the shared connection to the end of the event loop.
  */
 class MainController : public QObject, public DaemonConnectionDelegate {
   public:
     /** Makes the cursor behind the table, opens the window and fills it. */
     MainController();
 
-    /** Closes the window and deletes the cursor in the daemon. */
+    /** Closes the windows and deletes the cursor in the daemon. */
     ~MainController() override;
 
     MainController(const MainController&) = delete;
@@ -51,6 +51,9 @@ class MainController : public QObject, public DaemonConnectionDelegate {
 
     /** The user asked for the program that runs already: the window comes to the front. */
     void applicationShouldHandleReopen() { showMainWindow(); }
+
+    /** Their counters are about to go: closes the live charts. */
+    void daemonStartCleanDataBase() override;
 
     /** What the daemon calls the column to sort by: 0 name, 1 path, 2 last activity, 3 received, 4 sent, 5
      * none. */
@@ -85,7 +88,8 @@ class MainController : public QObject, public DaemonConnectionDelegate {
     void tableDoubleClicked();
     void showApplicationProperties();
     void menuNeedsUpdate();
-    void showApplication(std::int32_t applicationId);
+    void showRealtimeGraphic(std::int32_t applicationId);
+    void showSelectedRealtimeGraphic();
     void showPreferences();
     void showHelp();
     void showHomePage();

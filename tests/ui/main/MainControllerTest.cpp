@@ -7,6 +7,7 @@
 #include <QDialog>
 #include <QHeaderView>
 #include <QLabel>
+#include <QMenu>
 #include <QPushButton>
 #include <QTest>
 #include <QToolButton>
@@ -17,6 +18,7 @@
 #include "protocol/DaemonTotalStatisticInfo.h"
 #include "tests/support/LinkPeer.h"
 #include "tests/support/PrivateNetwork.h"
+#include "ui/charts/RealtimeGraphic.h"
 
 // The shared connection is one per process and its port is fixed: every case runs in a process and a network
 // of its own.
@@ -66,6 +68,8 @@ class MainControllerTest : public testing::Test {
             case 16:
                 body.WriteInt(m_Count);
                 return true;
+            case 12:
+                return describe(intAt(request.body, 0) - 100).SerializeTo(body);
             case 18:
                 return describe(intAt(request.body, 4)).SerializeTo(body);
             default:
@@ -209,6 +213,34 @@ TEST_F(MainControllerTest, CommandsFollowTheSelection) {
     EXPECT_EQ(outlet<QPushButton>("m_AdditionalInfoBtn")->text(), "Additional Info >>>");
     m_Table->selectRow(0);
     EXPECT_FALSE(isEnabled("m_PropertiesAction"));
+}
+
+TEST_F(MainControllerTest, LiveChartsAreOpenedOncePerApplicationAndClosedWithTheDatabase) {
+    const auto applications = [] {
+        QMenu* found = nullptr;
+        for (QWidget* window : QApplication::topLevelWidgets()) {
+            auto* menu = qobject_cast<QMenu*>(window);
+            found = menu != nullptr && menu->title() == "Applications" ? menu : found;
+        }
+        emit static_cast<QMenu*>(found->parentWidget())->aboutToShow();
+        return found->actions();
+    };
+    m_Table->selectRow(0);
+    EXPECT_FALSE(isEnabled("m_LiveChartAction"));
+    m_Table->selectRow(3);
+    outlet<QToolButton>("m_ShowApplicationLiveChartButton")->click();
+    ASSERT_EQ(applications().size(), 12);
+    EXPECT_TRUE(applications()[2]->isChecked());
+    applications()[2]->trigger();
+    applications()[5]->trigger();
+    EXPECT_EQ(RealtimeGraphic::graphicsList().size(), 2);
+    EXPECT_TRUE(applications()[5]->isChecked());
+    m_Controller->daemonStartCleanDataBase();
+    EXPECT_FALSE(applications()[5]->isChecked());
+    applications()[5]->trigger();
+    m_Controller.reset();
+    EXPECT_EQ(RealtimeGraphic::graphicsList().size(), 0);
+    EXPECT_EQ(QApplication::topLevelWidgets().size(), 0) << "nothing outlives the application's object";
 }
 
 TEST_F(MainControllerTest, TheDrawerFollowsTheSelectionAndItsCaptionTheDrawer) {

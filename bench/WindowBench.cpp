@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QHeaderView>
+#include <QMenu>
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QWidget>
@@ -82,6 +83,34 @@ void benchScrolling(TableView& table, const char* what, int rows) {
     print(what, fresh, back, "rows that were fetched before");
 }
 
+QMenu* applicationsMenu() {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        auto* menu = qobject_cast<QMenu*>(widget);
+        if (menu != nullptr && menu->title() == "Applications") {
+            return menu;
+        }
+    }
+    return nullptr;
+}
+
+/** The first time it also finds out which icons there are. */
+void benchStatusMenu() {
+    QMenu& applications = *applicationsMenu();
+    auto& statusMenu = dynamic_cast<QMenu&>(*applications.parentWidget());
+    const auto open = [&] {
+        emit statusMenu.aboutToShow();  // fills it
+        applications.popup({0, 0});
+        applications.repaint();
+        applications.close();
+    };
+    const Times first = measure(1, open);
+    const Times filled = measure(20, [&] { emit statusMenu.aboutToShow(); });
+    const Times opened = measure(20, open);
+    std::printf("status menu of %d applications: %.2f ms the first time\n",
+                static_cast<int>(applications.actions().size()), first.median);
+    print("status menu filled and painted", opened, filled, "filling it alone");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -104,6 +133,7 @@ int main(int argc, char** argv) {
         QCoreApplication::processEvents();
         std::printf("%d rows, %d of them visible\n", table->model()->rowCount(),
                     table->visibleRows().last - table->visibleRows().first + 1);
+        benchStatusMenu();
         benchRefresh(controller, *window);
         benchScrolling(*table, "a notch of the wheel (3 rows)", wheelNotch);
         controller.updateAllInformation();

@@ -81,5 +81,7 @@ QString TrafficGraphic::bytesToMegabitsString(double bytes) {
 
 /** Like every other number of the program, in no particular locale. */
 QString TrafficGraphic::bytesToReadableString(double bytes) {
-    return QLocale::c().formattedDataSize(std::llround(bytes), 1, QLocale::DataSizeTraditionalFormat);
+    return QLocale::c()
+        .formattedDataSize(std::llround(bytes), 1, QLocale::DataSizeTraditionalFormat)
+        .replace("bytes", "B");
 }

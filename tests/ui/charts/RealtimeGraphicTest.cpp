@@ -63,13 +63,14 @@ class RealtimeGraphicTest : public testing::Test {
         info.totalSendedBytes = sendedBytes;
     }
 
-    /** The last window that was opened. */
+    /** The window that is open; one that is shown rather than another. */
     static ToolWindow* window() {
-        ToolWindow* last = nullptr;
+        ToolWindow* found = nullptr;
         for (QWidget* widget : QApplication::topLevelWidgets()) {
-            last = qobject_cast<ToolWindow*>(widget) != nullptr ? static_cast<ToolWindow*>(widget) : last;
+            auto* window = qobject_cast<ToolWindow*>(widget);
+            found = window != nullptr && (found == nullptr || window->isVisible()) ? window : found;
         }
-        return last;
+        return found;
     }
 
     static GraphicView* view() { return window()->findChild<GraphicView*>("m_Graphic"); }
@@ -120,6 +121,7 @@ TEST_F(RealtimeGraphicTest, PlotsWhatEachSecondMovedAndItsScaleOnlyGrows) {
     EXPECT_EQ(graphic->axeValueToString(119.6F, 0), "120");
     EXPECT_EQ(graphic->axeValueToString(1, 2), "");
     EXPECT_EQ(graphic->readOutValueToString(100'000, 1), "97.7 kB/s");
+    EXPECT_EQ(graphic->readOutValueToString(-7, 1), "-7 B/s");
 }
 
 TEST_F(RealtimeGraphicTest, ScrollsFromThe121stPollOnAndTrimsTheReceivedLineOnly) {

@@ -5,7 +5,8 @@ ConnectionInfo::ConnectionInfo(std::int32_t id, std::int32_t applicationId, cons
                                const QDateTime& endTime, const QString& direction, std::int32_t socketDomain,
                                std::int32_t socketType, std::int32_t socketProtocol,
                                std::int64_t receivedBytes, std::int64_t sendedBytes,
-                               const QString& removeAddress, const QString& localAddress)
+                               const QString& removeAddress, const QString& localAddress,
+                               const IpAddress& remoteEndpoint, const IpAddress& localEndpoint)
     : m_Id(id),
       m_AppId(applicationId),
       m_StartTime(startTime),
@@ -17,14 +18,16 @@ ConnectionInfo::ConnectionInfo(std::int32_t id, std::int32_t applicationId, cons
       m_ReceivedBytes(receivedBytes),
       m_SendedBytes(sendedBytes),
       m_RemoteAddress(removeAddress),
-      m_LocalAddress(localAddress) {}
+      m_LocalAddress(localAddress),
+      m_RemoteEndpoint(remoteEndpoint),
+      m_LocalEndpoint(localEndpoint) {}
 
 std::shared_ptr<const ConnectionInfo> ConnectionInfo::connectionInfoWithId(
     std::int32_t id, std::int32_t applicationId, const QDateTime& startTime, const QDateTime& endTime,
     const QString& direction, std::int32_t socketDomain, std::int32_t socketType, std::int32_t socketProtocol,
     std::int64_t receivedBytes, std::int64_t sendedBytes, const QString& removeAddress,
-    const QString& localAddress) {
-    return std::make_shared<const ConnectionInfo>(id, applicationId, startTime, endTime, direction,
-                                                  socketDomain, socketType, socketProtocol, receivedBytes,
-                                                  sendedBytes, removeAddress, localAddress);
+    const QString& localAddress, const IpAddress& remoteEndpoint, const IpAddress& localEndpoint) {
+    return std::make_shared<const ConnectionInfo>(
+        id, applicationId, startTime, endTime, direction, socketDomain, socketType, socketProtocol,
+        receivedBytes, sendedBytes, removeAddress, localAddress, remoteEndpoint, localEndpoint);
 }

@@ -6,21 +6,29 @@
 #include <cstdint>
 #include <memory>
 
+#include "libs/utils/src/IpAddress.h"
+
 /** One network connection of an application. Never changes; any thread. */
 class ConnectionInfo {
   public:
+    /** An address of no known family, which is what a record that was not told has. */
+    static constexpr IpAddress unknownEndpoint{.family = -1};
+
     /** Ids, domain, type and protocol -1, no bytes, everything else null. */
     ConnectionInfo() = default;
     ConnectionInfo(std::int32_t id, std::int32_t applicationId, const QDateTime& startTime,
                    const QDateTime& endTime, const QString& direction, std::int32_t socketDomain,
                    std::int32_t socketType, std::int32_t socketProtocol, std::int64_t receivedBytes,
-                   std::int64_t sendedBytes, const QString& removeAddress, const QString& localAddress);
+                   std::int64_t sendedBytes, const QString& removeAddress, const QString& localAddress,
+                   const IpAddress& remoteEndpoint = unknownEndpoint,
+                   const IpAddress& localEndpoint = unknownEndpoint);
 
     static std::shared_ptr<const ConnectionInfo> connectionInfoWithId(
         std::int32_t id, std::int32_t applicationId, const QDateTime& startTime, const QDateTime& endTime,
         const QString& direction, std::int32_t socketDomain, std::int32_t socketType,
         std::int32_t socketProtocol, std::int64_t receivedBytes, std::int64_t sendedBytes,
-        const QString& removeAddress, const QString& localAddress);
+        const QString& removeAddress, const QString& localAddress,
+        const IpAddress& remoteEndpoint = unknownEndpoint, const IpAddress& localEndpoint = unknownEndpoint);
 
     std::int32_t id() const { return m_Id; }
     std::int32_t applicationId() const { return m_AppId; }
@@ -42,6 +50,10 @@ class ConnectionInfo {
     QString remoteAddress() const { return m_RemoteAddress; }
     QString localAddress() const { return m_LocalAddress; }
 
+    /** The same addresses as numbers, with their ports. */
+    const IpAddress& remoteEndpoint() const { return m_RemoteEndpoint; }
+    const IpAddress& localEndpoint() const { return m_LocalEndpoint; }
+
   private:
     std::int32_t m_Id = -1;
     std::int32_t m_AppId = -1;
@@ -55,4 +67,6 @@ class ConnectionInfo {
     std::int64_t m_SendedBytes = 0;
     QString m_RemoteAddress;
     QString m_LocalAddress;
+    IpAddress m_RemoteEndpoint = unknownEndpoint;
+    IpAddress m_LocalEndpoint = unknownEndpoint;
 };

@@ -83,7 +83,7 @@ std::shared_ptr<const ConnectionInfo> recordOf(const DaemonConnectionInfo& wire)
         wire.id, wire.applicationId, TimeToNSDate(wire.startTime), TimeToNSDate(wire.endTime),
         directionText(wire.direction), wire.socketDomain, wire.socketType, wire.socketProtocol,
         wire.receivedBytes, wire.sendedBytes, QString::fromStdString(ipToString(wire.remoteAddress)),
-        QString::fromStdString(ipToString(wire.localAddress)));
+        QString::fromStdString(ipToString(wire.localAddress)), wire.remoteAddress, wire.localAddress);
 }
 
 std::shared_ptr<const TotalStatisticInfo> recordOf(const DaemonTotalStatisticInfo& wire) {

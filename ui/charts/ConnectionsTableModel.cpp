@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ui/charts/ConnectionsTableModel.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "ui/charts/ConnectionText.h"
+#include "ui/charts/TrafficFormat.h"
+
+namespace {
+
+using Model = ConnectionsTableModel;
+
+QString headerText(int column) {
+    switch (column) {
+        case Model::NumberColumn:
+            return "#";
+        case Model::StartColumn:
+            return "Start";
+        case Model::EndColumn:
+            return "End";
+        case Model::DirectionColumn:
+            return "Direction";
+        case Model::ReceivedColumn:
+            return "Received, MB";
+        case Model::SentColumn:
+            return "Sent, MB";
+        case Model::LocalAddressColumn:
+            return "Local address";
+        case Model::RemoteAddressColumn:
+            return "Remote address";
+        default:
+            return {};
+    }
+}
+
+QString cellText(const ConnectionInfo& connection, int column) {
+    switch (column) {
+        case Model::StartColumn:
+            return NSDateToNSString(connection.startTime());
+        case Model::EndColumn:
+            return NSDateToNSString(connection.endTime());
+        case Model::DirectionColumn:
+            return connection.direction();
+        case Model::ReceivedColumn:
+            return bytesToNSString(connection.receivedBytes());
+        case Model::SentColumn:
+            return bytesToNSString(connection.sendedBytes());
+        case Model::LocalAddressColumn:
+            return connection.localAddress();
+        case Model::RemoteAddressColumn:
+            return connection.remoteAddress();
+        default:
+            return {};
+    }
+}
+
+int alignment(int column) {
+    const bool isNumber =
+        column == Model::NumberColumn || column == Model::ReceivedColumn || column == Model::SentColumn;
+    return (isNumber ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter;
+}
+
+}  // namespace
+
+ConnectionsTableModel::ConnectionsTableModel(Fetch fetch, QObject* parent)
+    : QAbstractTableModel(parent), m_Fetch(std::move(fetch)) {}
+
+std::int32_t ConnectionsTableModel::sortFieldFromColumnId(int column) {
+    constexpr std::int32_t naturalOrder = 7;
+    return column >= StartColumn && column <= RemoteAddressColumn ? column - StartColumn : naturalOrder;
+}
+
+void ConnectionsTableModel::refresh(std::int32_t connections) {
+    ++m_Refresh;
+    setRowCount(std::max(connections, 0));
+    if (m_RowCount > 0) {
+        emit dataChanged(index(0, 0), index(m_RowCount - 1, ColumnCount - 1));
+    }
+}
+
+void ConnectionsTableModel::orderChanged() {
+    m_Rows.clear();
+}
+
+void ConnectionsTableModel::fetchRows(int first, int last) {
+    const int end = std::min(last + 1, m_RowCount);
+    int row = std::max(first, 0);
+    while (row < end) {
+        const int begin = row;
+        while (row < end && !isFresh(row)) {
+            ++row;
+        }
+        if (row > begin) {
+            fetchRun(begin, row - begin);
+        } else {
+            ++row;
+        }
+    }
+}
+
+std::shared_ptr<const ConnectionInfo> ConnectionsTableModel::connectionForRow(int row) {
+    fetchRows(row, row);
+    return m_Rows.value(row).connection;
+}
+
+int ConnectionsTableModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : m_RowCount;
+}
+
+int ConnectionsTableModel::columnCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : ColumnCount;
+}
+
+QVariant ConnectionsTableModel::data(const QModelIndex& index, int role) const {
+    const int row = index.row();
+    if (role == Qt::TextAlignmentRole) {
+        return alignment(index.column());
+    }
+    if (role == Qt::DisplayRole && index.column() == NumberColumn) {
+        return QString::number(row + 1);
+    }
+    if (role != Qt::DisplayRole && role != Qt::ToolTipRole) {
+        return {};
+    }
+    const auto connection = m_Rows.value(row).connection;
+    if (connection == nullptr) {
+        return {};
+    }
+    return role == Qt::DisplayRole ? cellText(*connection, index.column()) : connectionText(*connection);
+}
+
+QVariant ConnectionsTableModel::headerData(int section, Qt::Orientation orientation, int role) const {
+    if (orientation != Qt::Horizontal) {
+        return {};
+    }
+    switch (role) {
+        case Qt::DisplayRole:
+            return headerText(section);
+        case Qt::TextAlignmentRole:
+            return alignment(section);
+        default:
+            return {};
+    }
+}
+
+void ConnectionsTableModel::setRowCount(int rows) {
+    if (rows > m_RowCount) {
+        beginInsertRows({}, m_RowCount, rows - 1);
+        m_RowCount = rows;
+        endInsertRows();
+    } else if (rows < m_RowCount) {
+        beginRemoveRows({}, rows, m_RowCount - 1);
+        m_RowCount = rows;
+        m_Rows.removeIf([=](auto known) { return known.key() >= rows; });
+        endRemoveRows();
+    }
+}
+
+bool ConnectionsTableModel::isFresh(int row) const {
+    const auto known = m_Rows.find(row);
+    return known != m_Rows.end() && known->refresh == m_Refresh;
+}
+
+void ConnectionsTableModel::fetchRun(int first, int count) {
+    int row = first;
+    for (auto& connection : m_Fetch(first, count)) {
+        m_Rows.insert(row++, {std::move(connection), m_Refresh});
+    }
+    emit dataChanged(index(first, 0), index(first + count - 1, ColumnCount - 1));
+}

@@ -1,34 +1,25 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QStyledItemDelegate>
-
-#include "controls/TabularDigits.h"
+#include "ui/applications/TableDelegate.h"
 
 /**
- * Paints the cells of the applications table: numbers whose places line up, a faint bar that shows a cell's
- * share of the sums over all applications, and the totals row set apart. A tooltip shows what a cell has no
- * room for.
+ * Paints the cells of the applications table: a faint bar shows a cell's share of the sums over all applications, and
+ * the totals row is set apart.
  */
-class ApplicationsTableDelegate : public QStyledItemDelegate {
+class ApplicationsTableDelegate : public TableDelegate {
   public:
-    /** Pixels between a cell's edge and its text. */
-    static constexpr int margin = 8;
-
-    explicit ApplicationsTableDelegate(const QFont& font, QObject* parent = nullptr);
+    using TableDelegate::TableDelegate;
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;
-    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
-    bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
-                   const QModelIndex& index) override;
 
   protected:
+    bool isNumber(int column) const override;
+    bool isSecondary(int column) const override;
+    void drawBehind(QPainter& painter, const QStyleOptionViewItem& cell,
+                    const QModelIndex& index) const override;
+    void drawContent(QPainter& painter, const QStyleOptionViewItem& cell, int column) const override;
+    int contentWidth(const QStyleOptionViewItem& cell, int column) const override;
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
-
-  private:
-    int textWidth(const QStyleOptionViewItem& cell, int column) const;
-    void drawContent(QPainter& painter, const QStyleOptionViewItem& cell, int column) const;
-
-    TabularDigits m_Digits;
 };

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ui/charts/ConnectionsExport.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "ui/charts/ConnectionText.h"
+
+namespace {
+
+/** A few milliseconds of the main thread's time. */
+constexpr std::int32_t rowsPerSlice = 128;
+
+QByteArray field(const QString& text) {
+    QString quoted = text;
+    if (std::any_of(text.begin(), text.end(), [](QChar c) { return QStringView(u",\"\r\n").contains(c); })) {
+        quoted = '"' + quoted.replace('"', "\"\"") + '"';
+    }
+    return quoted.toUtf8();
+}
+
+QByteArray joined(const QByteArrayList& fields) {
+    return fields.join(',') + "\r\n";
+}
+
+QByteArray dateField(const QDateTime& date) {
+    return date.isValid() ? date.toOffsetFromUtc(date.offsetFromUtc()).toString(Qt::ISODate).toLatin1()
+                          : QByteArray();
+}
+
+/** The address and the port, both empty for an address of unknown kind. */
+QByteArray endpointFields(const IpAddress& endpoint) {
+    const QByteArray host = field(hostText(endpoint));
+    return host + ',' + (host.isEmpty() ? QByteArray() : QByteArray::number(endpoint.port));
+}
+
+}  // namespace
+
+ConnectionsExport::ConnectionsExport(Fetch fetch, std::int32_t connections, QObject* parent)
+    : QObject(parent), m_Fetch(std::move(fetch)), m_Count(connections) {
+    connect(&m_Turn, &QTimer::timeout, this, &ConnectionsExport::writeSlice);
+}
+
+void ConnectionsExport::start(const QString& path) {
+    m_File.setFileName(path);
+    const QByteArray names = header();
+    if (m_File.open(QIODevice::WriteOnly) && m_File.write(names) == names.size()) {
+        m_Turn.start(0);
+    } else {
+        fail(m_File.errorString());
+    }
+}
+
+QByteArray ConnectionsExport::header() {
+    return joined({"Start", "End", "Protocol", "Direction", "Received bytes", "Sent bytes", "Local address",
+                   "Local port", "Remote address", "Remote port"});
+}
+
+QByteArray ConnectionsExport::record(const ConnectionInfo& connection) {
+    return joined({dateField(connection.startTime()), dateField(connection.endTime()),
+                   field(protocolText(connection.socketProtocol())), field(connection.direction()),
+                   QByteArray::number(qint64{connection.receivedBytes()}),
+                   QByteArray::number(qint64{connection.sendedBytes()}),
+                   endpointFields(connection.localEndpoint()), endpointFields(connection.remoteEndpoint())});
+}
+
+void ConnectionsExport::writeSlice() {
+    QByteArray text;
+    for (const auto& connection : m_Fetch(m_Written, std::min(rowsPerSlice, m_Count - m_Written))) {
+        if (connection == nullptr) {
+            fail(QString("The daemon did not tell of connection %1 of %2. It may have ended, or its history "
+                         "may have been cleaned meanwhile.")
+                     .arg(m_Written + 1)
+                     .arg(m_Count));
+            return;
+        }
+        text += record(*connection);
+        ++m_Written;
+    }
+    if (m_File.write(text) != text.size() || (m_Written >= m_Count && !m_File.commit())) {
+        fail(m_File.errorString());
+        return;
+    }
+    emit progressed(m_Written);
+    if (m_Written >= m_Count) {
+        m_Turn.stop();
+        emit finished();
+    }
+}
+
+void ConnectionsExport::fail(const QString& error) {
+    m_Turn.stop();
+    m_File.cancelWriting();
+    emit failed(error);
+}

@@ -19,6 +19,12 @@ QPalette::ColorGroup colorGroup(const QStyleOptionViewItem& cell) {
     return (cell.state & QStyle::State_Active) != 0 ? QPalette::Active : QPalette::Inactive;
 }
 
+/** Several lines stay as they are, a single one may be broken: it can be a path of any length. */
+QString plainToolTip(const QString& text) {
+    return text.contains('\n') ? "<p style='white-space:pre'>" + text.toHtmlEscaped() + "</p>"
+                               : PlainText::toolTip(text);
+}
+
 }  // namespace
 
 TableDelegate::TableDelegate(const QFont& font, QObject* parent)
@@ -54,8 +60,7 @@ bool TableDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view, const 
     initStyleOption(&cell, index);
     const QString all = index.data(Qt::ToolTipRole).toString();
     const bool isComplete = all == cell.text && contentWidth(cell, index.column()) <= textRect(cell).width();
-    const QString text =
-        isComplete || all.isEmpty() ? QString() : PlainText::toolTip(all).replace('\n', "<br>");
+    const QString text = isComplete || all.isEmpty() ? QString() : plainToolTip(all);
     QToolTip::showText(event->globalPos(), text, view, cell.rect);
     return true;
 }

@@ -8,7 +8,7 @@
 
 namespace {
 
-/** A few milliseconds of the main thread's time. */
+/** Some 20 ms, of which the link's wait for replies takes at least five however few the rows are. */
 constexpr std::int32_t rowsPerSlice = 128;
 
 QByteArray field(const QString& text) {

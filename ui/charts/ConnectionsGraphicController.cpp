@@ -1,0 +1,583 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ui/charts/ConnectionsGraphicController.h"
+
+#include <QEvent>
+#include <QHeaderView>
+#include <QMenu>
+#include <QScreen>
+#include <QShortcut>
+#include <QVBoxLayout>
+#include <QtMath>
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <thread>
+#include <utility>
+
+#include "config/ConfigStorage.h"
+#include "controls/ColumnFitter.h"
+#include "controls/TableView.h"
+#include "controls/TabularDigits.h"
+#include "daemon/DaemonConnection.h"
+#include "ui/charts/ConnectionsExportDialog.h"
+#include "ui/charts/ConnectionsTableDelegate.h"
+#include "ui/charts/HistoryGraphicWorker.h"
+#include "ui/charts/HistoryRangePickers.h"
+#include "ui/charts/HistoryRangePresets.h"
+#include "ui/charts/TrafficFormat.h"
+#include "ui/charts/TrafficGraphic.h"
+#include "ui_ConnectionsGraphic.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::int32_t tcp = 6;
+constexpr std::int32_t udp = 17;
+constexpr std::int32_t allProtocols = -1;
+constexpr std::int32_t allApplications = -1;
+constexpr std::int32_t sortByNothing = 7;
+
+/** On the wire: never renumber. */
+enum SortDirection : std::int32_t { Descending = 0, Ascending = 1, Unsorted = 2 };
+
+/** Ascending, descending, unsorted, and again. */
+std::int32_t nextDirection(std::int32_t direction) {
+    switch (direction) {
+        case Ascending:
+            return Descending;
+        case Descending:
+            return Unsorted;
+        default:
+            return Ascending;
+    }
+}
+
+constexpr int slideTransition = 9;
+constexpr int slideOptions = 130;
+constexpr float backgroundAlpha = 0.9F;
+constexpr QSizeF colorLegendSize(100, 140);  // pixels, before it is fitted to its items
+constexpr int narrowestDrawer = 480;         // pixels
+constexpr int widestDrawer = 900;
+constexpr int drawerMargin = 12;
+constexpr int sortArrowRoom = 16;       // pixels in a header
+constexpr int directionArrowRoom = 18;  // pixels beside the word
+
+constexpr qint64 secondsPerStorageMonth = 2'592'000;  // 30 days
+constexpr auto cancelPollInterval = 50ms;
+
+/** What the windows are closed from; each takes itself out. */
+std::vector<ConnectionsGraphicController*> sGraphicsList;
+
+QString graphicTitle(std::int32_t socketProtocol) {
+    switch (socketProtocol) {
+        case tcp:
+            return "TCP Traffic";
+        case udp:
+            return "UDP Traffic";
+        default:
+            return "Full Traffic";
+    }
+}
+
+void keepRoomWhileHidden(QWidget* widget) {
+    QSizePolicy policy = widget->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    widget->setSizePolicy(policy);
+}
+
+}  // namespace
+
+ConnectionsGraphicController* ConnectionsGraphicController::graphic() {
+    return graphic(nullptr, allProtocols);
+}
+
+ConnectionsGraphicController* ConnectionsGraphicController::graphic(std::int32_t socketProtocol) {
+    return graphic(nullptr, socketProtocol);
+}
+
+ConnectionsGraphicController* ConnectionsGraphicController::graphic(
+    std::shared_ptr<const ApplicationInfo> application) {
+    return graphic(std::move(application), allProtocols);
+}
+
+ConnectionsGraphicController* ConnectionsGraphicController::graphic(
+    std::shared_ptr<const ApplicationInfo> application, std::int32_t socketProtocol) {
+    return new ConnectionsGraphicController(std::move(application), socketProtocol);
+}
+
+const std::vector<ConnectionsGraphicController*>& ConnectionsGraphicController::graphicsList() {
+    return sGraphicsList;
+}
+
+void ConnectionsGraphicController::closeAllGraphics() {
+    while (!sGraphicsList.empty()) {
+        sGraphicsList.front()->close();
+    }
+}
+
+ConnectionsGraphicController::ConnectionsGraphicController(std::shared_ptr<const ApplicationInfo> application,
+                                                           std::int32_t socketProtocol)
+    : m_Outlets(std::make_unique<Ui::ConnectionsGraphic>()),
+      m_Window(std::make_unique<QWidget>()),
+      m_ConnectionsTable(new TableView),
+      m_NeedChangeTab(false),
+      m_Application(std::move(application)),
+      m_SocketProtocol(socketProtocol),
+      m_ConnectionsList(ConnectionsIterator::iterator()),
+      m_ConnectionsTableModel(
+          [this](auto first, auto count) { return m_ConnectionsList->prefetch(first, count); }),
+      m_ConnectionsSortField(sortByNothing),
+      m_ConnectionsSortDirection(Unsorted),
+      m_UpdateStarted(false),
+      m_UpdateNeedCancel(false),
+      m_GraphicStartTime(0) {
+    m_Outlets->setupUi(m_Window.get());
+    awakeFromNib();
+    sGraphicsList.push_back(this);
+}
+
+ConnectionsGraphicController::~ConnectionsGraphicController() {
+    m_Outlets->m_Graphic->setDelegate(nullptr);
+}
+
+void ConnectionsGraphicController::awakeFromNib() {
+    m_Outlets->m_TabView->setTransitionType(slideTransition);
+    m_Outlets->m_TabView->setTransitionOptions(slideOptions);
+    m_Outlets->m_Graphic->setBGAlpha(backgroundAlpha);
+    m_Outlets->m_Graphic->setDelegate(this);
+    m_Window->setWindowFilePath(m_Application != nullptr ? m_Application->bundlePath() : "/Applications");
+    m_Window->setWindowTitle(m_Application != nullptr
+                                 ? QStringLiteral("\"%1\" Application Graphic").arg(m_Application->name())
+                                 : QStringLiteral("Total Graphic"));
+    m_Window->installEventFilter(this);
+    setupCommands();
+    setupTable();
+    setupDrawer();
+    setupRange();
+    setupGraphic();
+    updateConnectionsTable();
+    beginUpdateGraphic();
+}
+
+void ConnectionsGraphicController::setupCommands() {
+    keepRoomWhileHidden(m_Outlets->m_Graphic);
+    keepRoomWhileHidden(m_Outlets->m_UpdateProgressIndicator);
+    connect(m_Outlets->m_ChangeRangeButton, &QPushButton::clicked, this,
+            &ConnectionsGraphicController::changeTab);
+    connect(m_Outlets->m_ShowButton, &QPushButton::clicked, this, &ConnectionsGraphicController::changeTab);
+    connect(m_Outlets->m_ToggleDrawerButton, &DisclosureButton::clicked, this,
+            &ConnectionsGraphicController::toggleDrawer);
+    connect(m_Outlets->m_ConnectionsButton, &QPushButton::clicked, this,
+            &ConnectionsGraphicController::toggleDrawer);
+    auto* closeKey = new QShortcut(QKeySequence::Close, m_Window.get());
+    connect(closeKey, &QShortcut::activated, m_Window.get(), &QWidget::close);
+}
+
+void ConnectionsGraphicController::setupTable() {
+    m_ConnectionsTable->setObjectName("m_ConnectionsTable");
+    m_ConnectionsTable->setAccessibleName("Connections");
+    m_ConnectionsTable->setAlternatingRowColors(true);
+    m_ConnectionsTable->setModel(&m_ConnectionsTableModel);
+    m_ConnectionsTable->setEmptyText("No connections in this range");
+    m_ConnectionsTable->setSearchColumn(ConnectionsTableModel::RemoteAddressColumn);
+    connect(m_ConnectionsTable, &TableView::visibleRowsChanged, this,
+            &ConnectionsGraphicController::fetchVisibleRows);
+    connect(m_ConnectionsTable->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &ConnectionsGraphicController::tableViewSelectionDidChange);
+    m_ConnectionsTable->setItemDelegate(
+        new ConnectionsTableDelegate(m_ConnectionsTable->font(), m_ConnectionsTable));
+    setupColumns();
+    setupTableMenu();
+    QHeaderView* header = m_ConnectionsTable->horizontalHeader();
+    header->setSectionsClickable(true);
+    header->setSortIndicatorShown(true);
+    header->setSortIndicator(-1, Qt::AscendingOrder);
+    connect(header, &QHeaderView::sectionClicked, this, &ConnectionsGraphicController::didClickTableColumn);
+    connect(header, &QHeaderView::sectionDoubleClicked, this,
+            &ConnectionsGraphicController::didClickTableColumn);
+}
+
+/** Numbers get the room that they need; dates and addresses share the rest. */
+void ConnectionsGraphicController::setupColumns() {
+    constexpr int margins = 2 * TableDelegate::margin;
+    const TabularDigits digits(m_ConnectionsTable->font());
+    const QFontMetrics text = m_ConnectionsTable->fontMetrics();
+    const QFontMetrics caption = m_ConnectionsTable->horizontalHeader()->fontMetrics();
+    const int number = qCeil(digits.width("000000")) + margins;
+    const int date =
+        text.horizontalAdvance(NSDateToNSString(QDateTime(QDate(2028, 9, 27), QTime(22, 58, 58)))) + margins;
+    const int direction = text.horizontalAdvance("Undefined") + directionArrowRoom + margins;
+    const int bytes = std::max(qCeil(digits.width("00000.000")),
+                               caption.horizontalAdvance("Received, MB") + sortArrowRoom) +
+                      margins;
+    const int address = qCeil(digits.width("000.000.000.000")) + margins;
+    new ColumnFitter(m_ConnectionsTable, {{number, number, 0},  // the table's own
+                                          {152, date, 3},
+                                          {152, date, 3},
+                                          {direction, direction, 0},
+                                          {bytes, bytes, 0},
+                                          {bytes, bytes, 0},
+                                          {96, address, 1},
+                                          {96, ColumnFitter::unlimitedWidth, 1}});
+}
+
+void ConnectionsGraphicController::setupTableMenu() {
+    auto* menu = new QMenu(m_ConnectionsTable);
+    menu->addAction(m_ConnectionsTable->copyAction());
+    menu->addSeparator();
+    QAction* exportAction = menu->addAction(QIcon::fromTheme("document-export"), "&Export All...");
+    exportAction->setToolTip("Writes all connections of the range to a file");
+    exportAction->setShortcut(QKeySequence::SaveAs);
+    exportAction->setShortcutContext(Qt::WidgetShortcut);
+    m_ConnectionsTable->addAction(exportAction);
+    m_ConnectionsTable->setMenu(menu);
+    connect(exportAction, &QAction::triggered, this, &ConnectionsGraphicController::exportConnections);
+}
+
+void ConnectionsGraphicController::setupDrawer() {
+    auto* content = new QWidget;
+    auto* layout = new QVBoxLayout(content);
+    layout->setContentsMargins(0, drawerMargin, drawerMargin, drawerMargin);
+    layout->addWidget(m_ConnectionsTable);
+    content->setFixedWidth(narrowestDrawer);
+    Drawer* drawer = m_Outlets->m_Drawer;
+    drawer->setContentView(content);
+    connect(drawer, &Drawer::willOpen, this, &ConnectionsGraphicController::drawerWillOpen);
+    connect(drawer, &Drawer::willClose, this, &ConnectionsGraphicController::drawerWillClose);
+    connect(drawer, &Drawer::didOpen, this, &ConnectionsGraphicController::drawerDidOpen);
+    connect(drawer, &Drawer::didClose, this, &ConnectionsGraphicController::drawerDidClose);
+}
+
+/** All that the statistics have, up to now. */
+void ConnectionsGraphicController::setupRange() {
+    m_Range = std::make_unique<HistoryRangePickers>(
+        HistoryRangePickers::Picker{m_Outlets->m_StartTime, m_Outlets->m_StartCalendar},
+        HistoryRangePickers::Picker{m_Outlets->m_EndTime, m_Outlets->m_EndCalendar});
+    choosePreset(HistoryRangePresets::All);
+    m_Range->setEarliestTime(earliestTime());
+    m_Outlets->m_Presets->addItems(HistoryRangePresets::names());
+    m_Outlets->m_Presets->setCurrentRow(HistoryRangePresets::All);
+    connect(m_Range.get(), &HistoryRangePickers::startTimeChanged, this,
+            &ConnectionsGraphicController::startTimeChanged);
+    connect(m_Range.get(), &HistoryRangePickers::endTimeChanged, this,
+            &ConnectionsGraphicController::endTimeChanged);
+    // Selected, not current: a list that gets the focus has a current item, which nobody chose.
+    connect(m_Outlets->m_Presets, &QListWidget::itemSelectionChanged, this,
+            &ConnectionsGraphicController::presetSelected);
+    connect(m_Outlets->m_Presets, &QListWidget::itemClicked, this,
+            &ConnectionsGraphicController::presetSelected);
+    connect(m_Outlets->m_Presets, &QListWidget::itemActivated, this,
+            &ConnectionsGraphicController::changeTab);
+    showRange();
+}
+
+QDateTime ConnectionsGraphicController::earliestTime() const {
+    const int months = ConfigStorage::sharedConfig()->maxStorageTimeInMonths();
+    return QDateTime::currentDateTime().addSecs(-months * secondsPerStorageMonth);
+}
+
+void ConnectionsGraphicController::showRange() {
+    m_Outlets->m_StartTimeCaption->setText(NSDateToNSString(m_Range->startTime()));
+    m_Outlets->m_EndTimeCaption->setText(NSDateToNSString(m_Range->endTime()));
+}
+
+void ConnectionsGraphicController::choosePreset(int preset) {
+    const auto totals = DaemonConnection::sharedConnection()->totalStatisticInfo();
+    const auto [start, end] = HistoryRangePresets::range(
+        preset, QDateTime::currentDateTime(), totals != nullptr ? totals->startTime() : QDateTime());
+    m_Range->setRange(start, end);
+}
+
+void ConnectionsGraphicController::presetSelected() {
+    const QModelIndexList rows = m_Outlets->m_Presets->selectionModel()->selectedRows();
+    if (!rows.isEmpty()) {
+        choosePreset(rows.first().row());
+    }
+}
+
+void ConnectionsGraphicController::setupGraphic() {
+    GraphicView& graphic = *m_Outlets->m_Graphic;
+    m_Window->layout()->activate();  // the legends need to know the chart's size
+    m_Outlets->m_GraphicPage->layout()->activate();
+    graphic.setUpdatesDisabled(true);
+    graphic.setXAxeDescription("Date/Time");
+    graphic.setYAxeDescription("Data (Mbit)");
+    TrafficGraphic::appendLines(graphic, false);
+    TrafficGraphic::addLegends(graphic, colorLegendSize, graphicTitle(m_SocketProtocol));
+    graphic.setUpdatesDisabled(false);
+}
+
+void ConnectionsGraphicController::show() {
+    m_Window->show();
+    m_Window->raise();
+}
+
+void ConnectionsGraphicController::close() {
+    m_Window->close();
+}
+
+void ConnectionsGraphicController::beginUpdateGraphic() {
+    cancelUpdateGraphic();
+    m_Worker.reset();  // with what it still had to say
+    m_UpdateStarted = true;
+    m_UpdateNeedCancel = false;
+    m_Outlets->m_Graphic->hide();
+    m_Outlets->m_DataFlow->setEnabled(false);  // of the range before, until the new one is known
+    m_Outlets->m_UpdateProgressIndicator->setValue(0);
+    m_Outlets->m_UpdateProgressIndicator->show();
+
+    HistoryGraphicWorker::Task task{m_Range->startTime(), m_Range->endTime(), {}, m_SocketProtocol};
+    if (m_Application != nullptr) {
+        task.applicationId = m_Application->id();
+    }
+    m_Worker = std::make_unique<HistoryGraphicWorker>(task, m_UpdateStarted, m_UpdateNeedCancel);
+    clearGraphic();
+    const HistoryGraphicWorker* worker = m_Worker.get();
+    connect(worker, &HistoryGraphicWorker::stepDone, this, &ConnectionsGraphicController::stepDone);
+    connect(worker, &HistoryGraphicWorker::pointsDone, this, &ConnectionsGraphicController::pointsDone);
+    connect(worker, &HistoryGraphicWorker::dataFlowKnown, this, &ConnectionsGraphicController::dataFlowKnown);
+    connect(worker, &HistoryGraphicWorker::graphicUpdated, this,
+            &ConnectionsGraphicController::graphicUpdated);
+}
+
+void ConnectionsGraphicController::cancelUpdateGraphic() {
+    if (!m_UpdateStarted) {
+        return;
+    }
+    m_UpdateNeedCancel = true;
+    while (m_UpdateStarted) {
+        std::this_thread::sleep_for(cancelPollInterval);
+    }
+}
+
+/** Nothing of it is seen before all points are there. */
+void ConnectionsGraphicController::clearGraphic() {
+    const HistoryGraphicMath& math = m_Worker->math();
+    GraphicView& graphic = *m_Outlets->m_Graphic;
+    m_GraphicStartTime = math.start;
+    graphic.setUpdatesDisabled(true);
+    graphic.clearSelection();
+    graphic.clearLine(TrafficGraphic::ReceivedLine);
+    graphic.clearLine(TrafficGraphic::SentLine);
+    graphic.setViewport(QRectF(0, 0, math.viewportWidth(), 1));
+}
+
+void ConnectionsGraphicController::stepDone(double x, qint64 receivedBytes, qint64 sendedBytes) {
+    GraphicView& graphic = *m_Outlets->m_Graphic;
+    graphic.addPointToLine(TrafficGraphic::ReceivedLine, QPointF(x, static_cast<float>(receivedBytes)));
+    graphic.addPointToLine(TrafficGraphic::SentLine, QPointF(x, static_cast<float>(sendedBytes)));
+    m_Outlets->m_UpdateProgressIndicator->setValue(static_cast<int>(m_Worker->math().progress(x)));
+}
+
+void ConnectionsGraphicController::pointsDone(qint64 peak) {
+    GraphicView& graphic = *m_Outlets->m_Graphic;
+    graphic.setMeshCellSize(QSizeF(HistoryGraphicMath::gridStep(m_Worker->math().span),
+                                   calcGraphicMeshHeightFromBytesPeak(static_cast<double>(peak))));
+    graphic.recalcVisibleHeight();
+    graphic.setUpdatesDisabled(false);
+    graphic.display();
+}
+
+void ConnectionsGraphicController::dataFlowKnown(qint64 receivedBytes, qint64 sendedBytes) {
+    m_Outlets->m_TotalSendedBytesCaption->setText(bytesToNSString(sendedBytes));
+    m_Outlets->m_TotalReceivedBytesCaption->setText(bytesToNSString(receivedBytes));
+    m_Outlets->m_DataFlow->setEnabled(true);
+}
+
+void ConnectionsGraphicController::graphicUpdated() {
+    m_Outlets->m_UpdateProgressIndicator->hide();
+    m_Outlets->m_Graphic->show();
+}
+
+void ConnectionsGraphicController::updateConnectionsTable() {
+    const std::int32_t applicationId = m_Application != nullptr ? m_Application->id() : allApplications;
+    m_ConnectionsList->setFilterWithStartTime(m_Range->startTime(), m_Range->endTime(), applicationId,
+                                              m_SocketProtocol, m_ConnectionsSortField,
+                                              m_ConnectionsSortDirection);
+    m_ConnectionsTableModel.orderChanged();
+    m_ConnectionsTableModel.refresh(m_ConnectionsList->countConnections());
+    fetchVisibleRows();
+    tableViewSelectionDidChange();
+}
+
+/** None while the drawer is closed: nobody sees a row. */
+void ConnectionsGraphicController::fetchVisibleRows() {
+    if (m_ConnectionsTable->isVisible()) {
+        const auto [first, last] = m_ConnectionsTable->visibleRows();
+        m_ConnectionsTableModel.fetchRows(first, last);
+    }
+}
+
+std::shared_ptr<const ConnectionInfo> ConnectionsGraphicController::selectedConnection() {
+    const QModelIndexList rows = m_ConnectionsTable->selectionModel()->selectedRows();
+    return rows.isEmpty() ? nullptr : m_ConnectionsTableModel.connectionForRow(rows.first().row());
+}
+
+void ConnectionsGraphicController::tableViewSelectionDidChange() {
+    const auto connection = selectedConnection();
+    if (connection == nullptr) {
+        m_Outlets->m_Graphic->clearSelection();
+        return;
+    }
+    const auto xOf = [this](const QDateTime& time) {
+        return static_cast<float>(static_cast<double>(time.toMSecsSinceEpoch()) / 1000.0 -
+                                  m_GraphicStartTime);
+    };
+    m_Outlets->m_Graphic->setSelectionForAxe(TrafficGraphic::XAxe, xOf(connection->startTime()),
+                                             xOf(connection->endTime()));
+}
+
+void ConnectionsGraphicController::didClickTableColumn(int columnId) {
+    const std::int32_t field = ConnectionsTableModel::sortFieldFromColumnId(columnId);
+    const bool isSameField = field == m_ConnectionsSortField;
+    m_ConnectionsSortDirection = isSameField ? nextDirection(m_ConnectionsSortDirection) : Ascending;
+    m_ConnectionsSortField = field;
+    if (field == sortByNothing) {
+        m_ConnectionsSortDirection = Unsorted;
+    }
+    const bool isSorted = m_ConnectionsSortDirection != Unsorted;
+    m_ConnectionsTable->horizontalHeader()->setSortIndicator(
+        isSorted ? columnId : -1,
+        m_ConnectionsSortDirection == Descending ? Qt::DescendingOrder : Qt::AscendingOrder);
+    updateConnectionsTable();
+}
+
+QString ConnectionsGraphicController::axeValueToString(float value, int axe) {
+    switch (axe) {
+        case TrafficGraphic::XAxe:
+            return NSDateToNSString(dateAtX(value));
+        case TrafficGraphic::YAxe:
+            return TrafficGraphic::bytesToMegabitsString(value);
+        default:
+            return {};
+    }
+}
+
+QString ConnectionsGraphicController::readOutValueToString(float value, int axe) {
+    return axe == TrafficGraphic::YAxe ? TrafficGraphic::bytesToReadableString(value)
+                                       : axeValueToString(value, axe);
+}
+
+QDateTime ConnectionsGraphicController::dateAtX(float x) {
+    return QDateTime::fromMSecsSinceEpoch(
+        std::llround((m_GraphicStartTime + static_cast<double>(x)) * 1000.0));
+}
+
+/** The cursor lives until the last who fetches from it is gone. */
+void ConnectionsGraphicController::exportConnections() {
+    ConnectionsExportDialog::ask(
+        m_Window.get(),
+        [list = m_ConnectionsList](auto first, auto count) { return list->prefetch(first, count); },
+        m_ConnectionsTableModel.rowCount());
+}
+
+void ConnectionsGraphicController::startTimeChanged() {
+    m_Outlets->m_Presets->clearSelection();
+    m_Range->limitEndTime();
+}
+
+void ConnectionsGraphicController::endTimeChanged() {
+    m_Outlets->m_Presets->clearSelection();
+    m_Range->limitStartTime();
+}
+
+void ConnectionsGraphicController::changeTab() {
+    if (m_NeedChangeTab) {
+        return;
+    }
+    const bool isDrawerClosed = m_Outlets->m_ToggleDrawerButton->isChecked();
+    if (m_Outlets->m_TabView->currentIndex() != 0) {
+        showRange();
+        updateConnectionsTable();
+        beginUpdateGraphic();
+        m_Outlets->m_TabView->selectFirstTabViewItem();
+        if (!isDrawerClosed) {
+            m_Outlets->m_Drawer->toggle();
+        }
+    } else if (isDrawerClosed) {
+        m_Outlets->m_TabView->selectLastTabViewItem();
+        cancelUpdateGraphic();
+    } else {
+        m_NeedChangeTab = true;
+        m_Outlets->m_ToggleDrawerButton->setEnabled(
+            false);  // a drawer that turned back would never be closed
+        m_Outlets->m_ConnectionsButton->setEnabled(false);
+        m_Outlets->m_Drawer->toggle();
+    }
+}
+
+void ConnectionsGraphicController::toggleDrawer() {
+    Drawer* drawer = m_Outlets->m_Drawer;
+    if (!drawer->isOpen()) {
+        makeRoomForDrawer();
+    }
+    if (m_DrawerRoom > 0 && !drawer->isOpen()) {
+        drawer->setOpenAtOnce(true);  // in the room beside: the chart need not move
+    } else {
+        drawer->toggle();
+    }
+}
+
+bool ConnectionsGraphicController::isSizeFixed() const {
+    return m_Window->isMaximized() || m_Window->isFullScreen();
+}
+
+/** Beside the chart as far as the screen goes, and where that is not enough half of the window's width. */
+void ConnectionsGraphicController::makeRoomForDrawer() {
+    const int beside = m_Window->screen()->availableGeometry().right() - m_Window->frameGeometry().right();
+    m_DrawerRoom = isSizeFixed() ? 0 : std::clamp(beside, 0, widestDrawer);
+    const int width = m_Window->width() + m_DrawerRoom;
+    m_Outlets->m_Drawer->contentView()->setFixedWidth(std::clamp(width / 2, narrowestDrawer, widestDrawer));
+    m_Window->resize(width, m_Window->height());
+}
+
+/** The switch says where a drawer is going to be, so that it is never taken for what it will not be. */
+void ConnectionsGraphicController::drawerWillOpen() {
+    m_Outlets->m_ToggleDrawerButton->setChecked(false);
+}
+
+void ConnectionsGraphicController::drawerWillClose() {
+    if (!m_NeedChangeTab) {
+        m_Outlets->m_ToggleDrawerButton->setChecked(true);
+    }
+}
+
+void ConnectionsGraphicController::drawerDidOpen() {
+    m_Outlets->m_ToggleDrawerButton->setChecked(false);
+}
+
+void ConnectionsGraphicController::drawerDidClose() {
+    if (!m_NeedChangeTab) {
+        m_Outlets->m_ToggleDrawerButton->setChecked(true);
+        if (!isSizeFixed()) {
+            m_Window->resize(m_Window->width() - m_DrawerRoom, m_Window->height());
+        }
+        m_DrawerRoom = 0;
+        return;
+    }
+    m_NeedChangeTab = false;
+    m_Outlets->m_ToggleDrawerButton->setEnabled(true);
+    m_Outlets->m_ConnectionsButton->setEnabled(true);
+    m_Range->setEarliestTime(earliestTime());
+    m_Outlets->m_TabView->selectLastTabViewItem();
+    cancelUpdateGraphic();
+}
+
+bool ConnectionsGraphicController::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Close) {
+        windowWillClose();
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void ConnectionsGraphicController::windowWillClose() {
+    const auto self = std::find(sGraphicsList.begin(), sGraphicsList.end(), this);
+    if (self == sGraphicsList.end()) {
+        return;  // it was closed before
+    }
+    cancelUpdateGraphic();
+    m_Worker.reset();
+    sGraphicsList.erase(self);
+    deleteLater();
+}

@@ -24,6 +24,7 @@
 #include "platform/FileInformation.h"
 #include "platform/WindowFront.h"
 #include "ui/applications/ApplicationsMenu.h"
+#include "ui/charts/ConnectionsGraphicController.h"
 #include "ui/charts/RealtimeGraphic.h"
 #include "ui/charts/TrafficFormat.h"
 #include "ui/main/ApplicationsTableDelegate.h"
@@ -39,7 +40,9 @@ using namespace std::chrono_literals;
 using Model = ApplicationsTableModel;
 
 constexpr auto updateInterval = 5s;
-constexpr int drawerWidth = 296;                                  // pixels, with room for a scroll bar
+constexpr int drawerWidth = 296;  // pixels, with room for a scroll bar
+constexpr std::int32_t tcp = 6;
+constexpr std::int32_t udp = 17;
 constexpr int sortArrowRoom = 16;                                 // pixels in a header
 constexpr auto defaultPreferencesKey = Qt::CTRL | Qt::Key_Comma;  // for desktops without one of their own
 
@@ -88,6 +91,7 @@ MainController::MainController()
 MainController::~MainController() {
     PreferencesController::releaseSharedController();
     DaemonConnection::sharedConnection()->setDelegate(nullptr);
+    ConnectionsGraphicController::closeAllGraphics();
     RealtimeGraphic::closeAllGraphics();
     QCoreApplication::sendPostedEvents(nullptr,
                                        QEvent::DeferredDelete);  // no event loop will delete their windows
@@ -101,6 +105,7 @@ void MainController::awakeFromNib() {
     setupColumns();
     setupDrawer();
     setupCommands();
+    setupHistoryCommands();
     setupTableMenu();
     setupSortMenu();
     createStatusIcon();
@@ -181,8 +186,10 @@ void MainController::setupCommands() {
     const auto preferencesKeys = QKeySequence::keyBindings(QKeySequence::Preferences);
     outlets.m_PreferencesAction->setShortcuts(
         preferencesKeys.isEmpty() ? QList<QKeySequence>{defaultPreferencesKey} : preferencesKeys);
-    for (QAction* action : {outlets.m_PropertiesAction, outlets.m_LiveChartAction,
-                            outlets.m_PreferencesAction, outlets.m_AdditionalInfoAction}) {
+    for (QAction* action :
+         {outlets.m_PropertiesAction, outlets.m_TCPTrafficAction, outlets.m_UDPTrafficAction,
+          outlets.m_FullTrafficAction, outlets.m_LiveChartAction, outlets.m_PreferencesAction,
+          outlets.m_AdditionalInfoAction}) {
         action->setToolTip(action->toolTip() + " (" + action->shortcut().toString(QKeySequence::NativeText) +
                            ")");
     }
@@ -206,6 +213,23 @@ void MainController::setupCommands() {
     connect(outlets.m_HelpAction, &QAction::triggered, this, &MainController::showHelp);
     connect(outlets.m_HomePageAction, &QAction::triggered, this, &MainController::showHomePage);
     connect(outlets.m_AboutAction, &QAction::triggered, this, &MainController::showAbout);
+}
+
+void MainController::setupHistoryCommands() {
+    const Ui::MainWindow& outlets = *m_Outlets;
+    outlets.m_ShowApplicationTCPTrafficButton->setDefaultAction(outlets.m_TCPTrafficAction);
+    outlets.m_ShowApplicationUDPTrafficButton->setDefaultAction(outlets.m_UDPTrafficAction);
+    outlets.m_ShowApplicationFullTrafficButton->setDefaultAction(outlets.m_FullTrafficAction);
+    outlets.m_FullTrafficAction->setShortcuts({Qt::Key_Return, Qt::Key_Enter});
+    outlets.m_FullTrafficAction->setShortcutContext(
+        Qt::WidgetShortcut);  // of the table: buttons have a use for it
+    outlets.m_ApplicationsTable->addAction(outlets.m_FullTrafficAction);
+    connect(outlets.m_TCPTrafficAction, &QAction::triggered, this,
+            &MainController::showApplicationTCPTraffic);
+    connect(outlets.m_UDPTrafficAction, &QAction::triggered, this,
+            &MainController::showApplicationUDPTraffic);
+    connect(outlets.m_FullTrafficAction, &QAction::triggered, this,
+            &MainController::showApplicationFullTraffic);
 }
 
 void MainController::setupTableMenu() {
@@ -378,6 +402,18 @@ void MainController::showApplicationProperties() {
     }
 }
 
+void MainController::showApplicationTCPTraffic() {
+    ConnectionsGraphicController::graphic(selectedApplication(), tcp)->show();
+}
+
+void MainController::showApplicationUDPTraffic() {
+    ConnectionsGraphicController::graphic(selectedApplication(), udp)->show();
+}
+
+void MainController::showApplicationFullTraffic() {
+    ConnectionsGraphicController::graphic(selectedApplication())->show();
+}
+
 void MainController::menuNeedsUpdate() {
     ApplicationsMenu::fill(*m_RealtimeGraphicsMenu);
     for (QAction* item : m_RealtimeGraphicsMenu->actions()) {
@@ -401,6 +437,7 @@ void MainController::showSelectedRealtimeGraphic() {
 }
 
 void MainController::daemonStartCleanDataBase() {
+    ConnectionsGraphicController::closeAllGraphics();
     RealtimeGraphic::closeAllGraphics();
 }
 

@@ -52,7 +52,7 @@ class MainController : public QObject, public DaemonConnectionDelegate {
     /** The user asked for the program that runs already: the window comes to the front. */
     void applicationShouldHandleReopen() { showMainWindow(); }
 
-    /** Their counters are about to go: closes the live charts. */
+    /** Their counters are about to go: closes the charts. */
     void daemonStartCleanDataBase() override;
 
     /** What the daemon calls the column to sort by: 0 name, 1 path, 2 last activity, 3 received, 4 sent, 5
@@ -68,6 +68,7 @@ class MainController : public QObject, public DaemonConnectionDelegate {
     void setupColumns();
     void setupDrawer();
     void setupCommands();
+    void setupHistoryCommands();
     void setupTableMenu();
     void setupSortMenu();
     void createStatusIcon();
@@ -87,6 +88,9 @@ class MainController : public QObject, public DaemonConnectionDelegate {
 
     void tableDoubleClicked();
     void showApplicationProperties();
+    void showApplicationTCPTraffic();
+    void showApplicationUDPTraffic();
+    void showApplicationFullTraffic();
     void menuNeedsUpdate();
     void showRealtimeGraphic(std::int32_t applicationId);
     void showSelectedRealtimeGraphic();

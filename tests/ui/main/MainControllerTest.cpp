@@ -14,10 +14,12 @@
 #include <atomic>
 
 #include "controls/TableView.h"
+#include "daemon/DaemonConnection.h"
 #include "protocol/DaemonApplicationInfo.h"
 #include "protocol/DaemonTotalStatisticInfo.h"
 #include "tests/support/LinkPeer.h"
 #include "tests/support/PrivateNetwork.h"
+#include "ui/charts/ConnectionsGraphicController.h"
 #include "ui/charts/RealtimeGraphic.h"
 
 // The shared connection is one per process and its port is fixed: every case runs in a process and a network
@@ -59,8 +61,19 @@ class MainControllerTest : public testing::Test {
         switch (request.header.messageType) {
             case 11:
                 return !m_HasTotals || totals().SerializeTo(body);
+            case 3:
+            case 5:
+            case 7:
+            case 9:
+                m_Protocol = intAt(request.body, request.body.size() - 4);
+                body.WriteLongLong(0);
+                return true;
             case 13:
+            case 20:
                 body.WriteInt(7);
+                return true;
+            case 23:
+                body.WriteInt(0);
                 return true;
             case 15:
                 m_Order = intAt(request.body, 8) * 10 + intAt(request.body, 4);
@@ -133,6 +146,7 @@ class MainControllerTest : public testing::Test {
 
     std::atomic<int> m_Order{52};
     std::atomic<int> m_Count{12};
+    std::atomic<int> m_Protocol{0};  ///< that a total was last asked for
     std::atomic<bool> m_HasTotals{true};
     std::size_t m_Seen = 0;
     LinkPeer m_Peer{[this](const auto& request, auto& body) { return answer(request, body); }, daemonPort};
@@ -241,6 +255,33 @@ TEST_F(MainControllerTest, LiveChartsAreOpenedOncePerApplicationAndClosedWithThe
     m_Controller.reset();
     EXPECT_EQ(RealtimeGraphic::graphicsList().size(), 0);
     EXPECT_EQ(QApplication::topLevelWidgets().size(), 0) << "nothing outlives the application's object";
+}
+
+TEST_F(MainControllerTest, HistoryWindowsShowTheSelectedRowAndCloseWithTheDatabase) {
+    const auto& open = ConnectionsGraphicController::graphicsList();
+    const auto expectOpened = [&](std::size_t count, const char* title, int protocol) {
+        ASSERT_EQ(open.size(), count);
+        EXPECT_EQ(open.back()->window()->windowTitle(), title);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return m_Protocol == protocol; }));
+    };
+    QTest::keyClick(m_Table, Qt::Key_Return);
+    EXPECT_TRUE(open.empty());
+    m_Table->selectRow(0);
+    outlet<QToolButton>("m_ShowApplicationUDPTrafficButton")->click();
+    expectOpened(1, "Total Graphic", 17);
+    m_Controller->daemonStartCleanDataBase();
+    EXPECT_TRUE(open.empty());
+    m_Table->selectRow(1);
+    outlet<QToolButton>("m_ShowApplicationTCPTrafficButton")->click();
+    expectOpened(1, "\"52/0\" Application Graphic", 6);
+    open.back()->close();
+    m_Window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(m_Window));
+    QTest::keyClick(m_Table, Qt::Key_Return);
+    expectOpened(1, "\"52/0\" Application Graphic", -1);
+    m_Controller.reset();
+    EXPECT_TRUE(open.empty());
+    EXPECT_TRUE(DaemonConnection::sharedConnection()->connectionsIterators().empty());
 }
 
 TEST_F(MainControllerTest, TheDrawerFollowsTheSelectionAndItsCaptionTheDrawer) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 // How long the main window keeps its thread from the user: a refresh of 40 visible rows, and steps through a long
-// table, beside the link and the painting alone. Needs a daemon with many applications at the usual port; see
+// table, beside the link and the painting alone; and how soon a window of the past is there. Needs a daemon with many applications at the usual port; see
 // bench/run.
 
 #include <QApplication>
@@ -19,6 +19,7 @@
 #include "controls/TableView.h"
 #include "daemon/DaemonConnection.h"
 #include "platform/InterfaceStyle.h"
+#include "ui/charts/ConnectionsGraphicController.h"
 #include "ui/main/MainController.h"
 
 namespace {
@@ -69,6 +70,16 @@ void benchRefresh(MainController& controller, QWidget& window) {
     });
     print("refresh of 40 rows", refresh, link, "the 40 requests alone");
     print("refresh of 40 rows and painting", painted, link, "the 40 requests alone");
+}
+
+void benchHistory() {
+    const Times opening = measure(20, [] {
+        auto* controller = ConnectionsGraphicController::graphic();
+        controller->show();
+        controller->window()->repaint();
+    });
+    std::printf("%-34s %6.2f ms median, %6.2f ms longest\n", "a history window, opened and painted",
+                opening.median, opening.longest);
 }
 
 void benchScrolling(TableView& table, const char* what, int rows) {
@@ -138,6 +149,7 @@ int main(int argc, char** argv) {
         benchScrolling(*table, "a notch of the wheel (3 rows)", wheelNotch);
         controller.updateAllInformation();
         benchScrolling(*table, "a page (40 rows)", visibleRows);
+        benchHistory();
     }
     DaemonConnection::sharedConnection()->stopEventsListener();
     return 0;

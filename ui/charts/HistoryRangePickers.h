@@ -33,14 +33,13 @@ class HistoryRangePickers : public QObject {
     /** Moves a start before it. Emits nothing. */
     void setEarliestTime(const QDateTime& time);
 
+    void limitEndTime();    ///< to what is not before the start
+    void limitStartTime();  ///< to what is not after the end
+
   signals:
     /** The user changed them. The limits of the other picker are up to its owner. */
     void startTimeChanged();
     void endTimeChanged();
-
-  public:
-    void limitEndTime();    ///< to what is not before the start
-    void limitStartTime();  ///< to what is not after the end
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

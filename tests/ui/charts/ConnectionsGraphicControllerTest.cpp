@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QDateTimeEdit>
+#include <QDialog>
 #include <QHeaderView>
 #include <QLabel>
 #include <QListWidget>
@@ -315,6 +316,10 @@ TEST_F(ConnectionsGraphicControllerTest, EveryWindowSaysWhatItShowsAndIsListedUn
     }
     windows[1]->window()->close();
     EXPECT_EQ(Controller::graphicsList().size(), 3U);
+    windows[0]->window()->show();
+    (new QDialog(windows[0]->window()))->open();  // does not hold it back
+    Controller::closeAllGraphics();
+    EXPECT_TRUE(Controller::graphicsList().empty());
 }
 
 TEST_F(ConnectionsGraphicControllerTest, PausesBetweenStepsAndCancelsWithinOne) {

@@ -579,5 +579,9 @@ void ConnectionsGraphicController::windowWillClose() {
     cancelUpdateGraphic();
     m_Worker.reset();
     sGraphicsList.erase(self);
+    for (QObject* sender : std::initializer_list<QObject*>{
+             m_ConnectionsTable, m_ConnectionsTable->selectionModel(), m_Outlets->m_Drawer}) {
+        sender->disconnect(this);  // nothing that still moves, or goes with the window, is of interest
+    }
     deleteLater();
 }

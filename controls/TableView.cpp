@@ -195,6 +195,12 @@ void TableView::resizeEvent(QResizeEvent* event) {
     emit visibleRowsChanged();
 }
 
+/** What the rows show may have changed meanwhile. */
+void TableView::showEvent(QShowEvent* event) {
+    QTableView::showEvent(event);
+    emit visibleRowsChanged();
+}
+
 void TableView::scrollContentsBy(int dx, int dy) {
     QTableView::scrollContentsBy(dx, dy);
     if (dy != 0) {

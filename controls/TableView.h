@@ -72,6 +72,7 @@ class TableView : public QTableView {
     void mousePressEvent(QMouseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
 
     /** A selected row takes its selection along, instead of leaving it to a neighbour. */

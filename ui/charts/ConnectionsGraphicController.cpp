@@ -19,6 +19,7 @@
 #include "controls/TableView.h"
 #include "controls/TabularDigits.h"
 #include "daemon/DaemonConnection.h"
+#include "ui/applications/PlainText.h"
 #include "ui/charts/ConnectionsExportDialog.h"
 #include "ui/charts/ConnectionsTableDelegate.h"
 #include "ui/charts/HistoryGraphicWorker.h"
@@ -111,6 +112,9 @@ const std::vector<ConnectionsGraphicController*>& ConnectionsGraphicController::
 }
 
 void ConnectionsGraphicController::closeAllGraphics() {
+    for (ConnectionsGraphicController* graphic : sGraphicsList) {
+        graphic->m_UpdateNeedCancel = true;  // all at once, so that they are waited for at once
+    }
     while (!sGraphicsList.empty()) {
         sGraphicsList.front()->close();
     }
@@ -147,9 +151,10 @@ void ConnectionsGraphicController::awakeFromNib() {
     m_Outlets->m_Graphic->setBGAlpha(backgroundAlpha);
     m_Outlets->m_Graphic->setDelegate(this);
     m_Window->setWindowFilePath(m_Application != nullptr ? m_Application->bundlePath() : "/Applications");
-    m_Window->setWindowTitle(m_Application != nullptr
-                                 ? QStringLiteral("\"%1\" Application Graphic").arg(m_Application->name())
-                                 : QStringLiteral("Total Graphic"));
+    m_Window->setWindowTitle(
+        m_Application != nullptr
+            ? PlainText::windowTitle(QStringLiteral("\"%1\" Application Graphic").arg(m_Application->name()))
+            : QStringLiteral("Total Graphic"));
     m_Window->installEventFilter(this);
     setupCommands();
     setupTable();
@@ -272,9 +277,10 @@ void ConnectionsGraphicController::setupRange() {
     showRange();
 }
 
+/** Nothing where the history is kept for ever. */
 QDateTime ConnectionsGraphicController::earliestTime() const {
-    const int months = ConfigStorage::sharedConfig()->maxStorageTimeInMonths();
-    return QDateTime::currentDateTime().addSecs(-months * secondsPerStorageMonth);
+    const qint64 months = ConfigStorage::sharedConfig()->maxStorageTimeInMonths();
+    return months < 1 ? QDateTime() : QDateTime::currentDateTime().addSecs(-months * secondsPerStorageMonth);
 }
 
 void ConnectionsGraphicController::showRange() {
@@ -283,7 +289,9 @@ void ConnectionsGraphicController::showRange() {
 }
 
 void ConnectionsGraphicController::choosePreset(int preset) {
-    const auto totals = DaemonConnection::sharedConnection()->totalStatisticInfo();
+    const auto totals = preset == HistoryRangePresets::All
+                            ? DaemonConnection::sharedConnection()->totalStatisticInfo()
+                            : nullptr;
     const auto [start, end] = HistoryRangePresets::range(
         preset, QDateTime::currentDateTime(), totals != nullptr ? totals->startTime() : QDateTime());
     m_Range->setRange(start, end);
@@ -331,8 +339,8 @@ void ConnectionsGraphicController::beginUpdateGraphic() {
     if (m_Application != nullptr) {
         task.applicationId = m_Application->id();
     }
+    clearGraphic(HistoryGraphicWorker::mathOf(task));
     m_Worker = std::make_unique<HistoryGraphicWorker>(task, m_UpdateStarted, m_UpdateNeedCancel);
-    clearGraphic();
     const HistoryGraphicWorker* worker = m_Worker.get();
     connect(worker, &HistoryGraphicWorker::stepDone, this, &ConnectionsGraphicController::stepDone);
     connect(worker, &HistoryGraphicWorker::pointsDone, this, &ConnectionsGraphicController::pointsDone);
@@ -352,8 +360,7 @@ void ConnectionsGraphicController::cancelUpdateGraphic() {
 }
 
 /** Nothing of it is seen before all points are there. */
-void ConnectionsGraphicController::clearGraphic() {
-    const HistoryGraphicMath& math = m_Worker->math();
+void ConnectionsGraphicController::clearGraphic(const HistoryGraphicMath& math) {
     GraphicView& graphic = *m_Outlets->m_Graphic;
     m_GraphicStartTime = math.start;
     graphic.setUpdatesDisabled(true);
@@ -375,6 +382,7 @@ void ConnectionsGraphicController::pointsDone(qint64 peak) {
     graphic.setMeshCellSize(QSizeF(HistoryGraphicMath::gridStep(m_Worker->math().span),
                                    calcGraphicMeshHeightFromBytesPeak(static_cast<double>(peak))));
     graphic.recalcVisibleHeight();
+    tableViewSelectionDidChange();  // a row that is still selected keeps its mark, in the new range
     graphic.setUpdatesDisabled(false);
     graphic.display();
 }
@@ -509,7 +517,7 @@ void ConnectionsGraphicController::changeTab() {
 
 void ConnectionsGraphicController::toggleDrawer() {
     Drawer* drawer = m_Outlets->m_Drawer;
-    if (!drawer->isOpen()) {
+    if (!drawer->isOpen() && m_DrawerRoom == 0) {  // else it is still closing in the room that it had
         makeRoomForDrawer();
     }
     if (m_DrawerRoom > 0 && !drawer->isOpen()) {

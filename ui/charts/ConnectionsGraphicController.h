@@ -15,6 +15,7 @@
 #include "ui/charts/ConnectionsTableModel.h"
 
 class HistoryGraphicWorker;
+struct HistoryGraphicMath;
 class HistoryRangePickers;
 class QHeaderView;
 class QWidget;
@@ -90,7 +91,7 @@ class ConnectionsGraphicController : public QObject, public GraphicViewDelegate 
     void choosePreset(int preset);
     void presetSelected();
 
-    void clearGraphic();
+    void clearGraphic(const HistoryGraphicMath& math);
     void stepDone(double x, qint64 receivedBytes, qint64 sendedBytes);
     void pointsDone(qint64 peak);
     void dataFlowKnown(qint64 receivedBytes, qint64 sendedBytes);

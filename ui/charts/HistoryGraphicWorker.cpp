@@ -30,11 +30,15 @@ void HistoryGraphicWorker::setStepPause(std::chrono::milliseconds pause) {
 HistoryGraphicWorker::HistoryGraphicWorker(const Task& task, std::atomic<bool>& updateStarted,
                                            std::atomic<bool>& updateNeedCancel)
     : m_Task(task),
-      m_Math(secondsOf(task.startTime), secondsOf(task.endTime)),
+      m_Math(mathOf(task)),
       m_StepPause(sStepPause),
       m_UpdateStarted(updateStarted),
       m_UpdateNeedCancel(updateNeedCancel),
       m_Thread(&HistoryGraphicWorker::updateGraphicThread, this) {}
+
+HistoryGraphicMath HistoryGraphicWorker::mathOf(const Task& task) {
+    return {secondsOf(task.startTime), secondsOf(task.endTime)};
+}
 
 HistoryGraphicWorker::~HistoryGraphicWorker() {
     m_UpdateNeedCancel = true;

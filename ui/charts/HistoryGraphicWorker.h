@@ -33,6 +33,8 @@ class HistoryGraphicWorker : public QObject {
         std::int32_t socketProtocol = -1;           ///< 6 TCP, 17 UDP, -1 all
     };
 
+    static HistoryGraphicMath mathOf(const Task& task);
+
     /** Between two steps, so that a chart is no burden for the daemon. For computations that begin after a change. */
     static constexpr auto defaultStepPause = std::chrono::milliseconds(50);
     static void setStepPause(std::chrono::milliseconds pause);
@@ -59,7 +61,7 @@ class HistoryGraphicWorker : public QObject {
     /** Bytes from the range's start to its end; never after a cancellation. */
     void dataFlowKnown(qint64 receivedBytes, qint64 sendedBytes);
 
-    /** The last one. */
+    /** The last one. Whoever hears any of these does not delete this object at once. */
     void graphicUpdated();
 
   private:

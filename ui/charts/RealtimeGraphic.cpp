@@ -71,6 +71,8 @@ RealtimeGraphic::RealtimeGraphic(std::int32_t applicationId)
 
 RealtimeGraphic::~RealtimeGraphic() {
     m_Graphic->setDelegate(nullptr);
+    // The window lives on for a while, and an impatient user may close it twice.
+    QObject::disconnect(m_GraphicWindow, &ToolWindow::willClose, nullptr, nullptr);
     m_GraphicWindow->deleteLater();
 }
 

@@ -3,6 +3,8 @@
 
 #include <QColor>
 #include <QLocale>
+#include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "controls/chart/GraphicView.h"
@@ -61,11 +63,12 @@ void addTitleLegend(GraphicView& graphic, const QRectF& frame, const QString& ti
 }  // namespace
 
 void TrafficGraphic::appendLines(GraphicView& graphic, bool hasDropShadow) {
-    for (const Line line : {ReceivedLine, SentLine}) {
-        graphic.appendLine();
-        graphic.setLineDropShadow(line, hasDropShadow);
-        graphic.setLineStyle(line, filledStyle);
+    constexpr std::array lines{ReceivedLine, SentLine};
+    std::ranges::for_each(lines, [&](Line) { graphic.appendLine(); });
+    if (hasDropShadow) {
+        std::ranges::for_each(lines, [&](Line line) { graphic.setLineDropShadow(line, true); });
     }
+    std::ranges::for_each(lines, [&](Line line) { graphic.setLineStyle(line, filledStyle); });
     graphic.setLineColor(ReceivedLine, QColor::fromRgbF(0.1F, 1.0F, 0.1F, 0.7F));
     graphic.setLineColor(SentLine, QColor::fromRgbF(1.0F, 0.1F, 0.1F, 0.7F));
 }

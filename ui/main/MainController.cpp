@@ -333,13 +333,12 @@ void MainController::updateApplicationButtons() {
     for (QAction* item : m_Outlets->m_ApplicationMenu->actions()) {
         item->setEnabled(validateMenuItem(item));
     }
+    m_Outlets->m_LiveChartAction->setEnabled(m_Outlets->m_PropertiesAction->isEnabled());
 }
 
 /** The totals row is a row, but no application: it has traffic, but neither properties nor a live chart. */
 bool MainController::validateMenuItem(const QAction* item) {
-    const bool needsApplication =
-        item == m_Outlets->m_PropertiesAction || item == m_Outlets->m_LiveChartAction;
-    return needsApplication ? selectedApplication() != nullptr : selectedRow() >= 0;
+    return item == m_Outlets->m_PropertiesAction ? selectedApplication() != nullptr : selectedRow() >= 0;
 }
 
 std::int32_t MainController::sortFieldFromColumnId(int columnId) {

@@ -369,7 +369,14 @@ TEST_F(ConnectionsGraphicControllerTest, ThePageOfTheRangeWaitsForTheDrawerAndBr
     outlet(controller, "m_ShowButton")->click();
     EXPECT_EQ(tabs->currentIndex(), 0);
     ASSERT_TRUE(isSettled(true));
+    const auto* table = outlet<TableView>(controller, "m_ConnectionsTable");
+    EXPECT_FALSE(table->model()->index(0, 1).data().toString().isEmpty()) << "rows of the new range";
 
+    const int width = controller->window()->width();
+    outlet(controller, "m_ConnectionsButton")->click();
+    outlet(controller, "m_ConnectionsButton")->click();  // turns back while it closes
+    ASSERT_TRUE(isSettled(true));
+    EXPECT_EQ(controller->window()->width(), width);
     outlet(controller, "m_ConnectionsButton")->click();
     ASSERT_TRUE(isSettled(false));
     EXPECT_TRUE(toggle->isChecked());

@@ -180,6 +180,7 @@ TEST_F(RealtimeGraphicTest, TheListKeepsChartsInOrderUntilTheyClose) {
     firstWindow->close();
     EXPECT_TRUE(first.expired());
     EXPECT_NE(firstWindow, nullptr) << "it was still in its own close event";
+    firstWindow->close();  // again, before it is gone
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(firstWindow, nullptr);
     EXPECT_TRUE(RealtimeGraphic::isGraphicForAplicationIdExist(7)) << "the other one";

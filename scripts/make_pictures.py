@@ -29,6 +29,8 @@ from client import Client
 
 SCREEN = "2200x1400"  # room for a window at twice its size
 REFRESH = 5  # seconds between two refreshes of the window
+COMPUTING = 6  # seconds until a chart of the past is there: its steps are 50 ms apart
+LIVE = 30  # seconds of a live chart that are worth a picture
 SETTLE = 1  # seconds until icons, the drawer's movement and the like have come to rest
 FRAME = ["-bordercolor", "#8a8f98", "-border", "1"]  # tells the window from a page of any colour
 SMALL = ["-dither", "None", "-colors", "256", "-strip", "-define", "png:compression-level=9"]
@@ -52,6 +54,10 @@ systray_icon_size = 22
 
 def xdotool(*command):
     return subprocess.run(["xdotool", *map(str, command)], timeout=5, check=True, capture_output=True, text=True).stdout
+
+
+def find_windows(search):
+    return subprocess.run(["xdotool", *map(str, search)], timeout=5, capture_output=True, text=True).stdout.split()
 
 
 def box_of(window):
@@ -104,6 +110,10 @@ class Window:
         box = accessible.box(accessible.find(self.element, "table"))
         desktop.click(box.x + box.width - 6, box.y + box.height // 2, button=2)
 
+    def other_window(self, title):
+        search = ["search", "--all", "--onlyvisible", "--pid", self.process.pid, "--name", title]
+        return desktop.wait_for(title, lambda: find_windows(search))[0]
+
     def open_status_menu(self):
         """With the list of applications beside it; answers the boxes of both. Screen readers do not see them."""
         before = desktop.wait_for("The status item", self._windows_with_status_item)
@@ -155,11 +165,11 @@ class Studio:
             desktop.end(daemon)
 
     @contextmanager
-    def window(self, scheme="light", scale=1):
+    def window(self, scheme="light", scale=1, locale="C.UTF-8"):
         """A window that remembers nothing of those before it."""
         with tempfile.TemporaryDirectory() as config:
             portal = start_portal(self.children, scheme)
-            environment = os.environ | {"XDG_CONFIG_HOME": config, "QT_SCALE_FACTOR": str(scale)}
+            environment = os.environ | {"XDG_CONFIG_HOME": config, "QT_SCALE_FACTOR": str(scale), "LC_ALL": locale}
             process = self.children.start([self.programs / "nevtora-meter"], env=environment)
             yield Window(process, scale)
             desktop.end(process)
@@ -176,11 +186,14 @@ class Studio:
             desktop.end(tray)
 
     def save(self, window, name):
+        self.save_other(window.id, name)
+
+    def save_other(self, window, name):
         """Nothing in the window is hovered."""
         time.sleep(SETTLE)
         xdotool("mousemove", 0, 0)
         time.sleep(SETTLE)
-        self.save_screen(name, window=window.id)
+        self.save_screen(name, window=window)
 
     def save_screen(self, name, part=None, window="root"):
         """The whole of a window or of the screen, or a `part` of it: WxH+X+Y."""
@@ -253,6 +266,54 @@ def preferences(studio, name, mode=ALL_BUT_LISTED, paths=PLACES, writable=True, 
             studio.save(Preferences(window), name)
 
 
+def history(studio, name, size=None, **looks):
+    """Of all applications, over the demo's year."""
+    with studio.demo_daemon(), studio.window(**looks) as window:
+        window.select(0)
+        accessible.press(accessible.find(window.element, "push button", "All traffic"))
+        graphic = window.other_window("Graphic")
+        if size:
+            xdotool("windowsize", "--sync", graphic, *size)
+        time.sleep(COMPUTING)
+        studio.save_other(graphic, name)
+
+
+def history_range(studio, name):
+    with studio.demo_daemon(), studio.window() as window:
+        window.select(0)
+        accessible.press(accessible.find(window.element, "push button", "TCP"))
+        graphic = window.other_window("Graphic")
+        accessible.press(accessible.find(window.element, "push button", "Change range..."))
+        studio.save_other(graphic, name)
+
+
+def connections(studio, name):
+    with studio.demo_daemon(), studio.window() as window:
+        window.sort_by("Received, MB")
+        time.sleep(SETTLE)
+        window.select(2)
+        accessible.press(accessible.find(window.element, "push button", "All traffic"))
+        graphic = window.other_window("Graphic")
+        xdotool("windowmove", "--sync", graphic, 0, 0)
+        accessible.press(accessible.find(window.element, "push button", "Connections"))
+        time.sleep(COMPUTING)
+        studio.save_other(graphic, name)
+
+
+def live_chart(studio, name, size=None, **looks):
+    """Of what moves the most in the demo."""
+    with studio.demo_daemon(), studio.window(**looks) as window:
+        window.sort_by("Received, MB")
+        time.sleep(SETTLE)
+        window.select(2)
+        accessible.press(accessible.find(window.element, "push button", "Live Chart"))
+        graphic = window.other_window("Realtime")
+        if size:
+            xdotool("windowsize", "--sync", graphic, *size)
+        time.sleep(LIVE)
+        studio.save_other(graphic, name)
+
+
 @contextmanager
 def read_only(folder):
     """For root as well."""
@@ -285,6 +346,18 @@ PICTURES = {
     "no-applications": empty,
     "daemon-lost": daemon_lost,
     "status-menu": status_menu,
+    "history": history,
+    "history-dark": partial(history, scheme="dark"),
+    "history-2x": partial(history, scale=2),
+    "history-tiny": partial(history, size=(460, 300)),
+    "history-huge": partial(history, size=(1900, 1000)),
+    "history-german": partial(history, locale="de_DE.UTF-8"),
+    "history-range": history_range,
+    "connections": connections,
+    "live-chart": live_chart,
+    "live-chart-dark": partial(live_chart, scheme="dark"),
+    "live-chart-2x": partial(live_chart, scale=2),
+    "live-chart-tiny": partial(live_chart, size=(200, 130)),
     "preferences": preferences,
     "preferences-dark": partial(preferences, scheme="dark"),
     "preferences-2x": partial(preferences, scale=2),

@@ -211,13 +211,13 @@ class Server:
     That resets the connections, as the daemon does when it ends, so that a front end's next write fails.
     """
 
-    def __init__(self, applications, port=wire.PORT):
+    def __init__(self, applications, port=wire.PORT, daemon=ScriptedDaemon):
         links = self._links = []
 
         class Link(socketserver.BaseRequestHandler):
             def handle(self):
                 links.append(self.request)
-                serve(self.request, ScriptedDaemon(applications))
+                serve(self.request, daemon(applications))
 
         class Listener(socketserver.ThreadingTCPServer):
             allow_reuse_address = True

@@ -8,6 +8,7 @@
 #include <QIcon>
 #include <QMessageBox>
 #include <QRegularExpression>
+#include <QStandardPaths>
 #include <functional>
 #include <utility>
 
@@ -39,7 +40,8 @@ void tellOfFailure(QWidget* parent, const QString& path, const QString& error) {
 /** Asks where to, in the dialog's first filter unless the user chooses another; `save` returns what went wrong. */
 void askAndSave(GraphicView& view, const QString& title, const QStringList& filters,
                 std::function<QString(const QString&)> save) {
-    auto* dialog = new QFileDialog(&view, title);
+    auto* dialog =
+        new QFileDialog(&view, title, QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setNameFilters(filters);

@@ -113,7 +113,7 @@ void GraphicViewLegend::place() {
     const qreal x = std::clamp(wanted.center().x() - width / 2, left, std::max(left, right - width));
     m_Box = QRectF(x, y, width, height).toRect();
     setGeometry(m_Box.adjusted(-shadowExtent, -shadowExtent, shadowExtent, shadowExtent + shadowDrop));
-    const bool isCut = wanted.height() > view.height() || width < leastWidth;
+    const bool isCut = wanted.height() > view.height() || width < std::min<qreal>(leastWidth, hugged);
     setVisible(!isCut && width * height <= mostOfView * view.width() * view.height());
     placeItems();
     update();

@@ -51,6 +51,18 @@ QString durationText(std::int64_t seconds) {
     return parts.isEmpty() ? QStringLiteral("0 s") : parts.join(' ');
 }
 
+QString shortDateFormat(const QLocale& locale) {
+    QString date = locale.dateFormat(QLocale::ShortFormat);
+    if (!date.contains("yyyy")) {
+        date.replace("yy", "yyyy");
+    }
+    return date + "  " + locale.timeFormat(QLocale::LongFormat).remove('t').trimmed();
+}
+
+QString shortDateText(const QDateTime& time) {
+    return QLocale().toString(time, shortDateFormat(QLocale()));
+}
+
 QString connectionText(const ConnectionInfo& connection) {
     const QString unknown = QStringLiteral("unknown");
     const auto orUnknown = [&](const QString& text) { return text.isEmpty() ? unknown : text; };

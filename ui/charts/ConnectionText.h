@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QDateTime>
+#include <QLocale>
 #include <QString>
 #include <cstdint>
 
@@ -20,6 +22,10 @@ QString endpointText(const IpAddress& address);
 
 /** "1 d 2 h 5 s"; "0 s" for nothing and less. */
 QString durationText(std::int64_t seconds);
+
+/** Numbers for the date with the whole year, and seconds, without the zone: what a picker or a narrow cell shows. */
+QString shortDateFormat(const QLocale& locale);
+QString shortDateText(const QDateTime& time);
 
 /** All that is worth knowing of a connection, a line each. */
 QString connectionText(const ConnectionInfo& connection);

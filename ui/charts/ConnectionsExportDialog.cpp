@@ -8,6 +8,7 @@
 #include <QLocale>
 #include <QMessageBox>
 #include <QProgressBar>
+#include <QStandardPaths>
 #include <QVBoxLayout>
 #include <utility>
 
@@ -24,7 +25,8 @@ QString title() {
 }  // namespace
 
 void ConnectionsExportDialog::ask(QWidget* window, ConnectionsExport::Fetch fetch, std::int32_t connections) {
-    auto* dialog = new QFileDialog(window, title());
+    auto* dialog =
+        new QFileDialog(window, title(), QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setNameFilter(QStringLiteral("Comma-separated values (*.csv)"));

@@ -20,6 +20,7 @@
 #include "controls/TabularDigits.h"
 #include "daemon/DaemonConnection.h"
 #include "ui/applications/PlainText.h"
+#include "ui/charts/ConnectionText.h"
 #include "ui/charts/ConnectionsExportDialog.h"
 #include "ui/charts/ConnectionsTableDelegate.h"
 #include "ui/charts/HistoryGraphicWorker.h"
@@ -59,7 +60,7 @@ constexpr int slideOptions = 130;
 constexpr float backgroundAlpha = 0.9F;
 constexpr QSizeF colorLegendSize(100, 140);  // pixels, before it is fitted to its items
 constexpr int narrowestDrawer = 480;         // pixels
-constexpr int widestDrawer = 900;
+constexpr int widestDrawer = 960;
 constexpr int drawerMargin = 12;
 constexpr int sortArrowRoom = 16;       // pixels in a header
 constexpr int directionArrowRoom = 18;  // pixels beside the word
@@ -175,6 +176,11 @@ void ConnectionsGraphicController::setupCommands() {
             &ConnectionsGraphicController::toggleDrawer);
     connect(m_Outlets->m_ConnectionsButton, &QPushButton::clicked, this,
             &ConnectionsGraphicController::toggleDrawer);
+    for (const auto key : {Qt::Key_Return, Qt::Key_Enter}) {
+        auto* showKey = new QShortcut(key, m_Outlets->m_RangePage);
+        showKey->setContext(Qt::WidgetWithChildrenShortcut);
+        connect(showKey, &QShortcut::activated, m_Outlets->m_ShowButton, &QPushButton::click);
+    }
     auto* closeKey = new QShortcut(QKeySequence::Close, m_Window.get());
     connect(closeKey, &QShortcut::activated, m_Window.get(), &QWidget::close);
 }
@@ -212,19 +218,21 @@ void ConnectionsGraphicController::setupColumns() {
     const int number = qCeil(digits.width("000000")) + margins;
     const int date =
         text.horizontalAdvance(NSDateToNSString(QDateTime(QDate(2028, 9, 27), QTime(22, 58, 58)))) + margins;
+    const int shortDate =
+        text.horizontalAdvance(shortDateText(QDateTime(QDate(2028, 12, 28), QTime(22, 58, 58)))) + margins;
     const int direction = text.horizontalAdvance("Undefined") + directionArrowRoom + margins;
     const int bytes = std::max(qCeil(digits.width("00000.000")),
                                caption.horizontalAdvance("Received, MB") + sortArrowRoom) +
                       margins;
     const int address = qCeil(digits.width("000.000.000.000")) + margins;
     new ColumnFitter(m_ConnectionsTable, {{number, number, 0},  // the table's own
-                                          {152, date, 3},
-                                          {152, date, 3},
+                                          {shortDate, date, 3},
+                                          {shortDate, date, 3},
                                           {direction, direction, 0},
                                           {bytes, bytes, 0},
                                           {bytes, bytes, 0},
                                           {96, address, 1},
-                                          {96, ColumnFitter::unlimitedWidth, 1}});
+                                          {address, ColumnFitter::unlimitedWidth, 1}});
 }
 
 void ConnectionsGraphicController::setupTableMenu() {
@@ -504,8 +512,7 @@ void ConnectionsGraphicController::changeTab() {
             m_Outlets->m_Drawer->toggle();
         }
     } else if (isDrawerClosed) {
-        m_Outlets->m_TabView->selectLastTabViewItem();
-        cancelUpdateGraphic();
+        showRangePage();
     } else {
         m_NeedChangeTab = true;
         m_Outlets->m_ToggleDrawerButton->setEnabled(
@@ -568,7 +575,13 @@ void ConnectionsGraphicController::drawerDidClose() {
     m_Outlets->m_ToggleDrawerButton->setEnabled(true);
     m_Outlets->m_ConnectionsButton->setEnabled(true);
     m_Range->setEarliestTime(earliestTime());
+    showRangePage();
+}
+
+void ConnectionsGraphicController::showRangePage() {
+    presetSelected();  // up to the present again, if one is selected
     m_Outlets->m_TabView->selectLastTabViewItem();
+    m_Outlets->m_Presets->setFocus();
     cancelUpdateGraphic();
 }
 

@@ -90,6 +90,7 @@ class ConnectionsGraphicController : public QObject, public GraphicViewDelegate 
     void showRange();
     void choosePreset(int preset);
     void presetSelected();
+    void showRangePage();
 
     void clearGraphic(const HistoryGraphicMath& math);
     void stepDone(double x, qint64 receivedBytes, qint64 sendedBytes);

@@ -58,3 +58,12 @@ void ConnectionsTableDelegate::drawContent(QPainter& painter, const QStyleOption
 int ConnectionsTableDelegate::contentWidth(const QStyleOptionViewItem& cell, int column) const {
     return TableDelegate::contentWidth(cell, column) + (column == Model::DirectionColumn ? arrowRoom : 0);
 }
+
+/** A date that has no room is told shorter: what would be cut off is the time of day. */
+void ConnectionsTableDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
+    TableDelegate::initStyleOption(option, index);
+    if (option->rect.isValid() && contentWidth(*option, index.column()) > textRect(*option).width()) {
+        const QString shorter = index.data(Model::ShortTextRole).toString();
+        option->text = shorter.isEmpty() ? option->text : shorter;
+    }
+}

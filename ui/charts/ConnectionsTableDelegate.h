@@ -12,5 +12,6 @@ class ConnectionsTableDelegate : public TableDelegate {
     bool isNumber(int column) const override;
     bool isSecondary(int column) const override;
     void drawContent(QPainter& painter, const QStyleOptionViewItem& cell, int column) const override;
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
     int contentWidth(const QStyleOptionViewItem& cell, int column) const override;
 };

@@ -61,6 +61,17 @@ int alignment(int column) {
     return (isNumber ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter;
 }
 
+QVariant shortText(const ConnectionInfo& connection, int column) {
+    switch (column) {
+        case Model::StartColumn:
+            return shortDateText(connection.startTime());
+        case Model::EndColumn:
+            return shortDateText(connection.endTime());
+        default:
+            return {};
+    }
+}
+
 }  // namespace
 
 ConnectionsTableModel::ConnectionsTableModel(Fetch fetch, QObject* parent)
@@ -120,12 +131,15 @@ QVariant ConnectionsTableModel::data(const QModelIndex& index, int role) const {
     if (role == Qt::DisplayRole && index.column() == NumberColumn) {
         return QString::number(row + 1);
     }
-    if (role != Qt::DisplayRole && role != Qt::ToolTipRole) {
+    if (role != Qt::DisplayRole && role != Qt::ToolTipRole && role != ShortTextRole) {
         return {};
     }
     const auto connection = m_Rows.value(row).connection;
     if (connection == nullptr) {
         return {};
+    }
+    if (role == ShortTextRole) {
+        return shortText(*connection, index.column());
     }
     return role == Qt::DisplayRole ? cellText(*connection, index.column()) : connectionText(*connection);
 }

@@ -36,6 +36,9 @@ class ConnectionsTableModel : public QAbstractTableModel {
     using Fetch = std::function<std::vector<std::shared_ptr<const ConnectionInfo>>(std::int32_t first,
                                                                                    std::int32_t count)>;
 
+    /** What a date's cell says where its text has no room. */
+    static constexpr int ShortTextRole = Qt::UserRole;
+
     explicit ConnectionsTableModel(Fetch fetch, QObject* parent = nullptr);
 
     /** The daemon's code of the order by a column; 7, its natural order, for the row numbers and for no column. */

@@ -9,6 +9,7 @@
 #include <QTextCharFormat>
 
 #include "daemon/DateConversion.h"
+#include "ui/charts/ConnectionText.h"
 
 namespace {
 
@@ -38,15 +39,6 @@ void calm(QCalendarWidget& calendar) {
     }
 }
 
-/** The locale's short date with all digits of the year, and its time with seconds but without a zone. */
-QString displayFormat(const QLocale& locale) {
-    QString date = locale.dateFormat(QLocale::ShortFormat);
-    if (!date.contains("yyyy")) {
-        date.replace("yy", "yyyy");
-    }
-    return date + "  " + locale.timeFormat(QLocale::LongFormat).remove('t').trimmed();
-}
-
 }  // namespace
 
 HistoryRangePickers::HistoryRangePickers(const Picker& start, const Picker& end)
@@ -58,7 +50,7 @@ HistoryRangePickers::HistoryRangePickers(const Picker& start, const Picker& end)
 }
 
 void HistoryRangePickers::setup(const Picker& picker) {
-    picker.edit->setDisplayFormat(displayFormat(picker.edit->locale()));
+    picker.edit->setDisplayFormat(shortDateFormat(picker.edit->locale()));
     calm(*picker.calendar);
     picker.calendar->installEventFilter(this);
     connect(picker.edit, &QDateTimeEdit::dateTimeChanged, this, &HistoryRangePickers::showInCalendars);

@@ -20,6 +20,7 @@
 #include "controls/TabularDigits.h"
 #include "daemon/DaemonConnection.h"
 #include "ui/applications/PlainText.h"
+#include "ui/applications/SortDirection.h"
 #include "ui/charts/ConnectionText.h"
 #include "ui/charts/ConnectionsExportDialog.h"
 #include "ui/charts/ConnectionsTableDelegate.h"
@@ -39,21 +40,6 @@ constexpr std::int32_t udp = 17;
 constexpr std::int32_t allProtocols = -1;
 constexpr std::int32_t allApplications = -1;
 constexpr std::int32_t sortByNothing = 7;
-
-/** On the wire: never renumber. */
-enum SortDirection : std::int32_t { Descending = 0, Ascending = 1, Unsorted = 2 };
-
-/** Ascending, descending, unsorted, and again. */
-std::int32_t nextDirection(std::int32_t direction) {
-    switch (direction) {
-        case Ascending:
-            return Descending;
-        case Descending:
-            return Unsorted;
-        default:
-            return Ascending;
-    }
-}
 
 constexpr int slideTransition = 9;
 constexpr int slideOptions = 130;

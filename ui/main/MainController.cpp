@@ -24,6 +24,7 @@
 #include "platform/FileInformation.h"
 #include "platform/WindowFront.h"
 #include "ui/applications/ApplicationsMenu.h"
+#include "ui/applications/SortDirection.h"
 #include "ui/charts/ConnectionsGraphicController.h"
 #include "ui/charts/RealtimeGraphic.h"
 #include "ui/charts/TrafficFormat.h"
@@ -58,19 +59,6 @@ enum SortField : std::int32_t {
     SortBySent = 4,
     SortByNothing = 5
 };
-enum SortDirection : std::int32_t { Descending = 0, Ascending = 1, Unsorted = 2 };
-
-/** Ascending, descending, unsorted, and again. */
-std::int32_t nextDirection(std::int32_t direction) {
-    switch (direction) {
-        case Ascending:
-            return Descending;
-        case Descending:
-            return Unsorted;
-        default:
-            return Ascending;
-    }
-}
 
 }  // namespace
 

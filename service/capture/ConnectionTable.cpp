@@ -30,8 +30,9 @@ bool canBeAccepted(TcpState state) {
 }
 
 /** Moves `counted` up to `total` and gives the difference; a total below it changes nothing. */
-std::int64_t advance(std::int64_t& counted, std::int64_t total) {
-    const std::int64_t moved = std::max<std::int64_t>(total - counted, 0);
+ByteCount advance(ByteCount& counted, const ByteCount& total) {
+    const ByteCount moved{.received = std::max<std::int64_t>(total.received - counted.received, 0),
+                          .sent = std::max<std::int64_t>(total.sent - counted.sent, 0)};
     counted += moved;
     return moved;
 }
@@ -48,7 +49,7 @@ void ConnectionTable::enterDump(const std::vector<SocketReport>& reports, bool w
         }
     }
     for (const SocketReport& report : reports) {
-        if (report.state != TcpState::Listen && report.bytes) {
+        if (report.state != TcpState::Listen && report.payload) {
             enterConnection(report, now);
         }
     }
@@ -72,6 +73,7 @@ void ConnectionTable::enterConnection(const SocketReport& report, Moment now) {
     count(connection, report);
     if (isNew && m_WholeDumps == 0) {
         connection.sample.moved = {};
+        connection.sample.payload = {};
     }
     connection.lastDump = m_WholeDumps;
     if (report.inode != 0) {
@@ -97,8 +99,10 @@ ConnectionTable::Connections::iterator ConnectionTable::open(const SocketReport&
 }
 
 void ConnectionTable::count(Connection& connection, const SocketReport& report) {
-    connection.sample.moved += {.received = advance(connection.counted.received, report.bytes->received),
-                                .sent = advance(connection.counted.sent, report.bytes->sent)};
+    const ByteCount payload = advance(connection.payload, *report.payload);
+    connection.sample.payload += payload;
+    connection.sample.moved += payload;
+    connection.sample.moved += advance(connection.overhead, report.overhead);
 }
 
 SocketOwners::Inodes ConnectionTable::inodesWithoutOwner() const {
@@ -125,14 +129,14 @@ void ConnectionTable::enterOwners(const SocketOwners::Owners& owners) {
 }
 
 void ConnectionTable::enterDestroyed(const SocketReport& report, Moment now) {
-    if (m_ClosedWithoutNotice.erase(report.cookie) != 0 || !report.bytes) {
+    if (m_ClosedWithoutNotice.erase(report.cookie) != 0 || !report.payload) {
         return;
     }
     auto position = m_Connections.find(report.cookie);
     if (position == m_Connections.end()) {
         // Before the first dump its bytes can't be told from older ones; a socket that moved none was never
         // connected, or only listened.
-        if (m_WholeDumps == 0 || *report.bytes == ByteCount{}) {
+        if (m_WholeDumps == 0 || *report.payload == ByteCount{}) {
             return;
         }
         position = open(report, now);
@@ -183,6 +187,7 @@ std::vector<TrafficSample> ConnectionTable::takeSamples() {
         if (!connection.handedOut || connection.sample.moved != ByteCount{}) {
             samples.push_back(connection.sample);
             connection.sample.moved = {};
+            connection.sample.payload = {};
             connection.handedOut = true;
         }
     }

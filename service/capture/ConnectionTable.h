@@ -49,7 +49,8 @@ class ConnectionTable {
   private:
     struct Connection {
         TrafficSample sample;     ///< the next to hand out; `application` is null while its owner is sought
-        ByteCount counted;        ///< payload up to the latest report
+        ByteCount payload;        ///< up to the latest report
+        ByteCount overhead;       ///< likewise
         std::uint32_t inode = 0;  ///< 0: accepted by nobody yet
         std::uint64_t lastDump = 0;  ///< number of the latest dump it was in
         int searches = 0;            ///< for its owner, in vain

@@ -35,7 +35,10 @@ struct SocketReport {
     std::uint32_t inode = 0;  ///< 0: in no process's hands, either not accepted yet or given up
 
     /** Payload since the socket began; nothing for what is left of a socket in TIME_WAIT. */
-    std::optional<ByteCount> bytes;
+    std::optional<ByteCount> payload;
+
+    /** What moved beside it at the IP layer, estimated: headers, and data that was sent again. */
+    ByteCount overhead;
 };
 
 }  // namespace service

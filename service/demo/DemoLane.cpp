@@ -43,6 +43,29 @@ std::int32_t socketTypeOf(std::int32_t protocol) {
     return protocol == IPPROTO_TCP ? SOCK_STREAM : protocol == IPPROTO_UDP ? SOCK_DGRAM : SOCK_RAW;
 }
 
+constexpr std::int64_t payloadOfPacket = 1448;  ///< of TCP on an Ethernet; the others' are about as full
+
+std::int64_t packetsFor(std::int64_t payload) {
+    return (payload + payloadOfPacket - 1) / payloadOfPacket;
+}
+
+/** What a connection moves at the IP layer for a payload: every packet has headers, every second of TCP is
+ * acknowledged by an empty one. */
+ByteCount withHeaders(const ByteCount& payload, const TrafficSample& sample) {
+    const bool isTcp = sample.socketProtocol == IPPROTO_TCP;
+    const std::int64_t header = (sample.socketDomain == AF_INET6 ? 40 : 20) + (isTcp ? 32 : 8);
+    const std::int64_t packetsReceived = packetsFor(payload.received);
+    const std::int64_t packetsSent = packetsFor(payload.sent);
+    const std::int64_t acknowledgementsReceived = isTcp ? packetsSent / 2 : 0;
+    const std::int64_t acknowledgementsSent = isTcp ? packetsReceived / 2 : 0;
+    return {.received = payload.received + header * (packetsReceived + acknowledgementsReceived),
+            .sent = payload.sent + header * (packetsSent + acknowledgementsSent)};
+}
+
+ByteCount difference(const ByteCount& now, const ByteCount& before) {
+    return {.received = now.received - before.received, .sent = now.sent - before.sent};
+}
+
 }  // namespace
 
 DemoLane::DemoLane(const DemoScene& scene, const DemoProfile& profile, const DemoFlow& flow,
@@ -119,14 +142,15 @@ void DemoLane::report(Moment upTo, std::vector<TrafficSample>& samples) {
     Connection& connection = *m_Connection;
     const double seconds =
         connection.wave.progress(duration<double>(upTo - connection.sample.opened).count());
-    const ByteCount total{static_cast<std::int64_t>(connection.received * seconds),
-                          static_cast<std::int64_t>(connection.sent * seconds)};
-    TrafficSample sample = connection.sample;
     // Rounding may make a nearly standing wave fall back by a byte.
-    sample.moved = {std::max<std::int64_t>(total.received - connection.reported.received, 0),
-                    std::max<std::int64_t>(total.sent - connection.reported.sent, 0)};
+    const ByteCount payload{
+        std::max(static_cast<std::int64_t>(connection.received * seconds), connection.payload.received),
+        std::max(static_cast<std::int64_t>(connection.sent * seconds), connection.payload.sent)};
+    const ByteCount moved = withHeaders(payload, connection.sample);
+    TrafficSample sample = connection.sample;
+    sample.payload = difference(payload, std::exchange(connection.payload, payload));
+    sample.moved = difference(moved, std::exchange(connection.moved, moved));
     sample.closed = upTo == connection.closes;
-    connection.reported += sample.moved;
     if (!connection.announced || sample.closed || sample.moved != ByteCount{}) {
         connection.announced = true;
         samples.push_back(std::move(sample));

@@ -32,10 +32,11 @@ class DemoLane {
     struct Connection {
         TrafficSample sample;  ///< as its next sample begins: nothing moved yet
         Moment closes;
-        double received;  ///< mean bytes per second
+        double received;  ///< mean bytes of payload per second
         double sent;
         DemoWave wave;
-        ByteCount reported{};
+        ByteCount payload{};  ///< reported so far
+        ByteCount moved{};    ///< likewise, with headers
         bool announced = false;
     };
 

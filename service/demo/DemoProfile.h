@@ -29,7 +29,7 @@ struct DemoFlow {
     std::chrono::seconds life{1};  ///< mean
     std::chrono::seconds pause{
         60};              ///< mean, from the end of one connection to the opening of its lane's next
-    double received = 0;  ///< mean bytes per second while open
+    double received = 0;  ///< mean bytes of payload per second while open
     double sent = 0;      ///< likewise
     double swing = 0.9;   ///< how far the rate strays from its mean, 0 (steady) to 1 (falls to nothing)
 };

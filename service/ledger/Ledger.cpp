@@ -43,11 +43,12 @@ void Ledger::record(const TrafficSample& sample, Moment recordedSince, Moment no
         return;
     }
     const ProtocolClass protocolClass = protocolClassOf(sample.socketProtocol);
-    application.counters[protocolClass] += sample.moved;
+    application.counters.add(protocolClass, sample.moved, sample.payload);
     application.lastSeen = now;
-    m_Totals.counters[protocolClass] += sample.moved;
+    m_Totals.counters.add(protocolClass, sample.moved, sample.payload);
     connection.applicationId = application.id;
     connection.bytes += sample.moved;
+    connection.payload += sample.payload;
     connection.end = now;
     m_ChangedApplications.insert(application.id);
     m_ChangedConnections.insert(sample.connectionKey);

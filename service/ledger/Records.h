@@ -36,7 +36,8 @@ struct ConnectionRecord {
     std::int32_t socketDomain = 0;
     std::int32_t socketType = 0;
     std::int32_t socketProtocol = 0;
-    ByteCount bytes;
+    ByteCount bytes;    ///< at the IP layer
+    ByteCount payload;  ///< of those what programs gave and got
     IpAddress remote;
     IpAddress local;
 };

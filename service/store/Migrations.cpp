@@ -75,6 +75,16 @@ constexpr std::array migrations = {
         ALTER TABLE counting ADD COLUMN kept_since INTEGER NOT NULL DEFAULT 0;
         UPDATE counting SET credible_from = latest + 86400;
     )sql",
+    // received, sent: bytes at the IP layer from here on, and the payload beside them. What was counted before was
+    //   payload, so there both are the same.
+    R"sql(
+        ALTER TABLE series ADD COLUMN payload_received INTEGER NOT NULL DEFAULT 0;
+        ALTER TABLE series ADD COLUMN payload_sent INTEGER NOT NULL DEFAULT 0;
+        UPDATE series SET payload_received = received, payload_sent = sent;
+        ALTER TABLE connections ADD COLUMN payload_received INTEGER NOT NULL DEFAULT 0;
+        ALTER TABLE connections ADD COLUMN payload_sent INTEGER NOT NULL DEFAULT 0;
+        UPDATE connections SET payload_received = received, payload_sent = sent;
+    )sql",
 };
 
 constexpr int currentVersion = static_cast<int>(migrations.size());
@@ -89,20 +99,26 @@ int versionOf(SQLite::Database& database) {
     return query.Step() == SQLite::StepResult::Row ? query.GetColumnAsInt(0) : -1;
 }
 
-bool applyStep(SQLite::Database& database, int version, std::string& error) {
+/** All steps in one transaction: what fails half-way leaves the database as it was. */
+bool applySteps(SQLite::Database& database, int version, std::string& error) {
     SQLite::Transaction transaction(database);
-    if (transaction.IsActive() && database.Execute(migrations[static_cast<std::size_t>(version)]) &&
-        database.Execute("PRAGMA user_version = " + std::to_string(version + 1)) && transaction.Commit()) {
+    bool applied = transaction.IsActive();
+    for (; applied && version < currentVersion; ++version) {
+        error = "step " + std::to_string(version + 1) + ": ";
+        applied = database.Execute(migrations[static_cast<std::size_t>(version)]);
+    }
+    if (applied && database.Execute("PRAGMA user_version = " + std::to_string(currentVersion)) &&
+        transaction.Commit()) {
         return true;
     }
-    error = "step " + std::to_string(version + 1) + ": " + database.GetLastError();
+    error += database.GetLastError();
     return false;
 }
 
 }  // namespace
 
 bool migrate(SQLite::Database& database, std::string& error) {
-    int version = versionOf(database);
+    const int version = versionOf(database);
     SQLite::Query isOurs(database, selectIsOurs);
     if (version < 0 || isOurs.Step() != SQLite::StepResult::Row) {
         error = database.GetLastError();
@@ -123,12 +139,7 @@ bool migrate(SQLite::Database& database, std::string& error) {
         error = database.GetLastError();
         return false;
     }
-    for (; version < currentVersion; ++version) {
-        if (!applyStep(database, version, error)) {
-            return false;
-        }
-    }
-    return true;
+    return version == currentVersion || applySteps(database, version, error);
 }
 
 }  // namespace service

@@ -10,8 +10,7 @@ class Database;
 namespace service {
 
 /**
- * Brings a database, also an empty new one, up to the tables that this program knows; each step in a
- * transaction of its own, so what fails half-way goes on from there the next time. False with the reason in
+ * Brings a database, also an empty new one, up to the tables that this program knows, in one transaction. False with the reason in
  * `error`, also for a database that a later program has written or another one altogether.
  */
 bool migrate(SQLite::Database& database, std::string& error);

@@ -30,10 +30,17 @@ class SeriesReader {
      */
     std::optional<ByteCount> upTo(ApplicationId application, ProtocolClass protocolClass, Moment moment);
 
-    /** All classes at or before `moment`. */
+    /** All classes at or before `moment`, with their payload. */
     std::optional<Counters> upTo(ApplicationId application, Moment moment);
 
   private:
+    struct Row {
+        ByteCount moved;
+        ByteCount payload;
+    };
+
+    std::optional<Row> lastRow(ApplicationId application, ProtocolClass protocolClass, Moment moment);
+
     SQLite::Query m_LastRow;
 };
 

@@ -103,14 +103,15 @@ Store::Store(std::unique_ptr<FileLock> lock, std::unique_ptr<SQLite::Database> d
       m_WriteConnection(
           *m_Database,
           "INSERT INTO connections (id, application, started, ended, life, direction, domain, type, "
-          "protocol, received, sent, remote, local) "
-          "VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13) "
+          "protocol, received, sent, remote, local, payload_received, payload_sent) "
+          "VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15) "
           "ON CONFLICT (id) DO UPDATE SET application = excluded.application, "
           "ended = excluded.ended, life = excluded.life, received = excluded.received, "
-          "sent = excluded.sent"),
+          "sent = excluded.sent, payload_received = excluded.payload_received, "
+          "payload_sent = excluded.payload_sent"),
       m_WriteSeries(*m_Database,
-                    "INSERT OR REPLACE INTO series (application, class, moment, received, sent) "
-                    "VALUES (?1, ?2, ?3, ?4, ?5)"),
+                    "INSERT OR REPLACE INTO series (application, class, moment, received, sent, "
+                    "payload_received, payload_sent) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)"),
       m_WriteKeptSince(*m_Database, "UPDATE counting SET kept_since = ?1"),
       m_Pruner(*m_Database) {}
 
@@ -279,16 +280,19 @@ bool Store::writeConnection(const ConnectionRecord& connection) {
         connection.id, connection.applicationId, toColumn(connection.start), toColumn(connection.end),
         lifeColumn(connection), static_cast<int>(connection.direction), connection.socketDomain,
         connection.socketType, connection.socketProtocol, connection.bytes.received, connection.bytes.sent,
-        toColumn(connection.remote), toColumn(connection.local));
+        toColumn(connection.remote), toColumn(connection.local), connection.payload.received,
+        connection.payload.sent);
 }
 
 bool Store::writeSeries(ApplicationId application, const Counters& counters, Progress& progress) {
     Counters& written = progress.written[application];
     for (std::size_t i = 0; i < protocolClassCount; ++i) {
         const ByteCount& bytes = counters.byClass[i];
-        if (bytes != written.byClass[i] &&
+        const ByteCount& payload = counters.payloadByClass[i];
+        const bool changed = bytes != written.byClass[i] || payload != written.payloadByClass[i];
+        if (changed &&
             !m_WriteSeries.Execute(application, static_cast<std::int64_t>(i), toColumn(progress.latest),
-                                   bytes.received, bytes.sent)) {
+                                   bytes.received, bytes.sent, payload.received, payload.sent)) {
             return false;
         }
     }
@@ -298,11 +302,13 @@ bool Store::writeSeries(ApplicationId application, const Counters& counters, Pro
 
 /** What the series say of moments after `present` they say of `present`: no byte is lost, and no total sinks. */
 bool Store::redateSeries(Moment present) {
-    // Both counts only grow with time, so the greatest ones are the last row's.
-    SQLite::Query gather(*m_Database,
-                         "INSERT OR REPLACE INTO series (application, class, moment, received, sent) "
-                         "SELECT application, class, ?1, max(received), max(sent) FROM series "
-                         "WHERE moment > ?1 GROUP BY application, class");
+    // All counts only grow with time, so the greatest ones are the last row's.
+    SQLite::Query gather(
+        *m_Database,
+        "INSERT OR REPLACE INTO series (application, class, moment, received, sent, "
+        "payload_received, payload_sent) SELECT application, class, ?1, max(received), max(sent), "
+        "max(payload_received), max(payload_sent) FROM series "
+        "WHERE moment > ?1 GROUP BY application, class");
     SQLite::Query erase(*m_Database, "DELETE FROM series WHERE moment > ?1");
     return gather.Execute(toColumn(present)) && erase.Execute(toColumn(present));
 }

@@ -32,10 +32,25 @@ struct ByteCount {
     bool operator==(const ByteCount&) const = default;
 };
 
-/** Cumulative bytes per protocol class. */
+/**
+ * Cumulative bytes per protocol class: those at the IP layer, headers included, which are what a network interface
+ * shows and what every figure means unless it says otherwise, and beside them those of the payload.
+ */
 struct Counters {
     std::array<ByteCount, protocolClassCount> byClass;
+    std::array<ByteCount, protocolClassCount> payloadByClass;
 
+    void add(ProtocolClass protocolClass, const ByteCount& moved, const ByteCount& payload) {
+        byClass[static_cast<std::size_t>(protocolClass)] += moved;
+        payloadByClass[static_cast<std::size_t>(protocolClass)] += payload;
+    }
+    Counters& operator+=(const Counters& other) {
+        for (std::size_t i = 0; i < protocolClassCount; ++i) {
+            byClass[i] += other.byClass[i];
+            payloadByClass[i] += other.payloadByClass[i];
+        }
+        return *this;
+    }
     ByteCount& operator[](ProtocolClass protocolClass) {
         return byClass[static_cast<std::size_t>(protocolClass)];
     }

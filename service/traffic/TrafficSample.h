@@ -30,7 +30,8 @@ struct TrafficSample {
     IpAddress local;
     IpAddress remote;
     Moment opened;        ///< when the source saw it first
-    ByteCount moved;      ///< bytes since the previous poll, never negative
+    ByteCount moved;      ///< at the IP layer, headers included, since the previous poll; never negative
+    ByteCount payload;    ///< of those what programs gave and got; never negative
     bool closed = false;  ///< true once, in the connection's last sample
 };
 

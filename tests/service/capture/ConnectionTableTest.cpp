@@ -17,7 +17,8 @@ SocketReport report(std::uint64_t cookie, ByteCount bytes, std::uint32_t inode =
             .local = {IpAddress::IPv4, 50000, {10, 0, 0, 1}},
             .remote = {IpAddress::IPv4, 443, {10, 0, 0, 2}},
             .inode = inode,
-            .bytes = bytes};
+            .payload = bytes,
+            .overhead = {}};
 }
 
 SocketReport inState(TcpState state, SocketReport socket) {
@@ -57,6 +58,18 @@ TEST_F(ConnectionTableTest, CountsOldConnectionsFromTheFirstPollAndLaterOnesWhol
     EXPECT_EQ(second[swapped ? 0 : 1].opened, m_Now);
 
     EXPECT_TRUE(poll({report(1, {5010, 7000}), report(2, {30, 40})}).empty()) << "nothing moved";
+}
+
+TEST_F(ConnectionTableTest, CountsHeadersBesideThePayload) {
+    const auto withOverhead = [](SocketReport socket, ByteCount overhead) {
+        socket.overhead = overhead;
+        return socket;
+    };
+    EXPECT_EQ(poll({withOverhead(report(1, {50, 70}), {104, 52})}).at(0).moved, ByteCount{});
+    const auto samples = poll({withOverhead(report(1, {60, 70}), {156, 104})});
+    ASSERT_EQ(samples.size(), 1U);
+    EXPECT_EQ(samples[0].payload, (ByteCount{10, 0}));
+    EXPECT_EQ(samples[0].moved, (ByteCount{62, 52})) << "an acknowledgement moves bytes, too";
 }
 
 TEST_F(ConnectionTableTest, HoldsBytesBackUntilSomebodyAcceptsAndIsFound) {

@@ -28,6 +28,9 @@ std::vector<std::byte> answer(inet_diag_msg message, std::size_t infoLength) {
     info.tcpi_bytes_sent = 900;
     info.tcpi_bytes_retrans = 200;
     info.tcpi_bytes_acked = 650;
+    info.tcpi_segs_in = 10;
+    info.tcpi_segs_out = 7;
+    info.tcpi_options = TCPI_OPT_TIMESTAMPS;
     const nlattr other{.nla_len = 5, .nla_type = INET_DIAG_SHUTDOWN};
     const nlattr header{.nla_len = static_cast<std::uint16_t>(NLA_HDRLEN + infoLength),
                         .nla_type = INET_DIAG_INFO};
@@ -59,7 +62,8 @@ TEST(InetDiag, ReadsWhatTheKernelWrote) {
     EXPECT_EQ(report->local, (IpAddress{IpAddress::IPv4, 443, {127, 0, 0, 1}}));
     EXPECT_EQ(report->remote.port, 50000);
     EXPECT_EQ(report->inode, 4711U);
-    EXPECT_EQ(report->bytes, (ByteCount{.received = 1001, .sent = 700}));
+    EXPECT_EQ(report->payload, (ByteCount{.received = 1001, .sent = 700}));
+    EXPECT_EQ(report->overhead, (ByteCount{.received = 520, .sent = 364 + 200}));
 }
 
 TEST(InetDiag, ShowsMappedAddressesAsIpv4AndOthersAsIpv6) {
@@ -73,13 +77,14 @@ TEST(InetDiag, ShowsMappedAddressesAsIpv4AndOthersAsIpv6) {
     EXPECT_EQ(report->local, (IpAddress{IpAddress::IPv4, 443, {10, 1, 2, 3}}));
     EXPECT_EQ(report->remote,
               (IpAddress{IpAddress::IPv6, 50000, {0x20, 1, 0x0d, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 7}}));
+    EXPECT_EQ(report->overhead.received, 720) << "headers of IPv6";
 }
 
 TEST(InetDiag, MakesDoWithTheShorterAnswersOfOlderKernels) {
-    EXPECT_EQ(decode(answer(established(), infoOfLinux41))->bytes,
+    EXPECT_EQ(decode(answer(established(), infoOfLinux41))->payload,
               (ByteCount{.received = 1001, .sent = 650}));
-    EXPECT_EQ(decode(answer(established(), offsetof(tcp_info, tcpi_bytes_acked)))->bytes, ByteCount{});
-    EXPECT_EQ(decode(answer(established(), 0))->bytes, ByteCount{});
+    EXPECT_EQ(decode(answer(established(), offsetof(tcp_info, tcpi_bytes_acked)))->payload, ByteCount{});
+    EXPECT_EQ(decode(answer(established(), 0))->payload, ByteCount{});
 }
 
 TEST(InetDiag, SurvivesATruncationAtEveryByte) {
@@ -87,7 +92,7 @@ TEST(InetDiag, SurvivesATruncationAtEveryByte) {
     for (std::size_t length = 0; length < whole.size(); ++length) {
         const std::vector<std::byte> cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
         const auto report = decode(cut);
-        EXPECT_FALSE(report && report->bytes) << length;
+        EXPECT_FALSE(report && report->payload) << length;
     }
 }
 

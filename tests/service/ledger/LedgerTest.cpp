@@ -58,9 +58,7 @@ TEST_F(LedgerTest, WhatTheWriterTakesAddsUpWhileOthersCountAndAsk) {
         }
         Counters sum;
         for (const auto& [id, counters] : applications) {
-            for (std::size_t i = 0; i < protocolClassCount; ++i) {
-                sum.byClass[i] += counters.byClass[i];
-            }
+            sum += counters;
         }
         ASSERT_EQ(sum, changes.totals.counters);
         ledger.liveConnection(changes.nextConnectionId - 1, at(0));

@@ -20,6 +20,7 @@ inline TrafficSample sampleOf(std::uint64_t key, const std::string& path, ByteCo
     sample.socketProtocol = socketProtocol;
     sample.opened = at(0);
     sample.moved = moved;
+    sample.payload = {moved.received / 2, moved.sent / 2};
     sample.closed = closed;
     return sample;
 }

@@ -29,7 +29,8 @@ TEST_F(StoreTest, TheNextRunGoesOnWhereTheLastOneEnded) {
     EXPECT_EQ(state.totals.counters, ledger.totals().counters);
     EXPECT_EQ(state.nextConnectionId, last.nextConnectionId);
     const auto fields = [](const ApplicationRecord& row) {
-        return std::tuple(row.id, row.name, row.path, row.counters.byClass, row.firstSeen, row.lastSeen);
+        return std::tuple(row.id, row.name, row.path, row.counters.byClass, row.counters.payloadByClass,
+                          row.firstSeen, row.lastSeen);
     };
     EXPECT_TRUE(std::ranges::equal(state.applications, ledger.applications(), {}, fields, fields));
     Ledger next(state);
@@ -207,6 +208,22 @@ TEST_F(StoreTest, IsRefusedToASecondDaemonAndForForeignFiles) {
     EXPECT_NE(error.find("another program's"), std::string::npos) << error;
     EXPECT_FALSE(Store::open(folder / "missing" / "history.db", error));
     EXPECT_NE(error.find("No such file"), std::string::npos) << error;
+}
+
+TEST_F(StoreTest, AnUpgradeThatFailsLeavesTheDatabaseAsItWas) {
+    store.reset();
+    interfere(
+        "ALTER TABLE series DROP COLUMN payload_received; ALTER TABLE series DROP COLUMN payload_sent;"
+        "PRAGMA user_version = 2;");  // and `connections` is in the way
+    std::string error;
+    EXPECT_FALSE(Store::open(path, error));
+    EXPECT_NE(error.find("step 3: duplicate column"), std::string::npos) << error;
+    interfere(
+        "ALTER TABLE series ADD COLUMN payload_received INTEGER; ALTER TABLE series DROP COLUMN "
+        "payload_received;"
+        "ALTER TABLE connections DROP COLUMN payload_received; ALTER TABLE connections DROP COLUMN "
+        "payload_sent;");
+    reopen();
 }
 
 TEST_F(StoreTest, DoesNotStartOnCountersThatCannotBeRead) {

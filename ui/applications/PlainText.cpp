@@ -1,14 +1,37 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/applications/PlainText.h"
 
-QString PlainText::singleLine(QString text) {
-    for (QChar& character : text) {
-        const QChar::Category category = character.category();
-        if (category == QChar::Other_Control || category == QChar::Separator_Line ||
-            category == QChar::Separator_Paragraph) {
-            character = ' ';
-        }
+#include <algorithm>
+
+namespace {
+
+constexpr char16_t deletion = 0x7F;
+constexpr char16_t signs = 0x2400;  // of the first 32 characters, in their order
+constexpr char16_t signOfDeletion = 0x2421;
+
+bool isControl(QChar character) {
+    const QChar::Category category = character.category();
+    return category == QChar::Other_Control || category == QChar::Separator_Line ||
+           category == QChar::Separator_Paragraph;
+}
+
+QChar signOf(QChar control) {
+    if (control < QChar(' ')) {
+        return QChar(signs + control.unicode());
     }
+    return control == QChar(deletion) ? QChar(signOfDeletion) : QChar(QChar::ReplacementCharacter);
+}
+
+}  // namespace
+
+QString PlainText::singleLine(QString text) {
+    std::replace_if(text.begin(), text.end(), isControl, QChar(' '));
+    return text;
+}
+
+QString PlainText::withVisibleControls(QString text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](QChar each) { return isControl(each) ? signOf(each) : each; });
     return text;
 }
 

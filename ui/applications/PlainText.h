@@ -9,6 +9,9 @@ class PlainText {
     /** `text` on one line: characters that break or steer it become blanks. */
     static QString singleLine(QString text);
 
+    /** `text` with a sign in the place of each character that would break or steer it: a line feed becomes U+240A. */
+    static QString withVisibleControls(QString text);
+
     /** For a menu's item: gains neither a mnemonic nor a shortcut column. */
     static QString menuItem(const QString& text);
 

@@ -19,9 +19,11 @@
 #include <chrono>
 
 #include "controls/ColumnFitter.h"
+#include "controls/ProgressDlg.h"
 #include "controls/TabularDigits.h"
 #include "daemon/DaemonConnection.h"
 #include "platform/FileInformation.h"
+#include "platform/GrowlApplicationBridge.h"
 #include "platform/WindowFront.h"
 #include "ui/applications/ApplicationsMenu.h"
 #include "ui/applications/SortDirection.h"
@@ -30,6 +32,7 @@
 #include "ui/charts/TrafficFormat.h"
 #include "ui/main/ApplicationsTableDelegate.h"
 #include "ui/main/DrawerController.h"
+#include "ui/main/GrowlBridge.h"
 #include "ui/main/TotalStatisticController.h"
 #include "ui/main/WindowMemory.h"
 #include "ui/preferences/PreferencesController.h"
@@ -71,14 +74,19 @@ MainController::MainController()
       m_Outlets(std::make_unique<Ui::MainWindow>()),
       m_Window(std::make_unique<QMainWindow>()) {
     DaemonConnection::sharedConnection()->setDelegate(this);
+    GrowlBridge::sharedBridge()->setDelegate(this);
     m_Outlets->setupUi(m_Window.get());
     m_TotalStatisticController = std::make_unique<TotalStatisticController>(*m_Outlets->m_TotalsPanel);
     awakeFromNib();
+    // Not before the event loop runs: nothing could end a dialog here.
+    QMetaObject::invokeMethod(this, &MainController::askWhetherDaemonCleans, Qt::QueuedConnection);
 }
 
 MainController::~MainController() {
     PreferencesController::releaseSharedController();
     DaemonConnection::sharedConnection()->setDelegate(nullptr);
+    GrowlBridge::sharedBridge()->setDelegate(nullptr);
+    GrowlApplicationBridge::setStatusItem(nullptr);
     ConnectionsGraphicController::closeAllGraphics();
     RealtimeGraphic::closeAllGraphics();
     QCoreApplication::sendPostedEvents(nullptr,
@@ -257,9 +265,9 @@ void MainController::createStatusIcon() {
     // The outer one: not every panel asks for a submenu before it shows it.
     connect(m_StatusMenu.get(), &QMenu::aboutToShow, this, &MainController::menuNeedsUpdate);
     m_StatusMenu->addSeparator();
-    QAction* preferences =
+    m_StatusPreferencesAction =
         m_StatusMenu->addAction(outlets.m_PreferencesAction->icon(), outlets.m_PreferencesAction->text());
-    connect(preferences, &QAction::triggered, this, [this] {
+    connect(m_StatusPreferencesAction, &QAction::triggered, this, [this] {
         showMainWindow();  // which the sheet stands on
         showPreferences();
     });
@@ -276,6 +284,7 @@ void MainController::createStatusIcon() {
         }
     });
     m_StatusIcon->show();
+    GrowlApplicationBridge::setStatusItem(m_StatusIcon.get());
 }
 
 /** Not while a menu is open that speaks of a row: another application might come to stand in it. */
@@ -295,6 +304,9 @@ void MainController::updateAllInformation() {
     m_Outlets->m_ApplicationsTable->setEmptyText(isNothingKnown ? "No application has used the network yet."
                                                                 : "");
     tableViewSelectionDidChange();
+    if (totals == nullptr) {
+        endCleaning();  // the daemon is lost: nobody will say when it is over
+    }
 }
 
 void MainController::fetchVisibleRows() {
@@ -423,9 +435,48 @@ void MainController::showSelectedRealtimeGraphic() {
     }
 }
 
+void MainController::newApplicationAdded(const std::shared_ptr<const ApplicationInfo>& application) {
+    GrowlBridge::showNewApplicationNotify(application);
+}
+
+void MainController::notificationWasClicked(const QVariant& /*clickContext*/) {
+    updateAllInformation();
+    showMainWindow();
+}
+
+/** The daemon tells of the start only those who were there then. */
+void MainController::askWhetherDaemonCleans() {
+    if (DaemonConnection::sharedConnection()->isDaemonCleanDataBase()) {
+        daemonStartCleanDataBase();
+    }
+}
+
 void MainController::daemonStartCleanDataBase() {
     ConnectionsGraphicController::closeAllGraphics();
     RealtimeGraphic::closeAllGraphics();
+    setStatusCommandsEnabled(false);
+    ProgressDlg* progress = ProgressDlg::sharedProgressDlg();
+    progress->setTitle("Cleaning database...");
+    progress->setText("Please wait some time while Nevtora Meter clean database.");
+    progress->setCancelAllowed(false);
+    progress->setIndeterminate(true);
+    progress->runModal();
+}
+
+void MainController::daemonEndCleanDataBase() {
+    endCleaning();
+    updateAllInformation();
+}
+
+void MainController::endCleaning() {
+    ProgressDlg::sharedProgressDlg()->end();
+    setStatusCommandsEnabled(true);
+}
+
+/** Those that open windows: the dialog does not keep the user from the tray. */
+void MainController::setStatusCommandsEnabled(bool isEnabled) {
+    m_RealtimeGraphicsMenu->setEnabled(isEnabled);
+    m_StatusPreferencesAction->setEnabled(isEnabled);
 }
 
 void MainController::showMainWindow() {

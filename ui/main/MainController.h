@@ -10,6 +10,7 @@
 #include "daemon/ApplicationsIterator.h"
 #include "daemon/DaemonConnectionDelegate.h"
 #include "ui/main/ApplicationsTableModel.h"
+#include "ui/main/GrowlBridgeDelegate.h"
 
 class ColumnFitter;
 class DrawerController;
@@ -30,7 +31,7 @@ class MainWindow;
  * as the user clicks, and answers the commands of both, which open the charts. Lives on the main thread, from the start
  * of the shared connection to the end of the event loop.
  */
-class MainController : public QObject, public DaemonConnectionDelegate {
+class MainController : public QObject, public DaemonConnectionDelegate, public GrowlBridgeDelegate {
   public:
     /** Makes the cursor behind the table, opens the window and fills it. */
     MainController();
@@ -52,8 +53,16 @@ class MainController : public QObject, public DaemonConnectionDelegate {
     /** The user asked for the program that runs already: the window comes to the front. */
     void applicationShouldHandleReopen() { showMainWindow(); }
 
-    /** Their counters are about to go: closes the charts. */
+    /** Tells the desktop; the table learns of it with its next refresh. */
+    void newApplicationAdded(const std::shared_ptr<const ApplicationInfo>& application) override;
+
+    /** The window comes to the front, up to date; the selection stays where it is. */
+    void notificationWasClicked(const QVariant& clickContext) override;
+
+    /** Closes the charts, whose counters are about to go, and returns when the history is clean. */
     void daemonStartCleanDataBase() override;
+
+    void daemonEndCleanDataBase() override;
 
     /** What the daemon calls the column to sort by: 0 name, 1 path, 2 last activity, 3 received, 4 sent, 5
      * none. */
@@ -72,6 +81,10 @@ class MainController : public QObject, public DaemonConnectionDelegate {
     void setupTableMenu();
     void setupSortMenu();
     void createStatusIcon();
+
+    void askWhetherDaemonCleans();
+    void endCleaning();
+    void setStatusCommandsEnabled(bool isEnabled);
 
     void updateInformationTimer();
     void fetchVisibleRows();
@@ -115,7 +128,8 @@ class MainController : public QObject, public DaemonConnectionDelegate {
     QMenu* m_TableMenu = nullptr;     ///< the table's
     QPointer<QMessageBox> m_Message;  ///< while it is open
     std::unique_ptr<QMenu> m_StatusMenu;
-    QMenu* m_RealtimeGraphicsMenu = nullptr;  ///< in m_StatusMenu
+    QMenu* m_RealtimeGraphicsMenu = nullptr;       ///< in m_StatusMenu
+    QAction* m_StatusPreferencesAction = nullptr;  ///< in m_StatusMenu
     std::unique_ptr<QSystemTrayIcon> m_StatusIcon;
     QTimer m_UpdateInformationTimer;
 };

@@ -10,8 +10,10 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QTest>
+#include <QTimer>
 #include <QToolButton>
 #include <atomic>
+#include <functional>
 
 #include "controls/TableView.h"
 #include "daemon/DaemonConnection.h"
@@ -75,6 +77,9 @@ class MainControllerTest : public testing::Test {
             case 23:
                 body.WriteInt(0);
                 return true;
+            case 27:
+                body.WriteInt(m_IsCleaning);
+                return true;
             case 15:
                 m_Order = intAt(request.body, 8) * 10 + intAt(request.body, 4);
                 return false;
@@ -137,6 +142,18 @@ class MainControllerTest : public testing::Test {
         return types;
     }
 
+    static QWidget* progress() { return QApplication::activeModalWidget(); }
+
+    /** `step` happens while the dialog is up; it is to end the cleaning. */
+    void clean(const std::function<void()>& step) {
+        QTimer::singleShot(0, m_Controller.get(), step);
+        m_Controller->daemonStartCleanDataBase();
+    }
+
+    void cleanAtOnce() {
+        clean([this] { m_Controller->daemonEndCleanDataBase(); });
+    }
+
     void clickHeader(int column) {
         QHeaderView* header = m_Table->horizontalHeader();
         const QPoint middle(header->sectionViewportPosition(column) + header->sectionSize(column) / 2,
@@ -148,6 +165,7 @@ class MainControllerTest : public testing::Test {
     std::atomic<int> m_Count{12};
     std::atomic<int> m_Protocol{0};  ///< that a total was last asked for
     std::atomic<bool> m_HasTotals{true};
+    std::atomic<bool> m_IsCleaning{false};
     std::size_t m_Seen = 0;
     LinkPeer m_Peer{[this](const auto& request, auto& body) { return answer(request, body); }, daemonPort};
     std::unique_ptr<MainController> m_Controller;
@@ -165,6 +183,7 @@ TEST_F(MainControllerTest, FillsTheTableAtOnceWithARequestForEachRow) {
     m_Table->grab();
     std::vector<int> expected{13, 11, 11, 11, 16};  // the cursor, the totals thrice, the count
     expected.insert(expected.end(), 12, 18);
+    expected.push_back(27);  // whether it is cleaning, once there is an event loop
     EXPECT_EQ(newRequests(), expected);
 }
 
@@ -249,7 +268,7 @@ TEST_F(MainControllerTest, LiveChartsAreOpenedOncePerApplicationAndClosedWithThe
     applications()[5]->trigger();
     EXPECT_EQ(RealtimeGraphic::graphicsList().size(), 2);
     EXPECT_TRUE(applications()[5]->isChecked());
-    m_Controller->daemonStartCleanDataBase();
+    cleanAtOnce();
     EXPECT_FALSE(applications()[5]->isChecked());
     applications()[5]->trigger();
     m_Controller.reset();
@@ -269,8 +288,10 @@ TEST_F(MainControllerTest, HistoryWindowsShowTheSelectedRowAndCloseWithTheDataba
     m_Table->selectRow(0);
     outlet<QToolButton>("m_ShowApplicationUDPTrafficButton")->click();
     expectOpened(1, "Total Graphic", 17);
-    m_Controller->daemonStartCleanDataBase();
-    EXPECT_TRUE(open.empty());
+    clean([&] {
+        EXPECT_TRUE(open.empty());
+        m_Controller->daemonEndCleanDataBase();
+    });
     m_Table->selectRow(1);
     outlet<QToolButton>("m_ShowApplicationTCPTrafficButton")->click();
     expectOpened(1, "\"52/0\" Application Graphic", 6);
@@ -367,6 +388,44 @@ TEST_F(MainControllerTest, SaysThatNothingIsKnownButNotThatTheDaemonIsLost) {
     EXPECT_EQ(m_Table->model()->rowCount(), 1);
     EXPECT_EQ(text(0, Model::ReceivedColumn), "0.000");
     EXPECT_EQ(m_Table->emptyText(), "");
+}
+
+TEST_F(MainControllerTest, ACleaningHasOneDialogWhateverComesMeanwhileAndItsEndRefreshes) {
+    newRequests();
+    m_Controller->daemonEndCleanDataBase();  // of a start that nobody saw
+    EXPECT_EQ(newRequests()[0], 11);
+    m_Window->hide();
+    clean([this] {
+        ASSERT_NE(progress(), nullptr);
+        const QWidget* shown = progress();
+        EXPECT_EQ(shown->windowTitle(), "Cleaning database...");
+        EXPECT_EQ(shown->findChild<QLabel*>()->text(),
+                  "Please wait some time while Nevtora Meter clean database.");
+        m_Controller->daemonStartCleanDataBase();
+        m_Controller->updateAllInformation();
+        m_Count = 3;
+        m_Controller->notificationWasClicked(5);
+        EXPECT_EQ(m_Table->model()->rowCount(), 4);
+        EXPECT_TRUE(m_Window->isVisible());
+        EXPECT_EQ(progress(), shown);
+        QTest::keyClick(progress(), Qt::Key_Escape);
+        EXPECT_EQ(progress(), shown);
+        m_Count = 0;
+        m_Controller->daemonEndCleanDataBase();
+    });
+    EXPECT_EQ(progress(), nullptr);
+    EXPECT_EQ(m_Table->model()->rowCount(), 1);
+}
+
+TEST_F(MainControllerTest, ACleaningThatIsUnderWayAtTheStartIsShownAndEndsWithItsDaemon) {
+    m_IsCleaning = true;  // asked once there is an event loop
+    QTimer::singleShot(50, m_Controller.get(), [this] {
+        EXPECT_NE(progress(), nullptr);
+        m_Peer.die();
+        m_Controller->updateAllInformation();
+    });
+    QTest::qWait(100);
+    EXPECT_EQ(progress(), nullptr);
 }
 
 }  // namespace

@@ -232,6 +232,12 @@ class Server:
     def __exit__(self, *_):
         self.close()
 
+    def tell(self, event_id, param=0):
+        """Sends an event to every front end."""
+        event = wire.pack(wire.EVENT_BODY, {"eventId": event_id, "param": param})
+        for link in self._links:
+            link.sendall(wire.Frame(0, 0, wire.NOT_A_REPLY, wire.EVENT, event).to_bytes())
+
     def close(self):
         self._listener.shutdown()
         self._listener.socket.close()

@@ -4,28 +4,28 @@
 #include <QApplication>
 #include <QDialog>
 #include <QLabel>
+#include <QMainWindow>
 #include <QProgressBar>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace {
 
-constexpr int panelWidth = 400;  // pixels
+constexpr int panelWidth = 440;  // pixels, for the text on one line
 constexpr int margin = 24;
 constexpr int spacing = 16;
 
-/** What the dialog stands over: a sheet, else the user's window, else one that shows. Null when all are hidden. */
+/** What the dialog stands over: the sheet that is open, or else the main window, shown or not. Null without either. */
 QWidget* windowBelow() {
-    for (QWidget* window : {QApplication::activeModalWidget(), QApplication::activeWindow()}) {
-        if (window != nullptr) {
-            return window;
-        }
+    if (QWidget* sheet = QApplication::activeModalWidget()) {
+        return sheet;
     }
-    for (QWidget* window : QApplication::topLevelWidgets()) {
-        if (window->isVisible() && window->windowType() == Qt::Window) {
-            return window;
-        }
-    }
-    return nullptr;
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    const auto isMain = [](const QWidget* window) {
+        return qobject_cast<const QMainWindow*>(window) != nullptr;
+    };
+    const auto found = std::find_if(windows.begin(), windows.end(), isMain);
+    return found != windows.end() ? *found : nullptr;
 }
 
 }  // namespace
@@ -60,6 +60,8 @@ ProgressDlg::Panel::Panel(QWidget* parent) : QDialog(parent), m_Text(new QLabel)
     layout->addWidget(m_Bar);
     layout->setSizeConstraint(QLayout::SetFixedSize);
     m_Text->setFixedWidth(panelWidth - 2 * margin);
+    // What is modal to the whole program would block its item in the tray too, where that is a window.
+    setWindowModality(parent != nullptr ? Qt::WindowModal : Qt::ApplicationModal);
     qApp->installEventFilter(this);
 }
 

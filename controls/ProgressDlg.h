@@ -5,8 +5,9 @@
 #include <QString>
 
 /**
- * The dialog that keeps the user from the program's windows while something must be waited for. It exists as a window
- * only while it runs. Whoever quits the program ends it first, be it the user in the tray or the session. Main thread.
+ * The dialog that keeps the user from the main window while something must be waited for. It exists as a window only
+ * while it runs. The tray is not kept from anybody, and whoever quits the program, there or in the session, ends the
+ * dialog. Main thread.
  */
 class ProgressDlg {
   public:

@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QDialog>
 #include <QLabel>
+#include <QMainWindow>
 #include <QProgressBar>
 #include <QTest>
 #include <QTimer>
@@ -96,10 +97,10 @@ TEST_F(ProgressDlgTest, KeepsNobodyFromQuitting) {
 }
 
 TEST_F(ProgressDlgTest, EndsWithTheWindowThatItStandsOver) {
-    auto* window = new QWidget;
-    window->show();
+    auto* window = new QMainWindow;
     later({[&] {
         EXPECT_EQ(panel()->parentWidget(), window);
+        EXPECT_EQ(panel()->windowModality(), Qt::WindowModal);
         delete window;
     }});
     m_Dialog.runModal();

@@ -50,6 +50,30 @@ panel_background_id = 1
 panel_layer = top
 systray_icon_size = 22
 """
+NOTIFICATIONS = """
+[global]
+    width = 400
+    origin = top-right
+    offset = 24x24
+    font = Inter 10
+    padding = 16
+    horizontal_padding = 16
+    frame_width = 1
+    separator_color = frame
+    show_indicators = no
+    corner_radius = 8
+    max_icon_size = 48
+    format = "<b>%s</b>\\n%b"
+
+[urgency_normal]
+    background = "{background}"
+    foreground = "{foreground}"
+    frame_color = "{frame}"
+"""
+NOTIFICATION_COLORS = {
+    "light": {"background": "#ffffff", "foreground": "#1f2328", "frame": "#c8ccd2"},
+    "dark": {"background": "#2b2e33", "foreground": "#e6e8eb", "frame": "#4a4e55"},
+}
 
 
 def xdotool(*command):
@@ -174,6 +198,16 @@ class Studio:
             yield Window(process, scale)
             desktop.end(process)
             desktop.end(portal)
+
+    @contextmanager
+    def notification_service(self, scheme):
+        with tempfile.NamedTemporaryFile("w") as settings:
+            settings.write(NOTIFICATIONS.format(**NOTIFICATION_COLORS[scheme]))
+            settings.flush()
+            service = self.children.start(["dunst", "-config", settings.name], stderr=subprocess.DEVNULL)
+            time.sleep(SETTLE)
+            yield
+            desktop.end(service)
 
     @contextmanager
     def tray(self):
@@ -322,6 +356,31 @@ def read_only(folder):
     subprocess.run(["umount", folder], check=True)
 
 
+def cleaning(studio, name, **looks):
+    with scripted_daemon.Server(scripted_daemon.few_applications()) as server, studio.window(**looks) as window:
+        window.sort_by("Received, MB")
+        server.tell(wire.CLEANING_STARTED)
+        window.other_window("Cleaning")
+        time.sleep(SETTLE)
+        box = accessible.box(accessible.find(window.element, "frame"))
+        studio.save_screen(name, f"{box.width}x{box.height}+{box.x}+{box.y}")
+
+
+def notification(studio, name, scheme):
+    """Two of them, over a corner of the window."""
+    applications = scripted_daemon.few_applications()
+    with scripted_daemon.Server(applications) as server, studio.notification_service(scheme):
+        with studio.window(scheme=scheme) as window:
+            screen = [int(pixels) for pixels in SCREEN.split("x")]
+            xdotool("windowmove", "--sync", window.id, screen[0] - width(window.id) - 1, 24)
+            for application in applications[:2]:
+                server.tell(wire.NEW_APPLICATION, application["id"])
+            shown = desktop.wait_for("The notifications", lambda: find_windows(["search", "--class", "Dunst"]))[0]
+            desktop.wait_for("Both of them", lambda: box_of(shown)["HEIGHT"] > 150)
+            time.sleep(SETTLE)
+            studio.save_screen(name, f"760x360+{screen[0] - 760}+0")
+
+
 def status_menu(studio, name):
     """The window lies behind the menus, its title under the panel."""
     with scripted_daemon.Server(scripted_daemon.few_applications()), studio.tray(), studio.window() as window:
@@ -358,6 +417,10 @@ PICTURES = {
     "live-chart-dark": partial(live_chart, scheme="dark"),
     "live-chart-2x": partial(live_chart, scale=2),
     "live-chart-tiny": partial(live_chart, size=(200, 130)),
+    "cleaning": cleaning,
+    "cleaning-dark": partial(cleaning, scheme="dark"),
+    "notification": partial(notification, scheme="light"),
+    "notification-dark": partial(notification, scheme="dark"),
     "preferences": preferences,
     "preferences-dark": partial(preferences, scheme="dark"),
     "preferences-2x": partial(preferences, scale=2),

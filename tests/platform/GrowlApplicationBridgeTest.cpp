@@ -139,6 +139,7 @@ TEST_F(GrowlApplicationBridgeTest, EveryParameterReachesTheServiceAndWhatBecomes
     QByteArray rows;
     picture.beginStructure();
     picture >> width >> height >> rowBytes >> hasAlpha >> bits >> samples >> rows;
+    picture.endStructure();
     EXPECT_EQ(std::make_tuple(width, height, rowBytes, hasAlpha, bits, samples),
               std::make_tuple(3, 2, 12, true, 8, 4));
     EXPECT_EQ(rows, QByteArray("\1\2\3\4").repeated(6));

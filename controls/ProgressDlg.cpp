@@ -34,7 +34,7 @@ class ProgressDlg::Panel : public QDialog {
   public:
     explicit Panel(QWidget* parent);
 
-    void show(const ProgressDlg& what);
+    void display(const ProgressDlg& what);
 
     /** Escape and the close button end here. */
     void reject() override;
@@ -65,7 +65,7 @@ ProgressDlg::Panel::Panel(QWidget* parent) : QDialog(parent), m_Text(new QLabel)
     qApp->installEventFilter(this);
 }
 
-void ProgressDlg::Panel::show(const ProgressDlg& what) {
+void ProgressDlg::Panel::display(const ProgressDlg& what) {
     setWindowTitle(what.m_Title);
     m_Text->setText(what.m_Text);
     m_Bar->setRange(0, what.m_IsIndeterminate ? 0 : 100);
@@ -119,7 +119,7 @@ void ProgressDlg::setIndeterminate(bool isIndeterminate) {
 
 void ProgressDlg::update() {
     if (m_Panel != nullptr) {
-        m_Panel->show(*this);
+        m_Panel->display(*this);
     }
 }
 

@@ -5,12 +5,11 @@
 #include <QPdfWriter>
 #include <QSaveFile>
 #include <QSvgGenerator>
-#include <QTimeZone>
 #include <algorithm>
 #include <cmath>
 #include <map>
-#include <vector>
 
+#include "controls/CsvRecord.h"
 #include "controls/chart/GraphicView.h"
 #include "controls/chart/GraphicViewDelegate.h"
 
@@ -19,20 +18,9 @@ namespace {
 constexpr qreal pictureScale = 2;  // at least
 constexpr qreal pointsPerInch = 72;
 
-QByteArray field(const QString& text) {
-    QString quoted = text;
-    if (quoted.contains(',') || quoted.contains('"') || quoted.contains('\n') || quoted.contains('\r')) {
-        quoted = '"' + quoted.replace('"', "\"\"") + '"';
-    }
-    return quoted.toUtf8();
-}
-
 QByteArray xField(float x, GraphicViewDelegate* delegate) {
     const QDateTime date = delegate != nullptr ? delegate->dateAtX(x) : QDateTime();
-    if (date.isValid()) {
-        return date.toOffsetFromUtc(date.offsetFromUtc()).toString(Qt::ISODate).toUtf8();
-    }
-    return QByteArray::number(x, 'g', 9);
+    return date.isValid() ? CsvRecord::dateField(date) : QByteArray::number(x, 'g', 9);
 }
 
 /** Lets `write` fill a file that takes the place of another only when all of it could be written. */
@@ -92,28 +80,30 @@ QString GraphicExport::savePoints(const QString& path) const {
 
 QByteArray GraphicExport::points() const {
     const GraphicScene& scene = m_View.scene();
-    std::map<float, std::vector<QByteArray>> records;
-    QByteArray text = field(scene.descriptions[0].isEmpty() ? QStringLiteral("X") : scene.descriptions[0]);
+    std::map<float, QByteArrayList> records;
     for (unsigned i = 0; i < m_View.lineCount(); ++i) {
-        text += ',' + field(m_View.lineName(i));
         const GraphicLine& data = scene.lines[i].data;
         const auto [first, last] = data.within(scene.viewport.left(), scene.viewport.right());
         for (std::size_t j = first; j < last; ++j) {
             const GraphicLine::Point& point = data.points()[j];
-            auto record = records.find(point.x);
-            if (record == records.end()) {
-                record = records.emplace(point.x, std::vector<QByteArray>(m_View.lineCount())).first;
-            }
-            record->second[i] = QByteArray::number(std::llround(point.y));
+            QByteArrayList& values = records.try_emplace(point.x, m_View.lineCount()).first->second;
+            values[i] = QByteArray::number(std::llround(point.y));
         }
     }
-    text += "\r\n";
+    QByteArray text = header();
     for (const auto& [x, values] : records) {
-        text += xField(x, scene.delegate);
-        for (const QByteArray& value : values) {
-            text += ',' + value;
-        }
-        text += "\r\n";
+        text += CsvRecord::joined(QByteArrayList{xField(x, scene.delegate)} + values);
     }
     return text;
+}
+
+QByteArray GraphicExport::header() const {
+    const GraphicScene& scene = m_View.scene();
+    const QString& xName = scene.descriptions[0];
+    const QString unit = scene.delegate != nullptr ? scene.delegate->valueUnit() : QString();
+    QByteArrayList names{CsvRecord::field(xName.isEmpty() ? QStringLiteral("X") : xName)};
+    for (unsigned i = 0; i < m_View.lineCount(); ++i) {
+        names.append(CsvRecord::field((m_View.lineName(i) + ' ' + unit).trimmed()));
+    }
+    return CsvRecord::joined(names);
 }

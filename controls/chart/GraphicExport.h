@@ -21,11 +21,13 @@ class GraphicExport {
     QString savePoints(const QString& path) const;
 
     /**
-     * The visible points by RFC 4180: a header, then one record for each X, in ISO 8601 where X is an instant, with the
-     * lines' values as integers; a line without a point there has an empty field.
+     * The visible points by RFC 4180: a header with the values' unit, then one record for each X, in ISO 8601 where X is
+     * an instant, with the lines' values as integers; a line without a point there has an empty field.
      */
     QByteArray points() const;
 
   private:
+    QByteArray header() const;
+
     GraphicView& m_View;
 };

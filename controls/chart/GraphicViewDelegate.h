@@ -15,6 +15,9 @@ class GraphicViewDelegate {
     /** Text for the read-out under the pointer, where more than the axis label's can be said. */
     virtual QString readOutValueToString(float value, int axe) { return axeValueToString(value, axe); }
 
+    /** What the lines' values are counted in, if they have a unit: the exported points then name it. */
+    virtual QString valueUnit() { return {}; }
+
     /** The instant that `x` stands for, if X is time: the exported points then have dates. */
     virtual QDateTime dateAtX(float /*x*/) { return {}; }
 };

@@ -37,12 +37,14 @@ class Texts : public GraphicViewDelegate {
         m_ReadOut += axe == 0 ? QString("| %1:").arg(value) : QString(" %1").arg(value);
         return axeValueToString(value, axe);
     }
+    QString valueUnit() override { return m_Unit; }
     QDateTime dateAtX(float x) override {
         return m_Origin.isValid() ? m_Origin.addMSecs(qint64(x * 1000)) : m_Origin;
     }
 
     int m_Asked = 0;  ///< for the label at the origin, which every redraw needs
     QDateTime m_Origin;
+    QString m_Unit;
     QString m_ReadOut;
 };
 
@@ -142,16 +144,17 @@ TEST_F(GraphicViewTest, OnlyWhatIsLeftOfTheViewportIsRemovedFromTheLineThatWasNa
     m_View.removeInvisiblePoints(7, 0);
 }
 
-TEST_F(GraphicViewTest, ExportsDatesWithTheirZoneQuotedNamesAndEmptyFields) {
+TEST_F(GraphicViewTest, ExportsDatesWithTheirZoneQuotedNamesWithTheUnitAndEmptyFields) {
     colorLegend();
     m_View.setXAxeDescription("Date/Time");
+    m_Texts.m_Unit = "bytes/s";
     m_Texts.m_Origin = QDateTime::fromString("2026-11-21T17:00:30+02:00", Qt::ISODate);
     m_View.addPointToLine(0, {0, 16'777'216});
     m_View.addPointToLine(0, {36, 1});
     m_View.addPointToLine(1, {36, -2});
     m_View.addPointToLine(1, {500, 1});
     EXPECT_EQ(GraphicExport(m_View).points().toStdString(),
-              "Date/Time,Received,\"Sent, \"\"all\"\"\"\r\n"
+              "Date/Time,Received bytes/s,\"Sent, \"\"all\"\" bytes/s\"\r\n"
               "2026-11-21T17:00:30+02:00,16777216,\r\n"
               "2026-11-21T17:01:06+02:00,1,-2\r\n");
 }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "controls/CsvRecord.h"
 #include "ui/charts/ConnectionText.h"
 
 namespace {
@@ -11,26 +12,9 @@ namespace {
 /** Some 20 ms, of which the link's wait for replies takes at least five however few the rows are. */
 constexpr std::int32_t rowsPerSlice = 128;
 
-QByteArray field(const QString& text) {
-    QString quoted = text;
-    if (std::any_of(text.begin(), text.end(), [](QChar c) { return QStringView(u",\"\r\n").contains(c); })) {
-        quoted = '"' + quoted.replace('"', "\"\"") + '"';
-    }
-    return quoted.toUtf8();
-}
-
-QByteArray joined(const QByteArrayList& fields) {
-    return fields.join(',') + "\r\n";
-}
-
-QByteArray dateField(const QDateTime& date) {
-    return date.isValid() ? date.toOffsetFromUtc(date.offsetFromUtc()).toString(Qt::ISODate).toLatin1()
-                          : QByteArray();
-}
-
 /** The address and the port, both empty for an address of unknown kind. */
 QByteArray endpointFields(const IpAddress& endpoint) {
-    const QByteArray host = field(hostText(endpoint));
+    const QByteArray host = CsvRecord::field(hostText(endpoint));
     return host + ',' + (host.isEmpty() ? QByteArray() : QByteArray::number(endpoint.port));
 }
 
@@ -52,16 +36,18 @@ void ConnectionsExport::start(const QString& path) {
 }
 
 QByteArray ConnectionsExport::header() {
-    return joined({"Start", "End", "Protocol", "Direction", "Received bytes", "Sent bytes", "Local address",
-                   "Local port", "Remote address", "Remote port"});
+    return CsvRecord::joined({"Start", "End", "Protocol", "Direction", "Received bytes", "Sent bytes",
+                              "Local address", "Local port", "Remote address", "Remote port"});
 }
 
 QByteArray ConnectionsExport::record(const ConnectionInfo& connection) {
-    return joined({dateField(connection.startTime()), dateField(connection.endTime()),
-                   field(protocolText(connection.socketProtocol())), field(connection.direction()),
-                   QByteArray::number(qint64{connection.receivedBytes()}),
-                   QByteArray::number(qint64{connection.sendedBytes()}),
-                   endpointFields(connection.localEndpoint()), endpointFields(connection.remoteEndpoint())});
+    using Csv = CsvRecord;
+    return Csv::joined(
+        {Csv::dateField(connection.startTime()), Csv::dateField(connection.endTime()),
+         Csv::field(protocolText(connection.socketProtocol())), Csv::field(connection.direction()),
+         QByteArray::number(qint64{connection.receivedBytes()}),
+         QByteArray::number(qint64{connection.sendedBytes()}), endpointFields(connection.localEndpoint()),
+         endpointFields(connection.remoteEndpoint())});
 }
 
 void ConnectionsExport::writeSlice() {

@@ -461,6 +461,11 @@ QString ConnectionsGraphicController::readOutValueToString(float value, int axe)
                                        : axeValueToString(value, axe);
 }
 
+/** In the step that ends at the point. */
+QString ConnectionsGraphicController::valueUnit() {
+    return "bytes";
+}
+
 QDateTime ConnectionsGraphicController::dateAtX(float x) {
     return QDateTime::fromMSecsSinceEpoch(
         std::llround((m_GraphicStartTime + static_cast<double>(x)) * 1000.0));

@@ -69,6 +69,7 @@ class ConnectionsGraphicController : public QObject, public GraphicViewDelegate 
 
     QString axeValueToString(float value, int axe) override;
     QString readOutValueToString(float value, int axe) override;
+    QString valueUnit() override;
     QDateTime dateAtX(float x) override;
 
   protected:

@@ -194,3 +194,7 @@ QString RealtimeGraphic::readOutValueToString(float value, int axe) {
     return axe == TrafficGraphic::XAxe ? axeValueToString(value, axe) + " s"
                                        : TrafficGraphic::bytesToReadableString(double{value}) + "/s";
 }
+
+QString RealtimeGraphic::valueUnit() {
+    return "bytes/s";
+}

@@ -56,6 +56,7 @@ class RealtimeGraphic : public std::enable_shared_from_this<RealtimeGraphic>, pr
 
     QString axeValueToString(float value, int axe) override;
     QString readOutValueToString(float value, int axe) override;
+    QString valueUnit() override;
 
   private:
     explicit RealtimeGraphic(std::int32_t applicationId);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/charts/ConnectionsTableModel.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "ui/charts/ConnectionText.h"
@@ -75,48 +74,11 @@ QVariant shortText(const ConnectionInfo& connection, int column) {
 }  // namespace
 
 ConnectionsTableModel::ConnectionsTableModel(Fetch fetch, QObject* parent)
-    : QAbstractTableModel(parent), m_Fetch(std::move(fetch)) {}
+    : FetchedTableModel(std::move(fetch), 0, parent) {}
 
 std::int32_t ConnectionsTableModel::sortFieldFromColumnId(int column) {
     constexpr std::int32_t naturalOrder = 7;
     return column >= StartColumn && column <= RemoteAddressColumn ? column - StartColumn : naturalOrder;
-}
-
-void ConnectionsTableModel::refresh(std::int32_t connections) {
-    ++m_Refresh;
-    setRowCount(std::max(connections, 0));
-    if (m_RowCount > 0) {
-        emit dataChanged(index(0, 0), index(m_RowCount - 1, ColumnCount - 1));
-    }
-}
-
-void ConnectionsTableModel::orderChanged() {
-    m_Rows.clear();
-}
-
-void ConnectionsTableModel::fetchRows(int first, int last) {
-    const int end = std::min(last + 1, m_RowCount);
-    int row = std::max(first, 0);
-    while (row < end) {
-        const int begin = row;
-        while (row < end && !isFresh(row)) {
-            ++row;
-        }
-        if (row > begin) {
-            fetchRun(begin, row - begin);
-        } else {
-            ++row;
-        }
-    }
-}
-
-std::shared_ptr<const ConnectionInfo> ConnectionsTableModel::connectionForRow(int row) {
-    fetchRows(row, row);
-    return m_Rows.value(row).connection;
-}
-
-int ConnectionsTableModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : m_RowCount;
 }
 
 int ConnectionsTableModel::columnCount(const QModelIndex& parent) const {
@@ -134,7 +96,7 @@ QVariant ConnectionsTableModel::data(const QModelIndex& index, int role) const {
     if (role != Qt::DisplayRole && role != Qt::ToolTipRole && role != ShortTextRole) {
         return {};
     }
-    const auto connection = m_Rows.value(row).connection;
+    const auto connection = knownRecord(row);
     if (connection == nullptr) {
         return {};
     }
@@ -156,30 +118,4 @@ QVariant ConnectionsTableModel::headerData(int section, Qt::Orientation orientat
         default:
             return {};
     }
-}
-
-void ConnectionsTableModel::setRowCount(int rows) {
-    if (rows > m_RowCount) {
-        beginInsertRows({}, m_RowCount, rows - 1);
-        m_RowCount = rows;
-        endInsertRows();
-    } else if (rows < m_RowCount) {
-        beginRemoveRows({}, rows, m_RowCount - 1);
-        m_RowCount = rows;
-        m_Rows.removeIf([=](auto known) { return known.key() >= rows; });
-        endRemoveRows();
-    }
-}
-
-bool ConnectionsTableModel::isFresh(int row) const {
-    const auto known = m_Rows.find(row);
-    return known != m_Rows.end() && known->refresh == m_Refresh;
-}
-
-void ConnectionsTableModel::fetchRun(int first, int count) {
-    int row = first;
-    for (auto& connection : m_Fetch(first, count)) {
-        m_Rows.insert(row++, {std::move(connection), m_Refresh});
-    }
-    emit dataChanged(index(first, 0), index(first + count - 1, ColumnCount - 1));
 }

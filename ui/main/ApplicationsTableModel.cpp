@@ -53,46 +53,14 @@ double shareOf(std::int64_t part, std::int64_t whole) {
 }  // namespace
 
 ApplicationsTableModel::ApplicationsTableModel(Fetch fetch, QObject* parent)
-    : QAbstractTableModel(parent),
-      m_Fetch(std::move(fetch)),
+    : FetchedTableModel(std::move(fetch), TotalsRow + 1, parent),
       m_Totals(std::make_shared<const TotalStatisticInfo>()) {}
 
 void ApplicationsTableModel::refresh(std::int32_t applications,
                                      std::shared_ptr<const TotalStatisticInfo> totals) {
     m_Totals = totals != nullptr ? std::move(totals) : std::make_shared<const TotalStatisticInfo>();
     m_TotalsEnd = m_Totals->endTime();
-    m_FreshRows.clear();
-    setRowCount(std::max(applications + 1, 0));
-    if (m_RowCount > 0) {
-        emit dataChanged(index(0, 0), index(m_RowCount - 1, ColumnCount - 1));
-    }
-}
-
-void ApplicationsTableModel::orderChanged() {
-    m_Applications.clear();
-    m_FreshRows.clear();
-}
-
-void ApplicationsTableModel::fetchRows(int first, int last) {
-    const int end = std::min(last + 1, m_RowCount);
-    for (int row = std::max(first, TotalsRow + 1); row < end; ++row) {
-        const int begin = row;
-        while (row < end && !m_FreshRows.contains(row)) {
-            ++row;
-        }
-        if (row > begin) {
-            fetchRun(begin, row - begin);
-        }
-    }
-}
-
-std::shared_ptr<const ApplicationInfo> ApplicationsTableModel::applicationForRow(int row) {
-    fetchRows(row, row);
-    return m_Applications.value(row);
-}
-
-int ApplicationsTableModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : m_RowCount;
+    refreshRows(applications + 1);
 }
 
 int ApplicationsTableModel::columnCount(const QModelIndex& parent) const {
@@ -108,7 +76,7 @@ QVariant ApplicationsTableModel::data(const QModelIndex& index, int role) const 
     if (role == (column == IconColumn ? Qt::DecorationRole : Qt::DisplayRole)) {
         return fieldValue(row, column);
     }
-    const auto application = m_Applications.value(row);
+    const auto application = knownRecord(row);
     if (role == Qt::ToolTipRole) {
         return column == PathColumn && application != nullptr ? PlainText::singleLine(application->fullPath())
                                                               : fieldValue(row, column).toString();
@@ -132,33 +100,11 @@ QVariant ApplicationsTableModel::headerData(int section, Qt::Orientation orienta
     }
 }
 
-void ApplicationsTableModel::setRowCount(int rows) {
-    if (rows > m_RowCount) {
-        beginInsertRows({}, m_RowCount, rows - 1);
-        m_RowCount = rows;
-        endInsertRows();
-    } else if (rows < m_RowCount) {
-        beginRemoveRows({}, rows, m_RowCount - 1);
-        m_RowCount = rows;
-        m_Applications.removeIf([=](auto known) { return known.key() >= rows; });
-        endRemoveRows();
-    }
-}
-
-void ApplicationsTableModel::fetchRun(int first, int count) {
-    int row = first;
-    for (auto& application : m_Fetch(first - 1, count)) {
-        m_FreshRows.insert(row);
-        m_Applications.insert(row++, std::move(application));
-    }
-    emit dataChanged(index(first, 0), index(first + count - 1, ColumnCount - 1));
-}
-
 QVariant ApplicationsTableModel::fieldValue(int row, int column) const {
     if (row == TotalsRow) {
         return totalStatisticFieldValue(column);
     }
-    const auto application = m_Applications.value(row);
+    const auto application = knownRecord(row);
     return application != nullptr ? applicationFieldValue(row, *application, column) : QVariant();
 }
 

@@ -2,12 +2,9 @@
 #include "ui/charts/ConnectionsGraphicController.h"
 
 #include <QEvent>
-#include <QHeaderView>
-#include <QMenu>
 #include <QScreen>
 #include <QShortcut>
 #include <QVBoxLayout>
-#include <QtMath>
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -15,15 +12,11 @@
 #include <utility>
 
 #include "config/ConfigStorage.h"
-#include "controls/ColumnFitter.h"
-#include "controls/TableView.h"
-#include "controls/TabularDigits.h"
 #include "daemon/DaemonConnection.h"
 #include "ui/applications/PlainText.h"
 #include "ui/applications/SortDirection.h"
-#include "ui/charts/ConnectionText.h"
 #include "ui/charts/ConnectionsExportDialog.h"
-#include "ui/charts/ConnectionsTableDelegate.h"
+#include "ui/charts/ConnectionsTableView.h"
 #include "ui/charts/HistoryGraphicWorker.h"
 #include "ui/charts/HistoryRangePickers.h"
 #include "ui/charts/HistoryRangePresets.h"
@@ -48,8 +41,6 @@ constexpr QSizeF colorLegendSize(100, 140);  // pixels, before it is fitted to i
 constexpr int narrowestDrawer = 480;         // pixels
 constexpr int widestDrawer = 960;
 constexpr int drawerMargin = 12;
-constexpr int sortArrowRoom = 16;       // pixels in a header
-constexpr int directionArrowRoom = 18;  // pixels beside the word
 
 constexpr qint64 secondsPerStorageMonth = 2'592'000;  // 30 days
 constexpr auto cancelPollInterval = 50ms;
@@ -111,13 +102,13 @@ ConnectionsGraphicController::ConnectionsGraphicController(std::shared_ptr<const
                                                            std::int32_t socketProtocol)
     : m_Outlets(std::make_unique<Ui::ConnectionsGraphic>()),
       m_Window(std::make_unique<QWidget>()),
-      m_ConnectionsTable(new TableView),
       m_NeedChangeTab(false),
       m_Application(std::move(application)),
       m_SocketProtocol(socketProtocol),
       m_ConnectionsList(ConnectionsIterator::iterator()),
       m_ConnectionsTableModel(
           [this](auto first, auto count) { return m_ConnectionsList->prefetch(first, count); }),
+      m_ConnectionsTable(new ConnectionsTableView(m_ConnectionsTableModel)),
       m_ConnectionsSortField(sortByNothing),
       m_ConnectionsSortDirection(Unsorted),
       m_UpdateStarted(false),
@@ -172,66 +163,14 @@ void ConnectionsGraphicController::setupCommands() {
 }
 
 void ConnectionsGraphicController::setupTable() {
-    m_ConnectionsTable->setObjectName("m_ConnectionsTable");
-    m_ConnectionsTable->setAccessibleName("Connections");
-    m_ConnectionsTable->setAlternatingRowColors(true);
-    m_ConnectionsTable->setModel(&m_ConnectionsTableModel);
-    m_ConnectionsTable->setEmptyText("No connections in this range");
-    m_ConnectionsTable->setSearchColumn(ConnectionsTableModel::RemoteAddressColumn);
     connect(m_ConnectionsTable, &TableView::visibleRowsChanged, this,
             &ConnectionsGraphicController::fetchVisibleRows);
     connect(m_ConnectionsTable->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &ConnectionsGraphicController::tableViewSelectionDidChange);
-    m_ConnectionsTable->setItemDelegate(
-        new ConnectionsTableDelegate(m_ConnectionsTable->font(), m_ConnectionsTable));
-    setupColumns();
-    setupTableMenu();
-    QHeaderView* header = m_ConnectionsTable->horizontalHeader();
-    header->setSectionsClickable(true);
-    header->setSortIndicatorShown(true);
-    header->setSortIndicator(-1, Qt::AscendingOrder);
-    connect(header, &QHeaderView::sectionClicked, this, &ConnectionsGraphicController::didClickTableColumn);
-    connect(header, &QHeaderView::sectionDoubleClicked, this,
+    connect(m_ConnectionsTable, &ConnectionsTableView::columnClicked, this,
             &ConnectionsGraphicController::didClickTableColumn);
-}
-
-/** Numbers get the room that they need; dates and addresses share the rest. */
-void ConnectionsGraphicController::setupColumns() {
-    constexpr int margins = 2 * TableDelegate::margin;
-    const TabularDigits digits(m_ConnectionsTable->font());
-    const QFontMetrics text = m_ConnectionsTable->fontMetrics();
-    const QFontMetrics caption = m_ConnectionsTable->horizontalHeader()->fontMetrics();
-    const int number = qCeil(digits.width("000000")) + margins;
-    const int date =
-        text.horizontalAdvance(NSDateToNSString(QDateTime(QDate(2028, 9, 27), QTime(22, 58, 58)))) + margins;
-    const int shortDate =
-        text.horizontalAdvance(shortDateText(QDateTime(QDate(2028, 12, 28), QTime(22, 58, 58)))) + margins;
-    const int direction = text.horizontalAdvance("Undefined") + directionArrowRoom + margins;
-    const int bytes = std::max(qCeil(digits.width("00000.000")),
-                               caption.horizontalAdvance("Received, MB") + sortArrowRoom) +
-                      margins;
-    const int address = qCeil(digits.width("000.000.000.000")) + margins;
-    new ColumnFitter(m_ConnectionsTable, {{number, number, 0},  // the table's own
-                                          {shortDate, date, 3},
-                                          {shortDate, date, 3},
-                                          {direction, direction, 0},
-                                          {bytes, bytes, 0},
-                                          {bytes, bytes, 0},
-                                          {96, address, 1},
-                                          {address, ColumnFitter::unlimitedWidth, 1}});
-}
-
-void ConnectionsGraphicController::setupTableMenu() {
-    auto* menu = new QMenu(m_ConnectionsTable);
-    menu->addAction(m_ConnectionsTable->copyAction());
-    menu->addSeparator();
-    QAction* exportAction = menu->addAction(QIcon::fromTheme("document-export"), "&Export All...");
-    exportAction->setToolTip("Writes all connections of the range to a file");
-    exportAction->setShortcut(QKeySequence::SaveAs);
-    exportAction->setShortcutContext(Qt::WidgetShortcut);
-    m_ConnectionsTable->addAction(exportAction);
-    m_ConnectionsTable->setMenu(menu);
-    connect(exportAction, &QAction::triggered, this, &ConnectionsGraphicController::exportConnections);
+    connect(m_ConnectionsTable, &ConnectionsTableView::exportWanted, this,
+            &ConnectionsGraphicController::exportConnections);
 }
 
 void ConnectionsGraphicController::setupDrawer() {
@@ -439,9 +378,9 @@ void ConnectionsGraphicController::didClickTableColumn(int columnId) {
         m_ConnectionsSortDirection = Unsorted;
     }
     const bool isSorted = m_ConnectionsSortDirection != Unsorted;
-    m_ConnectionsTable->horizontalHeader()->setSortIndicator(
-        isSorted ? columnId : -1,
-        m_ConnectionsSortDirection == Descending ? Qt::DescendingOrder : Qt::AscendingOrder);
+    m_ConnectionsTable->showSorting(isSorted ? columnId : -1, m_ConnectionsSortDirection == Descending
+                                                                  ? Qt::DescendingOrder
+                                                                  : Qt::AscendingOrder);
     updateConnectionsTable();
 }
 

@@ -14,12 +14,11 @@
 #include "daemon/ConnectionsIterator.h"
 #include "ui/charts/ConnectionsTableModel.h"
 
+class ConnectionsTableView;
 class HistoryGraphicWorker;
 struct HistoryGraphicMath;
 class HistoryRangePickers;
-class QHeaderView;
 class QWidget;
-class TableView;
 
 namespace Ui {
 class ConnectionsGraphic;
@@ -82,8 +81,6 @@ class ConnectionsGraphicController : public QObject, public GraphicViewDelegate 
     void awakeFromNib();
     void setupCommands();
     void setupTable();
-    void setupColumns();
-    void setupTableMenu();
     void setupDrawer();
     void setupRange();
     void setupGraphic();
@@ -118,14 +115,14 @@ class ConnectionsGraphicController : public QObject, public GraphicViewDelegate 
 
     const std::unique_ptr<Ui::ConnectionsGraphic> m_Outlets;
     const std::unique_ptr<QWidget> m_Window;
-    int m_DrawerRoom = 0;                 ///< pixels by which the window was widened for the drawer
-    TableView* const m_ConnectionsTable;  ///< in m_Window, as soon as it is in the drawer
+    int m_DrawerRoom = 0;  ///< pixels by which the window was widened for the drawer
     std::unique_ptr<HistoryRangePickers> m_Range;
     bool m_NeedChangeTab;  ///< the page of the range is to be shown once the drawer is closed
     const std::shared_ptr<const ApplicationInfo> m_Application;
     const std::int32_t m_SocketProtocol;
     const std::shared_ptr<ConnectionsIterator> m_ConnectionsList;
     ConnectionsTableModel m_ConnectionsTableModel;
+    ConnectionsTableView* const m_ConnectionsTable;  ///< in m_Window, as soon as it is in the drawer
     std::int32_t m_ConnectionsSortField;
     std::int32_t m_ConnectionsSortDirection;
     std::atomic<bool> m_UpdateStarted;  ///< by the main thread when a computation begins, false by its thread

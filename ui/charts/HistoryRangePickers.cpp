@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/charts/HistoryRangePickers.h"
 
-#include <QCalendarWidget>
-#include <QDateTimeEdit>
-#include <QEvent>
 #include <QLocale>
 #include <QSignalBlocker>
-#include <QTextCharFormat>
 
+#include "controls/Calendar.h"
+#include "controls/DateTimeEdit.h"
 #include "daemon/DateConversion.h"
 #include "ui/charts/ConnectionText.h"
 
@@ -23,48 +21,23 @@ QDateTime pickedTime(const QDateTimeEdit& edit) {
     return dateOf(edit.date(), edit.time());
 }
 
-/** No bar in the accent's colour above the days, and no red: that is a line of the chart. */
-void calm(QCalendarWidget& calendar) {
-    const QPalette palette = calendar.palette();
-    if (auto* bar = calendar.findChild<QWidget*>("qt_calendar_navigationbar")) {
-        QPalette quiet = palette;
-        quiet.setColor(QPalette::Highlight, palette.color(QPalette::Button));
-        quiet.setColor(QPalette::HighlightedText, palette.color(QPalette::ButtonText));
-        bar->setPalette(quiet);
-    }
-    QTextCharFormat text;
-    text.setForeground(palette.text());
-    for (const Qt::DayOfWeek day : {Qt::Saturday, Qt::Sunday}) {
-        calendar.setWeekdayTextFormat(day, text);
-    }
-}
-
 }  // namespace
 
 HistoryRangePickers::HistoryRangePickers(const Picker& start, const Picker& end)
     : m_Start(start), m_End(end) {
     setup(m_Start);
     setup(m_End);
-    connect(m_Start.edit, &QDateTimeEdit::dateTimeChanged, this, &HistoryRangePickers::startTimeChanged);
-    connect(m_End.edit, &QDateTimeEdit::dateTimeChanged, this, &HistoryRangePickers::endTimeChanged);
+    connect(m_Start.edit, &DateTimeEdit::dateTimeChanged, this, &HistoryRangePickers::startTimeChanged);
+    connect(m_End.edit, &DateTimeEdit::dateTimeChanged, this, &HistoryRangePickers::endTimeChanged);
 }
 
 void HistoryRangePickers::setup(const Picker& picker) {
     picker.edit->setDisplayFormat(shortDateFormat(picker.edit->locale()));
-    calm(*picker.calendar);
-    picker.calendar->installEventFilter(this);
-    connect(picker.edit, &QDateTimeEdit::dateTimeChanged, this, &HistoryRangePickers::showInCalendars);
-    connect(picker.calendar, &QCalendarWidget::selectionChanged, picker.edit, [picker] {
+    connect(picker.edit, &DateTimeEdit::dateTimeChanged, this, &HistoryRangePickers::showInCalendars);
+    connect(picker.calendar, &Calendar::selectionChanged, picker.edit, [picker] {
         // Not `setDate`: where the clock skips the hour on that day, it would give the earliest date of all.
         picker.edit->setDateTime(dateOf(picker.calendar->selectedDate(), picker.edit->time()));
     });
-}
-
-bool HistoryRangePickers::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::PaletteChange) {
-        calm(*static_cast<QCalendarWidget*>(watched));
-    }
-    return QObject::eventFilter(watched, event);
 }
 
 QDateTime HistoryRangePickers::startTime() const {
@@ -79,6 +52,7 @@ QDateTime HistoryRangePickers::endTime() const {
 void HistoryRangePickers::setRange(const QDateTime& startTime, const QDateTime& endTime) {
     const QSignalBlocker startBlocker(m_Start.edit);
     const QSignalBlocker endBlocker(m_End.edit);
+    finishEditing();
     m_Start.edit->clearMinimumDateTime();
     m_Start.edit->clearMaximumDateTime();
     m_End.edit->clearMinimumDateTime();
@@ -98,6 +72,11 @@ void HistoryRangePickers::setRange(const QDateTime& startTime, const QDateTime& 
 void HistoryRangePickers::setEarliestTime(const QDateTime& time) {
     m_EarliestTime = time;
     setRange(QDateTime(), QDateTime());
+}
+
+void HistoryRangePickers::finishEditing() {
+    m_Start.edit->finishEditing();
+    m_End.edit->finishEditing();
 }
 
 void HistoryRangePickers::limitEndTime() {

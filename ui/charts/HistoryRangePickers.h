@@ -4,8 +4,8 @@
 #include <QDateTime>
 #include <QObject>
 
-class QCalendarWidget;
-class QDateTimeEdit;
+class Calendar;
+class DateTimeEdit;
 
 /**
  * The two ends of a range, each a picker with a calendar, that keep each other in their limits: the start is not
@@ -16,8 +16,8 @@ class HistoryRangePickers : public QObject {
 
   public:
     struct Picker {
-        QDateTimeEdit* edit;
-        QCalendarWidget* calendar;
+        DateTimeEdit* edit;
+        Calendar* calendar;
     };
 
     /** The widgets outlive this object. */
@@ -33,6 +33,9 @@ class HistoryRangePickers : public QObject {
     /** Moves a start before it. Emits nothing. */
     void setEarliestTime(const QDateTime& time);
 
+    /** Takes what was typed and not yet finished; may emit both signals. */
+    void finishEditing();
+
     void limitEndTime();    ///< to what is not before the start
     void limitStartTime();  ///< to what is not after the end
 
@@ -40,9 +43,6 @@ class HistoryRangePickers : public QObject {
     /** The user changed them. The limits of the other picker are up to its owner. */
     void startTimeChanged();
     void endTimeChanged();
-
-  protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
     void setup(const Picker& picker);

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <gtest/gtest.h>
 
-#include <QCalendarWidget>
-#include <QDateTimeEdit>
+#include <QTest>
 #include <QTimeZone>
 #include <ctime>
 
+#include "controls/Calendar.h"
+#include "controls/DateTimeEdit.h"
 #include "ui/charts/HistoryGraphicMath.h"
 #include "ui/charts/HistoryRangePickers.h"
 #include "ui/charts/HistoryRangePresets.h"
@@ -61,10 +62,10 @@ class HistoryRangePickersTest : public testing::Test {
         return {QDate(2026, month, day), QTime(hour, minute)};
     }
 
-    QDateTimeEdit m_Start;
-    QDateTimeEdit m_End;
-    QCalendarWidget m_StartCalendar;
-    QCalendarWidget m_EndCalendar;
+    DateTimeEdit m_Start;
+    DateTimeEdit m_End;
+    Calendar m_StartCalendar;
+    Calendar m_EndCalendar;
     HistoryRangePickers m_Pickers{{&m_Start, &m_StartCalendar}, {&m_End, &m_EndCalendar}};
 };
 
@@ -104,6 +105,35 @@ TEST_F(HistoryRangePickersTest, TheUserCannotLeaveTheLimitsByPickerOrCalendar) {
     m_Start.setDateTime(date(6, 19));
     EXPECT_EQ(m_Pickers.startTime(), date(6, 19));
     EXPECT_EQ(m_Pickers.endTime(), date(6, 20));
+}
+
+TEST_F(HistoryRangePickersTest, AnyDateCanBeTypedAndIsMovedToTheLimitWhenThatIsFinished) {
+    QObject::connect(&m_Pickers, &HistoryRangePickers::startTimeChanged, &m_Pickers,
+                     &HistoryRangePickers::limitEndTime);
+    QObject::connect(&m_Pickers, &HistoryRangePickers::endTimeChanged, &m_Pickers,
+                     &HistoryRangePickers::limitStartTime);
+    m_Pickers.setEarliestTime(date(1, 15));
+    m_Pickers.setRange(date(1, 26), date(11, 21));
+    m_Start.setDisplayFormat("dd.MM.yyyy HH:mm");
+    const auto type = [](DateTimeEdit& edit, const QString& text) {
+        edit.setSelectedSection(QDateTimeEdit::DaySection);
+        QTest::keyClicks(&edit, text);
+    };
+    const QDateTime before = m_Pickers.startTime();
+    type(m_Start, "0208");
+    EXPECT_EQ(m_Start.text(), "02.08.2026 00:00");
+    EXPECT_EQ(m_Pickers.startTime(), before) << "until it is finished";
+    QTest::keyClick(&m_Start, Qt::Key_Return);
+    EXPECT_EQ(m_Pickers.startTime(), date(8, 2));
+    EXPECT_EQ(m_End.minimumDateTime(), date(8, 2));
+    type(m_Start, "3012");  // after the end
+    m_Pickers.finishEditing();
+    EXPECT_EQ(m_Pickers.startTime(), date(11, 21));
+    type(m_Start, "03012019");              // before the earliest
+    QTest::keyClick(&m_Start, Qt::Key_Up);  // a step further
+    EXPECT_EQ(m_Pickers.startTime().date().year(), 2026);
+    EXPECT_EQ(m_Start.minimumDateTime(), date(1, 15));
+    EXPECT_EQ(m_Start.maximumDateTime(), date(11, 21));
 }
 
 TEST_F(HistoryRangePickersTest, OfAnHourThatOccursTwiceTheFirstIsMeantAndASkippedOneMovesOn) {

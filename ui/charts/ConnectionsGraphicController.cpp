@@ -18,8 +18,7 @@
 #include "ui/charts/ConnectionsExportDialog.h"
 #include "ui/charts/ConnectionsTableView.h"
 #include "ui/charts/HistoryGraphicWorker.h"
-#include "ui/charts/HistoryRangePickers.h"
-#include "ui/charts/HistoryRangePresets.h"
+#include "ui/charts/HistoryRangePage.h"
 #include "ui/charts/TrafficFormat.h"
 #include "ui/charts/TrafficGraphic.h"
 #include "ui_ConnectionsGraphic.h"
@@ -153,10 +152,14 @@ void ConnectionsGraphicController::setupCommands() {
             &ConnectionsGraphicController::toggleDrawer);
     connect(m_Outlets->m_ConnectionsButton, &QPushButton::clicked, this,
             &ConnectionsGraphicController::toggleDrawer);
-    for (const auto key : {Qt::Key_Return, Qt::Key_Enter}) {
-        auto* showKey = new QShortcut(key, m_Outlets->m_RangePage);
-        showKey->setContext(Qt::WidgetWithChildrenShortcut);
-        connect(showKey, &QShortcut::activated, m_Outlets->m_ShowButton, &QPushButton::click);
+    connect(m_Outlets->m_CancelButton, &QPushButton::clicked, this,
+            &ConnectionsGraphicController::cancelRange);
+    for (const auto& [key, button] : {std::pair(Qt::Key_Return, m_Outlets->m_ShowButton),
+                                      std::pair(Qt::Key_Enter, m_Outlets->m_ShowButton),
+                                      std::pair(Qt::Key_Escape, m_Outlets->m_CancelButton)}) {
+        auto* shortcut = new QShortcut(key, m_Outlets->m_RangePage);
+        shortcut->setContext(Qt::WidgetWithChildrenShortcut);
+        connect(shortcut, &QShortcut::activated, button, &QPushButton::click);
     }
     auto* closeKey = new QShortcut(QKeySequence::Close, m_Window.get());
     connect(closeKey, &QShortcut::activated, m_Window.get(), &QWidget::close);
@@ -187,24 +190,11 @@ void ConnectionsGraphicController::setupDrawer() {
     connect(drawer, &Drawer::didClose, this, &ConnectionsGraphicController::drawerDidClose);
 }
 
-/** All that the statistics have, up to now. */
 void ConnectionsGraphicController::setupRange() {
-    m_Range = std::make_unique<HistoryRangePickers>(
+    m_Range = std::make_unique<HistoryRangePage>(
         HistoryRangePickers::Picker{m_Outlets->m_StartTime, m_Outlets->m_StartCalendar},
-        HistoryRangePickers::Picker{m_Outlets->m_EndTime, m_Outlets->m_EndCalendar});
-    choosePreset(HistoryRangePresets::All);
+        HistoryRangePickers::Picker{m_Outlets->m_EndTime, m_Outlets->m_EndCalendar}, m_Outlets->m_Presets);
     m_Range->setEarliestTime(earliestTime());
-    m_Outlets->m_Presets->addItems(HistoryRangePresets::names());
-    m_Outlets->m_Presets->setCurrentRow(HistoryRangePresets::All);
-    connect(m_Range.get(), &HistoryRangePickers::startTimeChanged, this,
-            &ConnectionsGraphicController::startTimeChanged);
-    connect(m_Range.get(), &HistoryRangePickers::endTimeChanged, this,
-            &ConnectionsGraphicController::endTimeChanged);
-    // Selected, not current: a list that gets the focus has a current item, which nobody chose.
-    connect(m_Outlets->m_Presets, &QListWidget::itemSelectionChanged, this,
-            &ConnectionsGraphicController::presetSelected);
-    connect(m_Outlets->m_Presets, &QListWidget::itemClicked, this,
-            &ConnectionsGraphicController::presetSelected);
     connect(m_Outlets->m_Presets, &QListWidget::itemActivated, this,
             &ConnectionsGraphicController::changeTab);
     showRange();
@@ -219,22 +209,6 @@ QDateTime ConnectionsGraphicController::earliestTime() const {
 void ConnectionsGraphicController::showRange() {
     m_Outlets->m_StartTimeCaption->setText(NSDateToNSString(m_Range->startTime()));
     m_Outlets->m_EndTimeCaption->setText(NSDateToNSString(m_Range->endTime()));
-}
-
-void ConnectionsGraphicController::choosePreset(int preset) {
-    const auto totals = preset == HistoryRangePresets::All
-                            ? DaemonConnection::sharedConnection()->totalStatisticInfo()
-                            : nullptr;
-    const auto [start, end] = HistoryRangePresets::range(
-        preset, QDateTime::currentDateTime(), totals != nullptr ? totals->startTime() : QDateTime());
-    m_Range->setRange(start, end);
-}
-
-void ConnectionsGraphicController::presetSelected() {
-    const QModelIndexList rows = m_Outlets->m_Presets->selectionModel()->selectedRows();
-    if (!rows.isEmpty()) {
-        choosePreset(rows.first().row());
-    }
 }
 
 void ConnectionsGraphicController::setupGraphic() {
@@ -418,36 +392,47 @@ void ConnectionsGraphicController::exportConnections() {
         m_ConnectionsTableModel.rowCount());
 }
 
-void ConnectionsGraphicController::startTimeChanged() {
-    m_Outlets->m_Presets->clearSelection();
-    m_Range->limitEndTime();
-}
-
-void ConnectionsGraphicController::endTimeChanged() {
-    m_Outlets->m_Presets->clearSelection();
-    m_Range->limitStartTime();
-}
-
 void ConnectionsGraphicController::changeTab() {
     if (m_NeedChangeTab) {
         return;
     }
-    const bool isDrawerClosed = m_Outlets->m_ToggleDrawerButton->isChecked();
     if (m_Outlets->m_TabView->currentIndex() != 0) {
+        m_Range->accept();
         showRange();
         updateConnectionsTable();
         beginUpdateGraphic();
-        m_Outlets->m_TabView->selectFirstTabViewItem();
-        if (!isDrawerClosed) {
-            m_Outlets->m_Drawer->toggle();
-        }
-    } else if (isDrawerClosed) {
+        showGraphicPage();
+    } else if (isDrawerClosed()) {
         showRangePage();
     } else {
         m_NeedChangeTab = true;
         m_Outlets->m_ToggleDrawerButton->setEnabled(
             false);  // a drawer that turned back would never be closed
         m_Outlets->m_ConnectionsButton->setEnabled(false);
+        m_Outlets->m_Drawer->toggle();
+    }
+}
+
+/** Back to the chart as it was, or was going to be. */
+void ConnectionsGraphicController::cancelRange() {
+    if (m_Outlets->m_TabView->currentIndex() == 0) {
+        return;
+    }
+    m_Range->restore();
+    if (m_IsGraphicIncomplete) {
+        beginUpdateGraphic();
+    }
+    showGraphicPage();
+}
+
+bool ConnectionsGraphicController::isDrawerClosed() const {
+    return m_Outlets->m_ToggleDrawerButton->isChecked();
+}
+
+/** With the drawer as it was before the other page. */
+void ConnectionsGraphicController::showGraphicPage() {
+    m_Outlets->m_TabView->selectFirstTabViewItem();
+    if (!isDrawerClosed()) {
         m_Outlets->m_Drawer->toggle();
     }
 }
@@ -509,9 +494,9 @@ void ConnectionsGraphicController::drawerDidClose() {
 }
 
 void ConnectionsGraphicController::showRangePage() {
-    presetSelected();  // up to the present again, if one is selected
     m_Outlets->m_TabView->selectLastTabViewItem();
-    m_Outlets->m_Presets->setFocus();
+    m_Range->open();
+    m_IsGraphicIncomplete = m_UpdateStarted;
     cancelUpdateGraphic();
 }
 

@@ -17,7 +17,7 @@
 class ConnectionsTableView;
 class HistoryGraphicWorker;
 struct HistoryGraphicMath;
-class HistoryRangePickers;
+class HistoryRangePage;
 class QWidget;
 
 namespace Ui {
@@ -86,9 +86,9 @@ class ConnectionsGraphicController : public QObject, public GraphicViewDelegate 
     void setupGraphic();
     QDateTime earliestTime() const;
     void showRange();
-    void choosePreset(int preset);
-    void presetSelected();
     void showRangePage();
+    void showGraphicPage();
+    void cancelRange();
 
     void clearGraphic(const HistoryGraphicMath& math);
     void stepDone(double x, qint64 receivedBytes, qint64 sendedBytes);
@@ -104,19 +104,18 @@ class ConnectionsGraphicController : public QObject, public GraphicViewDelegate 
 
     void toggleDrawer();
     void makeRoomForDrawer();
+    bool isDrawerClosed() const;
     bool isSizeFixed() const;
     void drawerWillOpen();
     void drawerWillClose();
     void drawerDidOpen();
     void drawerDidClose();
-    void startTimeChanged();
-    void endTimeChanged();
     void windowWillClose();
 
     const std::unique_ptr<Ui::ConnectionsGraphic> m_Outlets;
     const std::unique_ptr<QWidget> m_Window;
     int m_DrawerRoom = 0;  ///< pixels by which the window was widened for the drawer
-    std::unique_ptr<HistoryRangePickers> m_Range;
+    std::unique_ptr<HistoryRangePage> m_Range;
     bool m_NeedChangeTab;  ///< the page of the range is to be shown once the drawer is closed
     const std::shared_ptr<const ApplicationInfo> m_Application;
     const std::int32_t m_SocketProtocol;
@@ -127,6 +126,7 @@ class ConnectionsGraphicController : public QObject, public GraphicViewDelegate 
     std::int32_t m_ConnectionsSortDirection;
     std::atomic<bool> m_UpdateStarted;  ///< by the main thread when a computation begins, false by its thread
     std::atomic<bool> m_UpdateNeedCancel;
-    double m_GraphicStartTime;                       ///< X = 0 of the chart, in seconds since 1970
+    double m_GraphicStartTime;           ///< X = 0 of the chart, in seconds since 1970
+    bool m_IsGraphicIncomplete = false;  ///< its computation was cancelled by the page of the range
     std::unique_ptr<HistoryGraphicWorker> m_Worker;  ///< of the latest computation
 };

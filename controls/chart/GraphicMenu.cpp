@@ -7,20 +7,19 @@
 #include <QGuiApplication>
 #include <QIcon>
 #include <QMessageBox>
-#include <QRegularExpression>
 #include <QStandardPaths>
 #include <functional>
 #include <utility>
 
+#include "controls/FileName.h"
 #include "controls/chart/GraphicExport.h"
 #include "controls/chart/GraphicView.h"
 
 namespace {
 
-/** Without what some file systems do not allow in a name. */
 QString fileName(const GraphicView& view) {
-    QString name = view.accessibleName().isEmpty() ? QStringLiteral("Chart") : view.accessibleName();
-    return name.replace(QRegularExpression(QStringLiteral("[\\\\/:*?\"<>|]")), QStringLiteral("_"));
+    return FileName::fromTitle(view.accessibleName().isEmpty() ? QStringLiteral("Chart")
+                                                               : view.accessibleName());
 }
 
 QString suffixOf(const QString& filter) {

@@ -9,6 +9,7 @@
 #include <cmath>
 
 #include "controls/chart/GraphicMenu.h"
+#include "controls/chart/GraphicNotice.h"
 #include "controls/chart/GraphicPlot.h"
 #include "controls/chart/GraphicReadOut.h"
 #include "controls/chart/GraphicViewAccessible.h"
@@ -16,7 +17,10 @@
 #include "controls/chart/GraphicViewLegend.h"
 
 GraphicView::GraphicView(QWidget* parent)
-    : QWidget(parent), m_Plot(std::make_unique<GraphicPlot>(m_Scene)), m_ReadOut(new GraphicReadOut(this)) {
+    : QWidget(parent),
+      m_Plot(std::make_unique<GraphicPlot>(m_Scene)),
+      m_ReadOut(new GraphicReadOut(this)),
+      m_Notice(new GraphicNotice(this)) {
     GraphicViewAccessible::install();
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
@@ -182,6 +186,10 @@ void GraphicView::setBGAlpha(float alpha) {
     changed();
 }
 
+void GraphicView::setNotice(const QString& text) {
+    m_Notice->setText(text);
+}
+
 QString GraphicView::summary() const {
     const auto text = [this](double value, int axe) {
         const auto number = static_cast<float>(value);
@@ -206,6 +214,9 @@ QString GraphicView::summary() const {
         parts.append(
             QStringLiteral("%1: highest %2, at %3, latest %4")
                 .arg(lineName(i), text(peak->y, 1), text(peak->x, 0), text(data.points()[last - 1].y, 1)));
+    }
+    if (!m_Notice->text().isEmpty()) {
+        parts.prepend(m_Notice->text());
     }
     return parts.join(QStringLiteral("; "));
 }
@@ -263,6 +274,7 @@ void GraphicView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     placeLegends();
     m_ReadOut->setGeometry(rect());
+    m_Notice->place();
     changed();
 }
 

@@ -12,6 +12,8 @@
 #include <QVBoxLayout>
 #include <utility>
 
+#include "controls/FileName.h"
+
 namespace {
 
 constexpr int windowMargin = 12;  // pixels
@@ -24,14 +26,15 @@ QString title() {
 
 }  // namespace
 
-void ConnectionsExportDialog::ask(QWidget* window, ConnectionsExport::Fetch fetch, std::int32_t connections) {
+void ConnectionsExportDialog::ask(QWidget* window, const QString& subject, ConnectionsExport::Fetch fetch,
+                                  std::int32_t connections) {
     auto* dialog =
         new QFileDialog(window, title(), QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setNameFilter(QStringLiteral("Comma-separated values (*.csv)"));
     dialog->setDefaultSuffix(QStringLiteral("csv"));
-    dialog->selectFile(QStringLiteral("Connections.csv"));
+    dialog->selectFile(FileName::fromTitle(subject));
     connect(dialog, &QFileDialog::fileSelected, window,
             [window, fetch = std::move(fetch), connections](const QString& path) {
                 new ConnectionsExportDialog(window, path, fetch, connections);

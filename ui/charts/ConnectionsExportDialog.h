@@ -15,8 +15,12 @@ class ConnectionsExportDialog : public QDialog {
     Q_OBJECT
 
   public:
-    /** Asks where to, then exports `connections` rows there and tells of a failure. Returns at once. */
-    static void ask(QWidget* window, ConnectionsExport::Fetch fetch, std::int32_t connections);
+    /**
+     * Asks where to, offering a file named for `subject`, then exports `connections` rows there and tells of a failure.
+     * Returns at once.
+     */
+    static void ask(QWidget* window, const QString& subject, ConnectionsExport::Fetch fetch,
+                    std::int32_t connections);
 
     /** Begins at once and deletes itself in the end; `window` is not null. */
     ConnectionsExportDialog(QWidget* window, const QString& path, ConnectionsExport::Fetch fetch,

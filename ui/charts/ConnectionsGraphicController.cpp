@@ -132,6 +132,8 @@ void ConnectionsGraphicController::awakeFromNib() {
         m_Application != nullptr
             ? PlainText::windowTitle(QStringLiteral("\"%1\" Application Graphic").arg(m_Application->name()))
             : QStringLiteral("Total Graphic"));
+    m_Outlets->m_Graphic->setAccessibleName(subject());
+    m_Outlets->m_RangeTitle->setText(subject());
     m_Window->installEventFilter(this);
     setupCommands();
     setupTable();
@@ -200,6 +202,12 @@ void ConnectionsGraphicController::setupRange() {
     showRange();
 }
 
+/** Names the protocol, which the window's title does not. */
+QString ConnectionsGraphicController::subject() const {
+    return graphicTitle(m_SocketProtocol) + " of " +
+           (m_Application != nullptr ? PlainText::singleLine(m_Application->name()) : "All Applications");
+}
+
 /** Nothing where the history is kept for ever. */
 QDateTime ConnectionsGraphicController::earliestTime() const {
     const qint64 months = ConfigStorage::sharedConfig()->maxStorageTimeInMonths();
@@ -239,6 +247,9 @@ void ConnectionsGraphicController::beginUpdateGraphic() {
     m_UpdateNeedCancel = false;
     m_Outlets->m_Graphic->hide();
     m_Outlets->m_DataFlow->setEnabled(false);  // of the range before, until the new one is known
+    m_Outlets->m_UpdateCover->cover("Computing...", QString("%1 to %2")
+                                                        .arg(m_Outlets->m_StartTimeCaption->text().trimmed(),
+                                                             m_Outlets->m_EndTimeCaption->text().trimmed()));
     m_Outlets->m_UpdateProgressIndicator->setValue(0);
     m_Outlets->m_UpdateProgressIndicator->show();
 
@@ -302,7 +313,9 @@ void ConnectionsGraphicController::dataFlowKnown(qint64 receivedBytes, qint64 se
 
 void ConnectionsGraphicController::graphicUpdated() {
     m_Outlets->m_UpdateProgressIndicator->hide();
+    TrafficGraphic::showLink(*m_Outlets->m_Graphic);
     m_Outlets->m_Graphic->show();
+    m_Outlets->m_UpdateCover->uncover();
 }
 
 void ConnectionsGraphicController::updateConnectionsTable() {
@@ -312,6 +325,8 @@ void ConnectionsGraphicController::updateConnectionsTable() {
                                               m_ConnectionsSortDirection);
     m_ConnectionsTableModel.orderChanged();
     m_ConnectionsTableModel.refresh(m_ConnectionsList->countConnections());
+    const bool isLinkDown = DaemonConnection::sharedConnection()->isLinkDown();
+    m_ConnectionsTable->setEmptyText(isLinkDown ? "" : "No connections in this range");
     fetchVisibleRows();
     tableViewSelectionDidChange();
 }
@@ -387,7 +402,7 @@ QDateTime ConnectionsGraphicController::dateAtX(float x) {
 /** The cursor lives until the last who fetches from it is gone. */
 void ConnectionsGraphicController::exportConnections() {
     ConnectionsExportDialog::ask(
-        m_Window.get(),
+        m_Window.get(), QString("Connections (%1)").arg(subject()),
         [list = m_ConnectionsList](auto first, auto count) { return list->prefetch(first, count); },
         m_ConnectionsTableModel.rowCount());
 }

@@ -84,6 +84,7 @@ class ConnectionsGraphicController : public QObject, public GraphicViewDelegate 
     void setupDrawer();
     void setupRange();
     void setupGraphic();
+    QString subject() const;
     QDateTime earliestTime() const;
     void showRange();
     void showRangePage();

@@ -27,7 +27,6 @@ ConnectionsTableView::ConnectionsTableView(ConnectionsTableModel& model, QWidget
     setAccessibleName("Connections");
     setAlternatingRowColors(true);
     setModel(&model);
-    setEmptyText("No connections in this range");
     setSearchColumn(ConnectionsTableModel::RemoteAddressColumn);
     setItemDelegate(new ConnectionsTableDelegate(font(), this));
     setupColumns();

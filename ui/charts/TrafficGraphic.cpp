@@ -11,6 +11,7 @@
 #include "controls/chart/GraphicViewGraphicTitleLegendItem.h"
 #include "controls/chart/GraphicViewLegend.h"
 #include "controls/chart/GraphicViewLineColorLegendItem.h"
+#include "daemon/DaemonConnection.h"
 #include "ui/charts/TrafficFormat.h"
 
 namespace {
@@ -76,6 +77,10 @@ void TrafficGraphic::appendLines(GraphicView& graphic, bool hasDropShadow) {
 void TrafficGraphic::addLegends(GraphicView& graphic, const QSizeF& colorLegendSize, const QString& title) {
     const GraphicViewLegend* colors = addColorLegend(graphic, colorLegendSize);
     addTitleLegend(graphic, colors->frame(), title);
+}
+
+void TrafficGraphic::showLink(GraphicView& graphic) {
+    graphic.setNotice(DaemonConnection::sharedConnection()->isLinkDown() ? "No link to the daemon" : "");
 }
 
 QString TrafficGraphic::bytesToMegabitsString(double bytes) {

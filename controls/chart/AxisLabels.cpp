@@ -15,6 +15,8 @@ constexpr qreal labelGap = 16;           // pixels between two labels side by si
 constexpr qreal lineGap = 4;             // pixels between two labels above each other
 constexpr std::size_t enoughLabels = 3;  // for which more lines of text are not worth their height
 
+constexpr std::size_t enoughForAScale = 2;
+
 struct Piece {
     QString text;  ///< ends with the blanks in front of the next one
     qreal width;
@@ -128,7 +130,10 @@ std::vector<AxisLabels::Label> AxisLabels::placed(const Axis& axis, double step,
 std::vector<AxisLabels::Label> AxisLabels::vertical(const Axis& axis, qreal width) const {
     std::vector<Label> labels;
     const double minimum = (m_Metrics.height() + lineGap) * axis.valuesPerPixel();
-    const double step = GraphicMesh::coarsened(axis.cell, minimum, GraphicMesh::Unit::Values);
+    double step = GraphicMesh::coarsened(axis.cell, minimum, GraphicMesh::Unit::Values);
+    while (GraphicMesh::lines(axis.from, axis.to, step).size() < enoughForAScale && step / 2 >= minimum) {
+        step /= 2;
+    }
     for (const double value : GraphicMesh::lines(axis.from, axis.to, step)) {
         Label added = label(value, 1, width);
         added.rect.moveRight(0);

@@ -42,7 +42,10 @@ class AxisLabels {
      */
     std::vector<Label> horizontal(const Axis& axis, qreal left, qreal right, int maximumLines) const;
 
-    /** Labels beside the lines of a Y axis, with their right edge at 0 and at most `width` wide. */
+    /**
+     * Labels beside the lines of a Y axis, with their right edge at 0 and at most `width` wide; between the lines, too,
+     * where there would be but one.
+     */
     std::vector<Label> vertical(const Axis& axis, qreal width) const;
 
     /** `text` in at most `lines` lines, narrow, broken after a comma rather than elsewhere. */

@@ -13,6 +13,7 @@ constexpr QPointF shadowOffset(1, 1.5);  // pixels
 constexpr qreal leastSelection = 3;      // pixels that a selected stretch is wide at least
 constexpr qreal markRadius = 3;          // pixels
 constexpr qreal fillOpacity = 0.12;      // of the line's own
+constexpr qreal tickLength = 3;          // pixels
 constexpr int filledStyle = 1;
 
 QColor withAlpha(QColor color, int alpha) {
@@ -194,6 +195,8 @@ void GraphicPainter::drawLabels(QPainter& painter) const {
     }
     const qreal right = m_Layout.area().left() - 6;
     for (const auto& label : m_Layout.yLabels()) {
+        const qreal y = std::floor(m_Layout.pixelY(label.value));
+        painter.fillRect(QRectF(m_Layout.area().left() - tickLength, y, tickLength, 1), m_Colors.axis);
         painter.drawText(label.rect.translated(right, 0),
                          Qt::AlignRight | Qt::AlignVCenter | Qt::TextDontClip, label.text);
     }

@@ -58,6 +58,7 @@ struct GraphicPlot::Engine {
         plot.plotLayout()->setMargins({});
         setUpAxis(*plot.xAxis, xTicker);
         setUpAxis(*plot.yAxis, yTicker);
+        plot.yAxis->setTicks(false);  // they are drawn with the labels, of which there may be more than lines
         add("background", &GraphicPainter::drawFills);
         add("grid", &GraphicPainter::drawSelection);
         add("main", &GraphicPainter::drawLines);

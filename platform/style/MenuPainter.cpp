@@ -3,7 +3,6 @@
 
 #include <QIcon>
 #include <QStyle>
-#include <algorithm>
 
 #include "platform/style/Brush.h"
 #include "platform/style/InterfacePalette.h"
@@ -25,13 +24,17 @@ bool isEnabled(const QStyleOption& option) {
     return option.state.testFlag(QStyle::State_Enabled);
 }
 
-/** One column for both: an item that is checked shows that instead of its icon. */
-int markWidth(const QStyleOptionMenuItem& item) {
-    return std::max(item.menuHasCheckableItems ? checkColumn : 0, item.maxIconWidth);
+/** What a column of this width takes with the gap behind it; one that no item needs takes nothing. */
+int withGap(int width) {
+    return width > 0 ? width + columnGap : 0;
 }
 
-int markColumn(const QStyleOptionMenuItem& item) {
-    return markWidth(item) > 0 ? markWidth(item) + columnGap : 0;
+int checkWidth(const QStyleOptionMenuItem& item) {
+    return item.menuHasCheckableItems ? checkColumn : 0;
+}
+
+int marksWidth(const QStyleOptionMenuItem& item) {
+    return withGap(checkWidth(item)) + withGap(item.maxIconWidth);
 }
 
 void drawSeparator(QPainter& painter, const QStyleOptionMenuItem& item) {
@@ -51,16 +54,17 @@ void drawCheck(QPainter& painter, const QStyleOptionMenuItem& item, const QRectF
     }
 }
 
-void drawMark(QPainter& painter, const QStyleOptionMenuItem& item, const QRect& column, int iconSize) {
-    const auto room = [&](int size) {
-        return QStyle::alignedRect(item.direction, Qt::AlignCenter, QSize(size, size), column);
+/** From the left edge of `room` on. */
+void drawMarks(QPainter& painter, const QStyleOptionMenuItem& item, const QRect& room, int iconSize) {
+    const auto centred = [&](int left, int width, int size) {
+        return QStyle::alignedRect(item.direction, Qt::AlignCenter, QSize(size, size),
+                                   QRect(left, room.top(), width, room.height()));
     };
     if (item.checkType != QStyleOptionMenuItem::NotCheckable && item.checked) {
-        drawCheck(painter, item, room(checkColumn));
-    } else if (!item.icon.isNull()) {
-        item.icon.paint(&painter, room(iconSize), Qt::AlignCenter,
-                        isEnabled(item) ? QIcon::Normal : QIcon::Disabled);
+        drawCheck(painter, item, centred(room.left(), checkWidth(item), checkColumn));
     }
+    item.icon.paint(&painter, centred(room.left() + withGap(checkWidth(item)), item.maxIconWidth, iconSize),
+                    Qt::AlignCenter, isEnabled(item) ? QIcon::Normal : QIcon::Disabled);
 }
 
 /** Qt hands the text and the shortcut over with a tab between them. */
@@ -79,8 +83,8 @@ void drawTexts(QPainter& painter, const QStyleOptionMenuItem& item, const QRect&
 
 void drawColumns(QPainter& painter, const QStyleOptionMenuItem& item, int iconSize) {
     QRect room = item.rect.adjusted(textMargin + sideMargin, 0, -textMargin - sideMargin, 0);
-    drawMark(painter, item, QRect(room.left(), room.top(), markWidth(item), room.height()), iconSize);
-    room.setLeft(room.left() + markColumn(item));
+    drawMarks(painter, item, room, iconSize);
+    room.setLeft(room.left() + marksWidth(item));
     if (item.menuItemType == QStyleOptionMenuItem::SubMenu) {
         Brush(painter).chevron(QPointF(room.right() - 3, QRectF(room).center().y()), Qt::RightArrow,
                                item.palette.color(QPalette::PlaceholderText), 7);
@@ -133,7 +137,7 @@ QSize MenuPainter::itemSize(const QStyleOptionMenuItem& item, const QSize& textS
     }
     const int shortcut = item.text.contains('\t') || item.reservedShortcutWidth > 0 ? shortcutGap : 0;
     const int arrow = item.menuItemType == QStyleOptionMenuItem::SubMenu ? arrowColumn : 0;
-    const int width = textSize.width() + markColumn(item) + shortcut + arrow;
+    const int width = textSize.width() + marksWidth(item) + shortcut + arrow;
     return {width + 2 * (sideMargin + textMargin), qMax(itemHeight, textSize.height())};
 }
 

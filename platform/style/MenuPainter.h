@@ -5,8 +5,8 @@
 #include <QStyleOptionMenuItem>
 
 /**
- * Draws menus and the menu bar. A menu has three columns: check marks or icons, texts, shortcuts; the first
- * only where an item needs it.
+ * Draws menus and the menu bar. A menu has four columns: check marks, icons, texts, shortcuts; the first two only where
+ * an item needs them.
  */
 class MenuPainter {
   public:

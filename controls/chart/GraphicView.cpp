@@ -12,6 +12,7 @@
 #include "controls/chart/GraphicNotice.h"
 #include "controls/chart/GraphicPlot.h"
 #include "controls/chart/GraphicReadOut.h"
+#include "controls/chart/GraphicSkyline.h"
 #include "controls/chart/GraphicViewAccessible.h"
 #include "controls/chart/GraphicViewDelegate.h"
 #include "controls/chart/GraphicViewLegend.h"
@@ -133,6 +134,7 @@ void GraphicView::recalcVisibleHeight() {
     QRectF viewport = m_Scene.viewport;
     viewport.setTop(bottom);
     viewport.setHeight(top - bottom);
+    m_AreLegendsInDoubt = true;
     setViewport(viewport);
 }
 
@@ -251,6 +253,13 @@ void GraphicView::redraw() {
     m_Plot->draw(m_Picture, {size(), QColor(), palette(), font()});
     m_IsStale = false;
     m_ReadOut->follow(m_Plot->layout());
+    if (m_AreLegendsInDoubt) {
+        m_AreLegendsInDoubt = false;
+        const GraphicSkyline skyline(m_Scene, m_Plot->layout());
+        for (GraphicViewLegend* legend : legendsToPlace()) {
+            legend->keepClearOf(skyline);
+        }
+    }
 }
 
 void GraphicView::drawOn(QPaintDevice& device) {
@@ -273,17 +282,23 @@ void GraphicView::paintEvent(QPaintEvent* /*event*/) {
 void GraphicView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     placeLegends();
+    m_AreLegendsInDoubt = true;
     m_ReadOut->setGeometry(rect());
     m_Notice->place();
     changed();
 }
 
 void GraphicView::placeLegends() {
-    QList<GraphicViewLegend*> all = legends();
-    std::stable_partition(all.begin(), all.end(), [](const auto* legend) { return !legend->isHugging(); });
-    for (GraphicViewLegend* legend : all) {
+    for (GraphicViewLegend* legend : legendsToPlace()) {
         legend->place();
     }
+}
+
+/** First those that others make room for. */
+QList<GraphicViewLegend*> GraphicView::legendsToPlace() const {
+    QList<GraphicViewLegend*> all = legends();
+    std::stable_partition(all.begin(), all.end(), [](const auto* legend) { return !legend->isHugging(); });
+    return all;
 }
 
 void GraphicView::changeEvent(QEvent* event) {

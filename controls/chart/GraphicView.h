@@ -55,8 +55,10 @@ class GraphicView : public QWidget {
     QRectF viewport() const { return m_Scene.viewport; }
     void setViewport(const QRectF& viewport);
 
-    /** Fits the viewport's height to all points: from zero, or the lowest, to a quarter of a grid row above the
-     * highest, and at least one row. */
+    /**
+     * Fits the viewport's height to all points: from zero, or the lowest, to a quarter of a grid row above the highest,
+     * and at least one row. Legends that the user has not moved then keep off the lines where they can.
+     */
     void recalcVisibleHeight();
 
     /** The grid's steps in data units; 0 for no grid along that axis. */
@@ -121,6 +123,7 @@ class GraphicView : public QWidget {
     GraphicScene::Line* lineAt(unsigned line);
     void changed();
     void redraw();
+    QList<GraphicViewLegend*> legendsToPlace() const;
 
     GraphicScene m_Scene;
     std::unique_ptr<GraphicPlot> m_Plot;
@@ -128,6 +131,7 @@ class GraphicView : public QWidget {
     GraphicNotice* m_Notice;
     QPixmap m_Picture;  ///< as it was drawn the last time
     float m_BackgroundAlpha = 1;
-    bool m_IsStale = true;  ///< the picture no longer shows what it should
+    bool m_AreLegendsInDoubt = true;  ///< they may cover lines where they need not
+    bool m_IsStale = true;            ///< the picture no longer shows what it should
     bool m_AreUpdatesDisabled = false;
 };

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "controls/chart/GraphicSkyline.h"
 #include "controls/chart/GraphicView.h"
 #include "controls/chart/GraphicViewLegendItem.h"
 #include "controls/chart/GraphicViewLineColorLegendItem.h"
@@ -22,7 +23,10 @@ constexpr qreal cornerRadius = 4;
 constexpr int leastWidth = 40;
 constexpr int leastHuggedWidth = 160;  // that a box may have if its items want it, in a smaller frame, too
 
-constexpr double mostOfView = 0.3;  // that a legend may cover
+constexpr int slideStep = 8;
+constexpr int clearance = 4;  // around a box that covers no line
+
+constexpr double mostOfView = 0.12;  // that a legend may cover
 
 /** A margin before, a size and a margin after, of which those that are flexible share what was gained or lost. */
 std::pair<qreal, qreal> resized(qreal start, qreal size, qreal gained, bool isStartFlexible,
@@ -71,6 +75,7 @@ QRectF GraphicViewLegend::frame() const {
 void GraphicViewLegend::setFrame(const QRectF& frame, bool needRepaint) {
     m_Frame = frame;
     m_ViewSize = m_Graphic->size();
+    m_Shift = 0;
     m_Graphic->placeLegends();
     if (needRepaint) {
         repaint();
@@ -110,13 +115,41 @@ void GraphicViewLegend::place() {
     const qreal hugged =
         std::min<qreal>(itemsSize().width(), std::max<qreal>(wanted.width(), leastHuggedWidth));
     const qreal width = std::min(isHugging() ? hugged : wanted.width(), right - left);
-    const qreal x = std::clamp(wanted.center().x() - width / 2, left, std::max(left, right - width));
+    const qreal x =
+        std::clamp(wanted.center().x() + m_Shift - width / 2, left, std::max(left, right - width));
     m_Box = QRectF(x, y, width, height).toRect();
     setGeometry(m_Box.adjusted(-shadowExtent, -shadowExtent, shadowExtent, shadowExtent + shadowDrop));
     const bool isCut = wanted.height() > view.height() || width < std::min<qreal>(leastWidth, hugged);
     setVisible(!isCut && width * height <= mostOfView * view.width() * view.height());
     placeItems();
     update();
+}
+
+void GraphicViewLegend::keepClearOf(const GraphicSkyline& skyline) {
+    if (m_IsPlacedByUser) {
+        return;
+    }
+    m_Shift = 0;
+    place();
+    for (int shift = 0; !isHidden() && shift < m_Graphic->width(); shift += slideStep) {
+        for (const int side : {-1, 1}) {
+            if (isFree(m_Box.translated(side * shift, 0), skyline)) {
+                m_Shift = side * shift;
+                place();
+                return;
+            }
+        }
+    }
+}
+
+bool GraphicViewLegend::isFree(const QRectF& box, const GraphicSkyline& skyline) const {
+    const QRectF around = box.adjusted(-clearance, -clearance, clearance, clearance);
+    const auto legends = m_Graphic->legends();
+    return around.left() >= skyline.area().left() && around.right() <= skyline.area().right() &&
+           skyline.topBetween(around.left(), around.right()) >= around.bottom() &&
+           std::none_of(legends.begin(), legends.end(), [&](const GraphicViewLegend* other) {
+               return other != this && !other->isHidden() && other->m_Box.intersects(around.toAlignedRect());
+           });
 }
 
 /** From where to where it may be in X. One that hugs its items keeps away from the others. */
@@ -203,6 +236,7 @@ void GraphicViewLegend::mouseMoveEvent(QMouseEvent* event) {
         return;
     }
     const QPoint step = event->position().toPoint() - m_DragPosition;
+    m_IsPlacedByUser = true;
     const int x =
         std::clamp(step.x(), -m_Box.left(), std::max(-m_Box.left(), m_Graphic->width() - m_Box.right() - 1));
     const int y =

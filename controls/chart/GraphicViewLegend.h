@@ -6,12 +6,13 @@
 #include <QWidget>
 #include <utility>
 
+class GraphicSkyline;
 class GraphicView;
 class GraphicViewLegendItem;
 
 /**
  * A box of items on a chart. Its frame is in the view's pixels with the origin at the lower left and y growing
- * upwards. It is always shown inside the view; in a view that it would mostly cover it is hidden. Main thread.
+ * upwards. It is always shown inside the view; in a view of which it would cover a good part it is hidden. Main thread.
  */
 class GraphicViewLegend : public QWidget {
     Q_OBJECT
@@ -56,6 +57,12 @@ class GraphicViewLegend : public QWidget {
     /** Goes to its place; the view calls it for all, first for those that others make room for. */
     void place();
 
+    /**
+     * Moves to the left or the right, where that takes it off the lines and off the other legends; stays where there is
+     * no such place, and where the user has put it.
+     */
+    void keepClearOf(const GraphicSkyline& skyline);
+
     /** Draws itself where it stands in the view, if it is visible. */
     void drawOn(QPainter& painter) const;
 
@@ -70,6 +77,7 @@ class GraphicViewLegend : public QWidget {
   private:
     explicit GraphicViewLegend(GraphicView* view);
     QSize itemsSize() const;
+    bool isFree(const QRectF& box, const GraphicSkyline& skyline) const;
     std::pair<qreal, qreal> stretchFor(qreal y, qreal height) const;
     void placeItems();
     void drawBox(QPainter& painter) const;
@@ -83,4 +91,6 @@ class GraphicViewLegend : public QWidget {
     QRect m_Box;            ///< what is painted without the shadow, in the view
     QPoint m_DragPosition;  ///< of the pointer, from the upper left corner, while it drags
     bool m_IsDragging = false;
+    bool m_IsPlacedByUser = false;
+    qreal m_Shift = 0;  ///< to the right of where the frame is, so that it covers no line
 };

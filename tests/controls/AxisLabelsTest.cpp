@@ -65,6 +65,20 @@ TEST(AxisLabels, LongDatesAreBrokenAfterACommaAndShortTextsStayInOneLine) {
     EXPECT_EQ(labels.wrapped("120", 3), "120");
 }
 
+TEST(AxisLabels, AScaleHasTwoFiguresWhereverTheyHaveRoom) {
+    const AxisLabels labels(QFontMetricsF(QFont()), [](double value) { return QString::number(value); });
+    const auto values = [&](double to, double cell, qreal height) {
+        std::vector<double> shown;
+        for (const auto& label : labels.vertical({0, to, cell, height, 0}, 100)) {
+            shown.push_back(label.value);
+        }
+        return shown;
+    };
+    EXPECT_EQ(values(256, 1024, 180), (std::vector<double>{0, 256}));
+    EXPECT_EQ(values(1280, 1024, 180), (std::vector<double>{0, 1024}));
+    EXPECT_EQ(values(256, 1024, 12), std::vector<double>{0});
+}
+
 TEST(AxisLabels, StayWhereTheyAreOnTheDataWhileTheChartScrolls) {
     const AxisLabels labels(QFontMetricsF(QFont()), [](double value) { return QString::number(value); });
     for (int second = 0; second < 60; ++second) {

@@ -218,7 +218,7 @@ TEST_F(GraphicViewTest, LegendsFollowTheirCornerStayInsideAndHideWhereTheyWouldC
     EXPECT_EQ(legend->frame(), QRectF(QPointF(880 - size.width(), 460 - size.height()), size));
     EXPECT_NEAR(legend->geometry().center().x(), legend->frame().center().x(), 1);
     EXPECT_LT(legend->geometry().bottom(), 240) << "y grows upwards";
-    m_View.resize(110, 90);
+    m_View.resize(200, 130);
     EXPECT_TRUE(legend->isHidden());
     m_View.resize(420, 260);
     EXPECT_FALSE(legend->isHidden());
@@ -235,6 +235,26 @@ TEST_F(GraphicViewTest, LegendsAreDraggedWithinTheViewOnly) {
     legend->setFrame(QRectF({-500, 9000}, legend->frame().size()), false);
     EXPECT_TRUE(m_View.rect().adjusted(-6, -6, 6, 7).contains(legend->geometry()))
         << "its shadow is 5 pixels";
+}
+
+TEST_F(GraphicViewTest, LegendsSlideOffAPeakUnlessTheUserHasPutThemThere) {
+    GraphicViewLegend* legend = colorLegend();
+    const QRect corner = legend->geometry();
+    for (int x = 0; x <= 120; ++x) {
+        m_View.addPointToLine(0, {double(x), x > 95 && x < 115 ? 9000.0 : 10.0});
+    }
+    m_View.recalcVisibleHeight();
+    settle();
+    const QRect free = legend->geometry();
+    EXPECT_EQ(free.top(), corner.top());
+    EXPECT_LT(free.right(), 60 + 95 * (420 - 60) / 120);
+    EXPECT_GT(free.right(), corner.left() - 80) << "not farther than it must";
+    QTest::mousePress(legend, Qt::LeftButton, {}, {8, 8});
+    QTest::mouseMove(legend, QPoint(8, 8) + corner.topLeft() - free.topLeft());
+    QTest::mouseRelease(legend, Qt::LeftButton);
+    m_View.recalcVisibleHeight();
+    settle();
+    EXPECT_EQ(legend->geometry(), corner);
 }
 
 TEST_F(GraphicViewTest, TitlesKeepAwayFromTheOtherLegendAndAreNoWiderThanTheirFrame) {

@@ -304,7 +304,7 @@ def history(studio, name, size=None, **looks):
     """Of all applications, over the demo's year."""
     with studio.demo_daemon(), studio.window(**looks) as window:
         window.select(0)
-        accessible.press(accessible.find(window.element, "push button", "All traffic"))
+        accessible.press(accessible.find(window.element, "push button", "Full Traffic"))
         graphic = window.other_window("Graphic")
         if size:
             xdotool("windowsize", "--sync", graphic, *size)
@@ -326,7 +326,7 @@ def connections(studio, name):
         window.sort_by("Received, MB")
         time.sleep(SETTLE)
         window.select(2)
-        accessible.press(accessible.find(window.element, "push button", "All traffic"))
+        accessible.press(accessible.find(window.element, "push button", "Full Traffic"))
         graphic = window.other_window("Graphic")
         xdotool("windowmove", "--sync", graphic, 0, 0)
         accessible.press(accessible.find(window.element, "push button", "Connections"))

@@ -27,6 +27,8 @@ constexpr int slideStep = 8;
 constexpr int clearance = 4;  // around a box that covers no line
 
 constexpr double mostOfView = 0.12;  // that a legend may cover
+constexpr double mostOfHeight = 0.3;
+constexpr double mostOfHeightForTitle = 0.18;  // which says nothing that the window's own does not
 
 /** A margin before, a size and a margin after, of which those that are flexible share what was gained or lost. */
 std::pair<qreal, qreal> resized(qreal start, qreal size, qreal gained, bool isStartFlexible,
@@ -120,7 +122,8 @@ void GraphicViewLegend::place() {
     m_Box = QRectF(x, y, width, height).toRect();
     setGeometry(m_Box.adjusted(-shadowExtent, -shadowExtent, shadowExtent, shadowExtent + shadowDrop));
     const bool isCut = wanted.height() > view.height() || width < std::min<qreal>(leastWidth, hugged);
-    setVisible(!isCut && width * height <= mostOfView * view.width() * view.height());
+    setVisible(!isCut && width * height <= mostOfView * view.width() * view.height() &&
+               height <= (isHugging() ? mostOfHeightForTitle : mostOfHeight) * view.height());
     placeItems();
     update();
 }

@@ -119,7 +119,7 @@ def visit(program_path, children):
     program = desktop.wait_for("The window", lambda: accessible.programs(Path(program_path).name))[0]
     main = desktop.wait_for("Its table", lambda: accessible.attempt(lambda: find_main(program)))
 
-    second = Past(main, 1, wire.ALL, "All traffic")
+    second = Past(main, 1, wire.ALL, "Full Traffic")
     seconds = second.check()
     wanted = {"Received, MB": 2 * seconds, "Sent, MB": seconds}
     frame = window_of(program, "Total Graphic")[0]
@@ -129,7 +129,7 @@ def visit(program_path, children):
     Recorder.asked.clear()
 
     windows = [Past(main, 59 * 60, wire.TCP, "TCP"), Past(main, 3600, wire.UDP, "UDP"),
-               Past(main, 30 * DAY, wire.ALL, "All traffic"), Past(main, 1000 * DAY, wire.TCP, "TCP", row=1)]
+               Past(main, 30 * DAY, wire.ALL, "Full Traffic"), Past(main, 1000 * DAY, wire.TCP, "TCP", row=1)]
     for window in windows:
         window.check()
 

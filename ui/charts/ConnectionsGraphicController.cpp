@@ -326,7 +326,8 @@ void ConnectionsGraphicController::updateConnectionsTable() {
     m_ConnectionsTableModel.orderChanged();
     m_ConnectionsTableModel.refresh(m_ConnectionsList->countConnections());
     const bool isLinkDown = DaemonConnection::sharedConnection()->isLinkDown();
-    m_ConnectionsTable->setEmptyText(isLinkDown ? "" : "No connections in this range");
+    m_ConnectionsTable->setEmptyText(isLinkDown ? TrafficGraphic::noLinkText()
+                                               : "No connections in this range");
     fetchVisibleRows();
     tableViewSelectionDidChange();
 }

@@ -79,8 +79,12 @@ void TrafficGraphic::addLegends(GraphicView& graphic, const QSizeF& colorLegendS
     addTitleLegend(graphic, colors->frame(), title);
 }
 
+QString TrafficGraphic::noLinkText() {
+    return "No link to the daemon";
+}
+
 void TrafficGraphic::showLink(GraphicView& graphic) {
-    graphic.setNotice(DaemonConnection::sharedConnection()->isLinkDown() ? "No link to the daemon" : "");
+    graphic.setNotice(DaemonConnection::sharedConnection()->isLinkDown() ? noLinkText() : QString());
 }
 
 QString TrafficGraphic::bytesToMegabitsString(double bytes) {

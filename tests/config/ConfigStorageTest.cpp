@@ -7,23 +7,12 @@
 
 #include "daemon/DaemonConnection.h"
 #include "tests/config/TemporaryFolder.h"
-#include "tests/support/LinkPeer.h"
-#include "tests/support/PrivateNetwork.h"
+#include "tests/support/DaemonTest.h"
 
 namespace {
 
-constexpr unsigned short daemonPort = 10023;
-
-const bool hasPrivateNetwork = enterPrivateNetwork();
-
-class ConfigStorageTest : public testing::Test {
+class ConfigStorageTest : public DaemonTest {
   protected:
-    void SetUp() override {
-        if (!hasPrivateNetwork) {
-            GTEST_SKIP() << "this system does not allow a network namespace";
-        }
-    }
-
     ConfigStorage open() const { return {m_Folder.file("system"), m_Folder.file("user")}; }
 
     TemporaryFolder m_Folder;

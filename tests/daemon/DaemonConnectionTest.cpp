@@ -19,27 +19,14 @@
 #include "libs/utils/src/StringUtils.h"
 #include "protocol/DaemonApplicationInfo.h"
 #include "protocol/DaemonConnectionInfo.h"
+#include "tests/support/DaemonTest.h"
 #include "tests/support/Hex.h"
-#include "tests/support/LinkPeer.h"
-#include "tests/support/PrivateNetwork.h"
 
 // The facade is one per process and its port is fixed: every case runs in a process and a network of its own.
 
 namespace {
 
-constexpr unsigned short daemonPort = 10023;
-
-// Before main: a user without privileges may enter one only while the process has a single thread.
-const bool hasPrivateNetwork = enterPrivateNetwork();
-
-class DaemonConnectionTest : public testing::Test {
-  protected:
-    void SetUp() override {
-        if (!hasPrivateNetwork) {
-            GTEST_SKIP() << "this system does not allow a network namespace";
-        }
-    }
-};
+class DaemonConnectionTest : public DaemonTest {};
 
 int indexOf(const LinkPeer::Request& request) {
     return static_cast<unsigned char>(request.body[6]) * 256 + static_cast<unsigned char>(request.body[7]);

@@ -31,13 +31,9 @@
 #include "protocol/DaemonSetConnectionsIteratorParametersRequest.h"
 #include "protocol/DaemonTotalReceivedBytesRequest.h"
 #include "protocol/DaemonTotalStatisticInfo.h"
-#include "tests/support/LinkPeer.h"
-#include "tests/support/PrivateNetwork.h"
+#include "tests/support/DaemonTest.h"
 #include "ui/charts/HistoryGraphicWorker.h"
 #include "ui/charts/TrafficFormat.h"
-
-// The shared connection is one per process and its port is fixed: every case runs in a process and a network
-// of its own.
 
 namespace {
 
@@ -45,11 +41,7 @@ using namespace std::chrono_literals;
 using Controller = ConnectionsGraphicController;
 using Clock = std::chrono::steady_clock;
 
-constexpr unsigned short daemonPort = 10023;
 constexpr qint64 day = 86400;
-
-// Before main: a user without privileges may enter one only while the process has a single thread.
-const bool hasPrivateNetwork = enterPrivateNetwork();
 
 /** Bytes up to a moment, as a daemon would know them. */
 std::int64_t receivedUpTo(qint64 seconds, int application) {
@@ -57,15 +49,6 @@ std::int64_t receivedUpTo(qint64 seconds, int application) {
 }
 std::int64_t sentUpTo(qint64 seconds, int application) {
     return receivedUpTo(seconds + 7, application) / 3;
-}
-
-template <class Message>
-Message read(const LinkPeer::Request& request) {
-    BinarySerializer data;
-    data.WriteCopy(request.body.data(), static_cast<int>(request.body.size()));
-    Message message;
-    EXPECT_TRUE(message.UnserializeFrom(data));
-    return message;
 }
 
 /** A question for a total. */
@@ -85,12 +68,12 @@ void PrintTo(const Query& query, std::ostream* out) {
 std::optional<Query> queryOf(const LinkPeer::Request& request) {
     const int type = request.header.messageType;
     if (type == 3 || type == 5) {
-        const auto asked = read<DaemonTotalReceivedBytesRequest>(request);
+        const auto asked = DaemonTest::read<DaemonTotalReceivedBytesRequest>(request);
         return Query{type == 3 ? 'R' : 'S', -1, TimeToNSDate(asked.toTime).toSecsSinceEpoch(),
                      asked.socketProtocol};
     }
     if (type == 7 || type == 9) {
-        const auto asked = read<DaemonApplicationReceivedBytesRequest>(request);
+        const auto asked = DaemonTest::read<DaemonApplicationReceivedBytesRequest>(request);
         return Query{type == 7 ? 'R' : 'S', asked.applicationId,
                      TimeToNSDate(asked.toTime).toSecsSinceEpoch(), asked.socketProtocol};
     }
@@ -103,11 +86,12 @@ std::shared_ptr<const ApplicationInfo> application(int id) {
 }
 
 /** History windows on a scripted daemon. */
-class ConnectionsGraphicControllerTest : public testing::Test {
+class ConnectionsGraphicControllerTest : public DaemonTest {
   protected:
     void SetUp() override {
-        if (!hasPrivateNetwork) {
-            GTEST_SKIP() << "this system does not allow a network namespace";
+        DaemonTest::SetUp();
+        if (IsSkipped()) {
+            return;
         }
         // Where TZ does not name the zone, the C library makes it anew at every look, under a lock of its own that
         // ThreadSanitizer does not see.
@@ -299,6 +283,9 @@ TEST_F(ConnectionsGraphicControllerTest, EveryWindowSaysWhatItShowsAndIsListedUn
     }
     EXPECT_EQ(titles.join('|'),
               "Total Graphic|Total Graphic|\"App 1\" Application Graphic|\"App 2\" Application Graphic");
+    EXPECT_EQ(graphicOf(windows[1])->accessibleName(), "TCP Traffic of All Applications");
+    EXPECT_EQ(graphicOf(windows[3])->accessibleName(), "UDP Traffic of App 2")
+        << "and so are its files called";
     EXPECT_TRUE(std::equal(std::begin(windows), std::end(windows), Controller::graphicsList().begin(),
                            Controller::graphicsList().end()));
     for (const Controller* window : windows) {
@@ -385,6 +372,38 @@ TEST_F(ConnectionsGraphicControllerTest, ThePageOfTheRangeWaitsForTheDrawerAndBr
     outlet(controller, "m_ShowButton")->click();
     QTest::qWait(250);
     EXPECT_FALSE(drawer->isOpen());
+}
+
+TEST_F(ConnectionsGraphicControllerTest, EscapeLeadsBackToTheChartAsItWasOrWasGoingToBe) {
+    auto* controller = Controller::graphic(application(3), 6);
+    controller->show();
+    ASSERT_TRUE(waitUntilDone(controller));
+    const auto* startTime = outlet<QDateTimeEdit>(controller, "m_StartTime");
+    const auto* tabs = outlet<AnimatedTabView>(controller, "m_TabView");
+    auto* presets = outlet<QListWidget>(controller, "m_Presets");
+    const QDateTime start = startTime->dateTime();
+    const auto leaveAndComeBack = [&] {
+        outlet(controller, "m_ChangeRangeButton")->click();
+        presets->setCurrentRow(2);
+        EXPECT_NE(startTime->dateTime(), start);
+        QTest::keyClick(presets, Qt::Key_Escape);
+        EXPECT_EQ(tabs->currentIndex(), 0);
+        EXPECT_EQ(startTime->dateTime(), start);
+        EXPECT_EQ(presets->selectionModel()->selectedRows().first().row(), 6);
+    };
+    const QString shown = textOf(controller, "m_StartTimeCaption");
+    newQueries();
+    leaveAndComeBack();
+    EXPECT_FALSE(graphicOf(controller)->isHidden());
+    EXPECT_TRUE(newQueries().empty());
+    EXPECT_EQ(textOf(controller, "m_StartTimeCaption"), shown);
+
+    HistoryGraphicWorker::setStepPause(20ms);
+    controller->beginUpdateGraphic();
+    QTest::qWait(100);
+    leaveAndComeBack();  // which cancels it
+    ASSERT_TRUE(waitUntilDone(controller));
+    EXPECT_GE(graphicOf(controller)->scene().lines[0].data.points().size(), 104U);
 }
 
 TEST_F(ConnectionsGraphicControllerTest, SortsByHeadersAndMarksTheLifeOfTheSelectedConnection) {

@@ -13,39 +13,20 @@
 #include "controls/ToolWindow.h"
 #include "controls/chart/GraphicView.h"
 #include "protocol/DaemonApplicationInfo.h"
-#include "tests/support/LinkPeer.h"
-#include "tests/support/PrivateNetwork.h"
-
-// The shared connection is one per process and its port is fixed: every case runs in a process and a network
-// of its own.
+#include "tests/support/DaemonTest.h"
 
 namespace {
 
 using Points = std::vector<std::pair<float, float>>;
 
-constexpr unsigned short daemonPort = 10023;
-
-// Before main: a user without privileges may enter one only while the process has a single thread.
-const bool hasPrivateNetwork = enterPrivateNetwork();
-
 /** Charts on a scripted daemon that knows what `m_Applications` holds. They are polled by hand. */
-class RealtimeGraphicTest : public testing::Test {
+class RealtimeGraphicTest : public DaemonTest {
   protected:
-    void SetUp() override {
-        if (!hasPrivateNetwork) {
-            GTEST_SKIP() << "this system does not allow a network namespace";
-        }
-    }
-
     void TearDown() override { RealtimeGraphic::closeAllGraphics(); }
 
     bool answer(const LinkPeer::Request& request, BinarySerializer& body) {
-        BinarySerializer data;
-        data.WriteCopy(request.body.data(), request.body.size());
-        int id = 0;
-        data.ReadInt(id);
         const std::lock_guard lock(m_Mutex);
-        const auto found = m_Applications.find(id);
+        const auto found = m_Applications.find(intAt(request.body, 0));
         if (found != m_Applications.end()) {
             found->second.SerializeTo(body);
         }
@@ -155,6 +136,19 @@ TEST_F(RealtimeGraphicTest, ARecordThatIsLostFallsToZeroAndIsNotAskedForAgain) {
     EXPECT_EQ(m_Peer.waitForRequests(3).size(), 3) << "opening, the first poll and the one that failed";
     EXPECT_FALSE(RealtimeGraphic::isGraphicForAplicationIdExist(7));
     EXPECT_EQ(RealtimeGraphic::graphicsList().size(), 1);
+    EXPECT_FALSE(view()->summary().contains("No link")) << "the daemon is there, it knows nothing";
+}
+
+TEST_F(RealtimeGraphicTest, ALostDaemonIsToldOfInTheChart) {
+    know(7, 1000, 400);
+    const auto graphic = RealtimeGraphic::graphicWithApplicationId(7);
+    m_Peer.die();
+    ASSERT_TRUE(QTest::qWaitFor([&] {
+        graphic->onTimer();
+        return view()->summary().contains("No link to the daemon");
+    }));
+    graphic->onTimer();
+    EXPECT_EQ(points(0).back().second, 0) << "which is no traffic";
 }
 
 TEST_F(RealtimeGraphicTest, AnUnknownApplicationHasAChartWithoutAName) {

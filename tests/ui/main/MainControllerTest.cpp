@@ -19,37 +19,21 @@
 #include "daemon/DaemonConnection.h"
 #include "protocol/DaemonApplicationInfo.h"
 #include "protocol/DaemonTotalStatisticInfo.h"
-#include "tests/support/LinkPeer.h"
-#include "tests/support/PrivateNetwork.h"
+#include "tests/support/DaemonTest.h"
 #include "ui/charts/ConnectionsGraphicController.h"
 #include "ui/charts/RealtimeGraphic.h"
-
-// The shared connection is one per process and its port is fixed: every case runs in a process and a network
-// of its own.
 
 namespace {
 
 using Model = ApplicationsTableModel;
 
-constexpr unsigned short daemonPort = 10023;
-
-// Before main: a user without privileges may enter one only while the process has a single thread.
-const bool hasPrivateNetwork = enterPrivateNetwork();
-
-std::int32_t intAt(const std::string& body, std::size_t offset) {
-    BinarySerializer data;
-    data.WriteCopy(body.data() + offset, 4);
-    int value = 0;
-    data.ReadInt(value);
-    return value;
-}
-
 /** A window on a scripted daemon that names an application by the order that it was told and by its index. */
-class MainControllerTest : public testing::Test {
+class MainControllerTest : public DaemonTest {
   protected:
     void SetUp() override {
-        if (!hasPrivateNetwork) {
-            GTEST_SKIP() << "this system does not allow a network namespace";
+        DaemonTest::SetUp();
+        if (IsSkipped()) {
+            return;
         }
         m_Controller = std::make_unique<MainController>();
         for (QWidget* window : QApplication::topLevelWidgets()) {

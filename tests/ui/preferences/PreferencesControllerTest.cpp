@@ -25,33 +25,21 @@
 #include "controls/TableView.h"
 #include "daemon/DaemonConnection.h"
 #include "protocol/DaemonApplicationInfo.h"
-#include "tests/support/LinkPeer.h"
-#include "tests/support/PrivateNetwork.h"
+#include "tests/support/DaemonTest.h"
 
 namespace {
 
-constexpr unsigned short daemonPort = 10023;
 constexpr int eventType = -1;
 constexpr int cleanEvent = 1;
 constexpr int configChangedEvent = 4;
 
-// Before main: a user without privileges may enter one only while the process has a single thread.
-const bool hasPrivateNetwork = enterPrivateNetwork();
-
-std::int32_t intAt(const std::string& body, std::size_t offset) {
-    BinarySerializer data;
-    data.WriteCopy(body.data() + offset, 4);
-    int value = 0;
-    data.ReadInt(value);
-    return value;
-}
-
 /** A sheet over settings in a folder of its own, on a scripted daemon with applications of the ids 0, 1, 2 ... */
-class PreferencesControllerTest : public testing::Test {
+class PreferencesControllerTest : public DaemonTest {
   protected:
     void SetUp() override {
-        if (!hasPrivateNetwork) {
-            GTEST_SKIP() << "this system does not allow a network namespace";
+        DaemonTest::SetUp();
+        if (IsSkipped()) {
+            return;
         }
         m_Parent.show();
         m_Config = std::make_unique<ConfigStorage>(path("system").toStdString(), path("user").toStdString());

@@ -48,7 +48,12 @@ void WaitingCover::paintEvent(QPaintEvent* /*event*/) {
     base.setAlphaF(baseOpacity);
     painter.fillRect(rect(), palette().color(QPalette::Window));
     painter.fillRect(rect(), base);
+    if (!isFading) {  // or it would stand between the lines for a moment
+        drawTexts(painter);
+    }
+}
 
+void WaitingCover::drawTexts(QPainter& painter) const {
     QRect room = rect().adjusted(margin, 0, -margin, 0);
     room.setBottom(room.center().y());
     painter.setPen(palette().color(QPalette::WindowText));

@@ -22,6 +22,8 @@ class WaitingCover : public QWidget {
     void paintEvent(QPaintEvent* event) override;
 
   private:
+    void drawTexts(QPainter& painter) const;
+
     QVariantAnimation m_Fade;  ///< opacity
     QString m_Title;
     QString m_Detail;

@@ -321,7 +321,7 @@ TEST_F(ConnectionsGraphicControllerTest, PausesBetweenStepsAndCancelsWithinOne) 
     EXPECT_TRUE(progress->isVisible());
     const auto cancelled = Clock::now();
     outlet(controller, "m_ChangeRangeButton")->click();
-    EXPECT_LT(Clock::now() - cancelled, 400ms);  // a step, a poll, and room for a busy machine
+    EXPECT_LT(Clock::now() - cancelled, 2s) << "far from the five that it would take, on a busy machine too";
     const auto asked = newQueries();
     EXPECT_LE(asked.size(), 2U * (1 + 5 + 4));
     QTest::qWait(120);

@@ -22,6 +22,12 @@ Moment nextKept(Moment previous, const DemoScene& scene) {
     return std::min(next - next.time_since_epoch() % grain, scene.present);
 }
 
+/** How coarse `nextKept` is: its last step of each kind ends on or after the age at which a finer one begins. */
+SeriesGrains keptGrains(const DemoScene& scene) {
+    return {.until = {floor<duration<std::int64_t, std::ratio<10>>>(scene.present),
+                      ceil<minutes>(scene.present - hours(2)), ceil<hours>(scene.present - days(1))}};
+}
+
 }  // namespace
 
 Moment demoHistoryBegin(const DemoScene& scene) {
@@ -60,6 +66,7 @@ bool writeDemoHistory(Store& store, const DemoScene& scene) {
     }
     Ledger ledger(std::move(*state));
     StoreBatch batch(store);
+    batch.setGrains(keptGrains(scene));
     return runDemoYear(scene, ledger, [&](const LedgerChanges& changes) { return batch.append(changes); }) &&
            batch.commit();
 }

@@ -30,12 +30,16 @@ bool Housekeeper::isDue() const {
     return m_Begun != today();
 }
 
+bool Housekeeper::isDone() const {
+    return m_Store.isPruned() && m_Store.isThinned(m_Now());
+}
+
 bool Housekeeper::hasWork() const {
-    return (isDue() || !m_Store.isPruned()) && steady_clock::now() >= m_RestsUntil;
+    return (isDue() || !isDone()) && steady_clock::now() >= m_RestsUntil;
 }
 
 void Housekeeper::work() {
-    const bool worked = isDue() ? begin() : m_Store.prune();
+    const bool worked = isDue() ? begin() : !m_Store.isPruned() ? m_Store.prune() : m_Store.thin(m_Now());
     if (!worked) {
         m_RestsUntil = steady_clock::now() + restAfterFailure;
     }
@@ -54,7 +58,7 @@ bool Housekeeper::begin() {
 void Housekeeper::report(bool worked) {
     if (!worked && std::exchange(m_Works, false)) {
         logLine("store: what is too old in the history cannot be dropped now: ", m_Store.lastError());
-    } else if (worked && m_Store.isPruned() && !std::exchange(m_Works, true)) {
+    } else if (worked && isDone() && !std::exchange(m_Works, true)) {
         logLine("store: what is too old in the history is dropped now");
     }
 }

@@ -77,6 +77,7 @@ constexpr std::array migrations = {
     )sql",
     // received, sent: bytes at the IP layer from here on, and the payload beside them. What was counted before was
     //   payload, so there both are the same.
+    // thinned_...: up to where the series are coarse, see SeriesGrain.h.
     R"sql(
         ALTER TABLE series ADD COLUMN payload_received INTEGER NOT NULL DEFAULT 0;
         ALTER TABLE series ADD COLUMN payload_sent INTEGER NOT NULL DEFAULT 0;
@@ -84,6 +85,9 @@ constexpr std::array migrations = {
         ALTER TABLE connections ADD COLUMN payload_received INTEGER NOT NULL DEFAULT 0;
         ALTER TABLE connections ADD COLUMN payload_sent INTEGER NOT NULL DEFAULT 0;
         UPDATE connections SET payload_received = received, payload_sent = sent;
+        ALTER TABLE counting ADD COLUMN thinned_tens INTEGER NOT NULL DEFAULT 0;
+        ALTER TABLE counting ADD COLUMN thinned_minutes INTEGER NOT NULL DEFAULT 0;
+        ALTER TABLE counting ADD COLUMN thinned_hours INTEGER NOT NULL DEFAULT 0;
     )sql",
 };
 

@@ -18,11 +18,12 @@ class SeriesReader {
   public:
     explicit SeriesReader(SQLite::Database& database);
 
-    bool isValid() const { return m_LastRow.IsValid(); }
+    bool isValid() const { return m_Rows.IsValid(); }
 
     /**
      * The last row at or before `moment`: one index seek. 0 before the first. Nothing when it cannot be read, with
-     * the reason in the database's `GetLastError`.
+     * the reason in the database's `GetLastError`. Where only the end of an interval is known, as `SeriesGrain.h`
+     * tells, its bytes are taken to have moved evenly in it, rounded down: totals never sink with time.
      *
      * Moments before the history is kept count as the first kept one, for all applications alike. Were the total
      * 0 there, a chart that reaches across would show all of the dropped past as a spike in one step; as it is it
@@ -34,14 +35,16 @@ class SeriesReader {
     std::optional<Counters> upTo(ApplicationId application, Moment moment);
 
   private:
-    struct Row {
+    struct Total {
         ByteCount moved;
         ByteCount payload;
     };
 
-    std::optional<Row> lastRow(ApplicationId application, ProtocolClass protocolClass, Moment moment);
+    std::optional<Total> total(ApplicationId application, ProtocolClass protocolClass, Moment moment);
+    Total interpolate(SQLite::StepResult& step);
+    Total row() const;
 
-    SQLite::Query m_LastRow;
+    SQLite::Query m_Rows;
 };
 
 }  // namespace service

@@ -92,10 +92,11 @@ Store::Store(std::unique_ptr<FileLock> lock, std::unique_ptr<SQLite::Database> d
     : m_Lock(std::move(lock)),
       m_Database(std::move(database)),
       m_Series(*m_Database),
-      m_WriteCounting(
-          *m_Database,
-          "INSERT OR REPLACE INTO counting (only_row, start, latest, next_application, "
-          "next_connection, trusted, credible_from, kept_since) VALUES (1, ?1, ?2, ?3, ?4, ?5, ?6, ?7)"),
+      m_WriteCounting(*m_Database,
+                      "INSERT OR REPLACE INTO counting (only_row, start, latest, next_application, "
+                      "next_connection, trusted, credible_from, kept_since, thinned_tens, thinned_minutes, "
+                      "thinned_hours) "
+                      "VALUES (1, ?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10)"),
       m_WriteApplication(*m_Database,
                          "INSERT INTO applications (id, path, name, first_seen, last_seen) "
                          "VALUES (?1, ?2, ?3, ?4, ?5) "
@@ -113,12 +114,13 @@ Store::Store(std::unique_ptr<FileLock> lock, std::unique_ptr<SQLite::Database> d
                     "INSERT OR REPLACE INTO series (application, class, moment, received, sent, "
                     "payload_received, payload_sent) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)"),
       m_WriteKeptSince(*m_Database, "UPDATE counting SET kept_since = ?1"),
-      m_Pruner(*m_Database) {}
+      m_Pruner(*m_Database),
+      m_Thinner(*m_Database) {}
 
 bool Store::isValid() const {
     return m_Series.isValid() && m_WriteCounting.IsValid() && m_WriteApplication.IsValid() &&
            m_WriteConnection.IsValid() && m_WriteSeries.IsValid() && m_WriteKeptSince.IsValid() &&
-           m_Pruner.isValid();
+           m_Pruner.isValid() && m_Thinner.isValid();
 }
 
 /** Keeps the reason, before the end of another statement clears it. */
@@ -144,13 +146,16 @@ bool Store::readProgress() {
 }
 
 bool Store::readMoments() {
-    SQLite::Query row(*m_Database, "SELECT latest, trusted, credible_from, kept_since FROM counting");
+    SQLite::Query row(*m_Database,
+                      "SELECT latest, trusted, credible_from, kept_since, thinned_tens, thinned_minutes, "
+                      "thinned_hours FROM counting");
     const SQLite::StepResult result = row.Step();
     if (result == SQLite::StepResult::Row) {
         const auto moment = [&](int column) { return momentFromColumn(row.GetColumnAsInt64(column)); };
         m_Progress.latest = moment(0);
         m_Progress.present = TrustedPresent(moment(1), moment(2));
         m_Progress.keptSince = moment(3);
+        m_Progress.grains.until = {moment(4), moment(5), moment(6)};
     }
     return result != SQLite::StepResult::Failed;
 }
@@ -212,7 +217,10 @@ bool Store::append(const LedgerChanges& changes) {
 
 bool Store::beginPruning(Moment now, std::optional<std::chrono::days> retention) {
     const bool isLimited = retention && *retention > std::chrono::days(0);
-    const Moment cut = isLimited ? std::min(present(), now) - *retention : m_Progress.keptSince;
+    // On the hour, where all totals are known, however coarse the series are there.
+    const Moment cut = isLimited
+                           ? std::chrono::floor<std::chrono::hours>(std::min(present(), now) - *retention)
+                           : m_Progress.keptSince;
     if (cut > m_Progress.keptSince) {
         if (!m_WriteKeptSince.Execute(toColumn(cut))) {
             return fail();
@@ -236,6 +244,22 @@ bool Store::prune() {
     return true;
 }
 
+bool Store::isThinned(Moment now) const {
+    return !m_Thinner.isDue(std::min(present(), now));
+}
+
+bool Store::thin(Moment now) {
+    SQLite::Transaction transaction(*m_Database);
+    SeriesGrains grains = m_Progress.grains;
+    if (!transaction.IsActive() || !m_Thinner.step(std::min(present(), now), m_Progress.keptSince, grains) ||
+        !transaction.Commit()) {
+        m_Thinner.restart();
+        return fail();
+    }
+    m_Progress.grains = grains;
+    return true;
+}
+
 bool Store::write(const LedgerChanges& changes, Progress& progress) {
     if (changes.wiped) {
         progress = {};
@@ -245,7 +269,7 @@ bool Store::write(const LedgerChanges& changes, Progress& progress) {
     }
     const Moment before = progress.latest;
     if (isPastFuture(changes, progress.latest)) {
-        if (!redateSeries(changes.moment)) {
+        if (!redateSeries(changes.moment, progress)) {
             return false;
         }
         progress.latest = changes.moment;
@@ -267,7 +291,9 @@ bool Store::writeCounting(const LedgerChanges& changes, const Progress& progress
     return m_WriteCounting.Execute(toColumn(changes.totals.start), toColumn(progress.latest),
                                    changes.nextApplicationId, changes.nextConnectionId,
                                    toColumn(progress.present.moment()),
-                                   toColumn(progress.present.credibleFrom()), toColumn(progress.keptSince));
+                                   toColumn(progress.present.credibleFrom()), toColumn(progress.keptSince),
+                                   toColumn(progress.grains.until[0]), toColumn(progress.grains.until[1]),
+                                   toColumn(progress.grains.until[2]));
 }
 
 bool Store::writeApplication(const ApplicationRecord& application) {
@@ -300,17 +326,24 @@ bool Store::writeSeries(ApplicationId application, const Counters& counters, Pro
     return true;
 }
 
-/** What the series say of moments after `present` they say of `present`: no byte is lost, and no total sinks. */
-bool Store::redateSeries(Moment present) {
+/**
+ * What the series say of moments after `present` they say of `present`: no byte is lost, and no total sinks. Where
+ * they are coarse there, that goes for the whole interval, which has no end yet.
+ */
+bool Store::redateSeries(Moment present, Progress& progress) {
+    const auto length = progress.grains.lengthAt(present);
+    const Moment last = intervalEnd(present + std::chrono::seconds(1), length) - length;
+    progress.grains.endAt(last);
     // All counts only grow with time, so the greatest ones are the last row's.
     SQLite::Query gather(
         *m_Database,
         "INSERT OR REPLACE INTO series (application, class, moment, received, sent, "
         "payload_received, payload_sent) SELECT application, class, ?1, max(received), max(sent), "
         "max(payload_received), max(payload_sent) FROM series "
-        "WHERE moment > ?1 GROUP BY application, class");
-    SQLite::Query erase(*m_Database, "DELETE FROM series WHERE moment > ?1");
-    return gather.Execute(toColumn(present)) && erase.Execute(toColumn(present));
+        "WHERE moment > ?2 GROUP BY application, class");
+    SQLite::Query erase(*m_Database, "DELETE FROM series WHERE moment > ?2 AND moment <> ?1");
+    return gather.Execute(toColumn(present), toColumn(last)) &&
+           erase.Execute(toColumn(present), toColumn(last));
 }
 
 bool Store::eraseEverything() {

@@ -12,7 +12,9 @@
 #include "service/ledger/Records.h"
 #include "service/store/FileLock.h"
 #include "service/store/Pruner.h"
+#include "service/store/SeriesGrain.h"
 #include "service/store/SeriesReader.h"
+#include "service/store/Thinner.h"
 #include "service/store/TrustedPresent.h"
 #include "service/traffic/Moment.h"
 
@@ -59,6 +61,12 @@ class Store {
     /** A small step of the pruning. False when the disk would not take it; it can be tried again. */
     bool prune();
 
+    /** Whether the series are as coarse as their age by the present, or by `now` where that is earlier, allows. */
+    bool isThinned(Moment now) const;
+
+    /** A small step towards that. False when the disk would not take it; it can be tried again. */
+    bool thin(Moment now);
+
     /** Why the last of the above, or the last commit of a batch, failed. */
     const std::string& lastError() const { return m_LastError; }
 
@@ -71,6 +79,7 @@ class Store {
         Moment latest;  ///< of all rows
         TrustedPresent present;
         Moment keptSince;  ///< what was before is dropped
+        SeriesGrains grains;
     };
 
     Store(std::unique_ptr<FileLock> lock, std::unique_ptr<SQLite::Database> database);
@@ -89,7 +98,7 @@ class Store {
     bool writeApplication(const ApplicationRecord& application);
     bool writeConnection(const ConnectionRecord& connection);
     bool writeSeries(ApplicationId application, const Counters& counters, Progress& progress);
-    bool redateSeries(Moment present);
+    bool redateSeries(Moment present, Progress& progress);
     bool eraseEverything();
 
     void giveSpaceBack();
@@ -103,6 +112,7 @@ class Store {
     SQLite::Query m_WriteSeries;
     SQLite::Query m_WriteKeptSince;
     Pruner m_Pruner;
+    Thinner m_Thinner;
     Progress m_Progress;
     std::string m_LastError;
 };

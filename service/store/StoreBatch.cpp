@@ -20,12 +20,19 @@ bool StoreBatch::append(const LedgerChanges& changes) {
     return !m_Failed;
 }
 
+void StoreBatch::setGrains(const SeriesGrains& grains) {
+    m_Progress.grains = grains;
+}
+
 bool StoreBatch::commit() {
     if (!m_Failed && !m_Transaction.Commit()) {
         fail();
     }
     if (m_Failed) {
         return false;
+    }
+    if (m_Progress.grains != m_Store.m_Progress.grains) {
+        m_Store.m_Thinner.restart();
     }
     m_Store.m_Progress = std::move(m_Progress);
     if (m_Wiped) {

@@ -23,6 +23,9 @@ class StoreBatch {
      * `lastError`. */
     bool append(const LedgerChanges& changes);
 
+    /** Says of the rows of the next `append` and all before it how coarse they are; otherwise every second is kept. */
+    void setGrains(const SeriesGrains& grains);
+
     /** False when the disk would not take it: nothing of the batch is written. */
     bool commit();
 

@@ -13,13 +13,14 @@ namespace {
 using namespace std::chrono;
 
 constexpr DemoScene scene{.present = Moment(seconds(1'763'720'123)), .utcOffset = {}};
-constexpr Moment cut = scene.present - days(30);
+constexpr Moment cut = floor<hours>(scene.present - days(30));
 constexpr char none[] = "0 too many, 0 too few";
 
 /** Undoes what later versions have added. */
 constexpr char makeVersion1[] =
     "ALTER TABLE counting DROP COLUMN trusted; ALTER TABLE counting DROP COLUMN credible_from;"
-    "ALTER TABLE counting DROP COLUMN kept_since;"
+    "ALTER TABLE counting DROP COLUMN kept_since; ALTER TABLE counting DROP COLUMN thinned_tens;"
+    "ALTER TABLE counting DROP COLUMN thinned_minutes; ALTER TABLE counting DROP COLUMN thinned_hours;"
     "ALTER TABLE series DROP COLUMN payload_received; ALTER TABLE series DROP COLUMN payload_sent;"
     "ALTER TABLE connections DROP COLUMN payload_received; ALTER TABLE connections DROP COLUMN payload_sent;"
     "PRAGMA user_version = 1;"
@@ -100,7 +101,7 @@ TEST_F(RetentionTest, FromAYearToAMonthDropsExactlyWhatIsOlderWhateverInterrupts
         Housekeeper keeper(*store);  // whatever the retention may be by now, what was begun is ended
         keeper.work();
         keeper.work();
-        hasWork = keeper.hasWork();
+        hasWork = !store->isPruned();
         killAndRestart();
         append(2, scene.present + seconds(kills + 1));
     }
@@ -133,7 +134,10 @@ TEST_F(RetentionTest, TotalsSinceTheCutAreUnchangedAndThoseBeforeItAreWhatTheyWe
     std::mt19937 random(5);
     const auto compare = [&](int rounds) {
         for (int i = 0; i < rounds; ++i) {
-            const Moment moment = scene.present - seconds(random() % (86'400 * (i % 2 == 0 ? 30 : 400)));
+            Moment moment = scene.present - seconds(random() % (86'400 * (i % 2 == 0 ? 30 : 400)));
+            if (i % 3 == 0) {
+                moment = floor<hours>(moment);
+            }
             for (const auto protocolClass : {ProtocolClass::Tcp, ProtocolClass::Udp, ProtocolClass::Other}) {
                 ByteCount sum;
                 for (ApplicationId id = 1; id <= applicationCount; ++id) {
@@ -141,7 +145,10 @@ TEST_F(RetentionTest, TotalsSinceTheCutAreUnchangedAndThoseBeforeItAreWhatTheyWe
                     ASSERT_EQ(total, before->totalUpTo(id, protocolClass, std::max(moment, cut)));
                     sum += total;
                 }
-                ASSERT_EQ(after->totalUpTo({}, protocolClass, moment), sum);
+                const ByteCount all = after->totalUpTo({}, protocolClass, moment);
+                ASSERT_LE(sum.received, all.received);
+                ASSERT_GE(sum.received, all.received - (i % 3 == 0 ? 0 : applicationCount))
+                    << "less what is rounded";
             }
         }
     };

@@ -212,18 +212,11 @@ TEST_F(StoreTest, IsRefusedToASecondDaemonAndForForeignFiles) {
 
 TEST_F(StoreTest, AnUpgradeThatFailsLeavesTheDatabaseAsItWas) {
     store.reset();
-    interfere(
-        "ALTER TABLE series DROP COLUMN payload_received; ALTER TABLE series DROP COLUMN payload_sent;"
-        "PRAGMA user_version = 2;");  // and `connections` is in the way
+    interfere("ALTER TABLE series DROP COLUMN payload_received; PRAGMA user_version = 2");
     std::string error;
     EXPECT_FALSE(Store::open(path, error));
-    EXPECT_NE(error.find("step 3: duplicate column"), std::string::npos) << error;
-    interfere(
-        "ALTER TABLE series ADD COLUMN payload_received INTEGER; ALTER TABLE series DROP COLUMN "
-        "payload_received;"
-        "ALTER TABLE connections DROP COLUMN payload_received; ALTER TABLE connections DROP COLUMN "
-        "payload_sent;");
-    reopen();
+    EXPECT_NE(error.find("step 3: duplicate column name: payload_sent"), std::string::npos) << error;
+    interfere("ALTER TABLE series ADD COLUMN payload_received INTEGER");  // works only if it is not there
 }
 
 TEST_F(StoreTest, DoesNotStartOnCountersThatCannotBeRead) {

@@ -74,4 +74,9 @@ std::string Database::GetLastError() const {
     return IsOpen() ? sqlite3_errmsg(m_Handle) : m_OpenError;
 }
 
+bool Database::IsDamaged() const {
+    const int code = IsOpen() ? sqlite3_errcode(m_Handle) & 0xff : SQLITE_OK;
+    return code == SQLITE_CORRUPT || code == SQLITE_NOTADB;
+}
+
 }  // namespace SQLite

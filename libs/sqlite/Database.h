@@ -53,6 +53,9 @@ class Database {
     /** What went wrong last, in SQLite's words. */
     std::string GetLastError() const;
 
+    /** Whether what went wrong last is that the file is damaged, or no database at all. */
+    bool IsDamaged() const;
+
     /** SQLite's own handle, owned by this object; null when closed. */
     sqlite3* GetHandle() const { return m_Handle; }
 

@@ -17,10 +17,18 @@ class FileLock {
 
     bool isHeld() const { return m_Error.empty(); }
 
+    /** Whether the file was not there before. */
+    bool isNew() const { return m_IsNew; }
+
+    /** Leaves no trace of a lock that nobody has held before. */
+    void removeIfNew() const;
+
     /** Why the lock is not held; empty when it is. */
     const std::string& error() const { return m_Error; }
 
   private:
+    std::string m_Path;
+    bool m_IsNew;
     int m_Descriptor;
     std::string m_Error;
 };

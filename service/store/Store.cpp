@@ -9,6 +9,7 @@
 #include "libs/sqlite/Transaction.h"
 #include "service/log/Log.h"
 #include "service/store/Columns.h"
+#include "service/store/DamagedDatabase.h"
 #include "service/store/Migrations.h"
 #include "service/store/StoreBatch.h"
 
@@ -66,31 +67,56 @@ std::unique_ptr<Store> Store::open(const std::string& path, std::string& error) 
     if (!database->Open(path, SQLite::OpenMode::ReadWriteCreate)) {
         return failed(database->GetLastError());
     }
-    auto lock = std::make_unique<FileLock>(database->GetPath() + ".lock");
+    const std::string resolvedPath = database->GetPath();
+    database.reset();
+    auto lock = std::make_unique<FileLock>(resolvedPath + ".lock");
     if (!lock->isHeld()) {
         return failed(lock->error());
     }
+    const DamagedDatabase damage(resolvedPath, !lock->isNew());
     std::string reason;
-    if (!migrate(*database, reason)) {
+    std::unique_ptr<Store> store = damage.isNoted() ? nullptr : openLocked(resolvedPath, reason);
+    if (!store && (!damage.isConfirmed() || damage.setAside(reason))) {
+        store = openLocked(resolvedPath, reason);
+    }
+    if (!store) {
+        lock->removeIfNew();
         return failed(reason);
     }
+    damage.removeNote();
+    store->m_Lock = std::move(lock);
+    return store;
+}
+
+/** Reads all that the daemon cannot begin without. */
+std::unique_ptr<Store> Store::openLocked(const std::string& path, std::string& error) {
+    auto database = std::make_unique<SQLite::Database>();
+    if (!database->Open(path, SQLite::OpenMode::ReadWriteCreate)) {
+        error = database->GetLastError();
+        return nullptr;
+    }
+    if (!migrate(*database, error)) {
+        return nullptr;
+    }
     if (!database->Execute(settings)) {  // one of them alters the file, which has to be ours for that
-        return failed(database->GetLastError());
+        error = database->GetLastError();
+        return nullptr;
     }
     letFileShrink(*database);
-    std::unique_ptr<Store> store(new Store(std::move(lock), std::move(database)));
+    std::unique_ptr<Store> store(new Store(std::move(database)));
     if (!store->isValid()) {
-        return failed("its tables are not as they should be");
+        error = "its tables are not as they should be";
+        return nullptr;
     }
-    if (!store->readProgress()) {
-        return failed(store->m_LastError);
+    if (!store->readProgress() || !store->load(Moment())) {
+        error = store->m_LastError;
+        return nullptr;
     }
     return store;
 }
 
-Store::Store(std::unique_ptr<FileLock> lock, std::unique_ptr<SQLite::Database> database)
-    : m_Lock(std::move(lock)),
-      m_Database(std::move(database)),
+Store::Store(std::unique_ptr<SQLite::Database> database)
+    : m_Database(std::move(database)),
       m_Series(*m_Database),
       m_WriteCounting(*m_Database,
                       "INSERT OR REPLACE INTO counting (only_row, start, latest, next_application, "
@@ -126,6 +152,10 @@ bool Store::isValid() const {
 /** Keeps the reason, before the end of another statement clears it. */
 bool Store::fail() {
     m_LastError = m_Database->GetLastError();
+    if (m_Database->IsDamaged()) {
+        m_LastError += "; the database is checked at the next start";
+        DamagedDatabase(m_Database->GetPath(), true).note();
+    }
     return false;
 }
 

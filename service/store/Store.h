@@ -27,8 +27,8 @@ namespace service {
 class Store {
   public:
     /**
-     * Opens or makes the database, bringing an older one up to date. Null with the reason in `error`, also
-     * when another daemon has it open.
+     * Opens or makes the database, bringing an older one up to date; a damaged one is set aside, with a line in the
+     * log, and a new one made. Null with the reason in `error`, also when another daemon has it open.
      */
     static std::unique_ptr<Store> open(const std::string& path, std::string& error);
 
@@ -82,7 +82,9 @@ class Store {
         SeriesGrains grains;
     };
 
-    Store(std::unique_ptr<FileLock> lock, std::unique_ptr<SQLite::Database> database);
+    explicit Store(std::unique_ptr<SQLite::Database> database);
+
+    static std::unique_ptr<Store> openLocked(const std::string& path, std::string& error);
 
     bool isValid() const;
     bool fail();

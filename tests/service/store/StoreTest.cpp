@@ -219,25 +219,82 @@ TEST_F(StoreTest, AnUpgradeThatFailsLeavesTheDatabaseAsItWas) {
     interfere("ALTER TABLE series ADD COLUMN payload_received INTEGER");  // works only if it is not there
 }
 
-TEST_F(StoreTest, DoesNotStartOnCountersThatCannotBeRead) {
+/** Ways in which a file may be damaged, each of a database of some pages. */
+class DamagedStoreTest : public StoreFixture, public testing::WithParamInterface<const char*> {
+  protected:
+    void damage() {
+        const std::string how = GetParam();
+        if (how == "Truncated") {
+            std::filesystem::resize_file(path, std::filesystem::file_size(path) / 2);
+            return;
+        }
+        std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(how == "InItsHeader" ? 0 : rootOf(how == "InItsSeries" ? "series" : "connections"))
+            << std::string(512, '\xff');
+    }
+
+    std::streamoff rootOf(const std::string& table) {
+        SQLite::Database database;
+        EXPECT_TRUE(database.Open(path, SQLite::OpenMode::ReadOnly));
+        SQLite::Query root(database,
+                           "SELECT (rootpage - 1) * page_size FROM sqlite_schema, pragma_page_size "
+                           "WHERE name = '" +
+                               table + "'");
+        EXPECT_EQ(root.Step(), SQLite::StepResult::Row);
+        return root.GetColumnAsInt64(0);
+    }
+
+    std::vector<std::string> setAside() {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+            if (entry.path().filename().string().starts_with("history.db.damaged-")) {
+                names.push_back(entry.path());
+            }
+        }
+        return names;
+    }
+};
+INSTANTIATE_TEST_SUITE_P(All, DamagedStoreTest,
+                         testing::Values("Truncated", "InItsHeader", "InItsSeries", "InItsConnections"),
+                         [](const auto& info) { return info.param; });
+
+TEST_P(DamagedStoreTest, IsSetAsideWholeAndCountingBeginsAnew) {
     Ledger ledger(store->load(at(0)).value());
-    ledger.apply({sampleOf(1, "/a", {10, 0})}, at(1));
+    std::vector<TrafficSample> samples;
+    for (std::uint64_t key = 0; key < 2000; ++key) {
+        samples.push_back(sampleOf(key, "/" + std::to_string(key % 300), {10, 1}));
+    }
+    ledger.apply(samples, at(1));
     ASSERT_TRUE(store->append(ledger.takeChanges(at(1))));
     reopen();  // brings the log into the database
     store.reset();
-    {
-        SQLite::Database database;
-        ASSERT_TRUE(database.Open(path, SQLite::OpenMode::ReadOnly));
-        SQLite::Query root(database,
-                           "SELECT (rootpage - 1) * page_size FROM sqlite_schema, pragma_page_size "
-                           "WHERE name = 'series'");
-        ASSERT_EQ(root.Step(), SQLite::StepResult::Row);
-        std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
-        file.seekp(root.GetColumnAsInt64(0)) << std::string(64, '\xff');
+    damage();
+    const auto size = std::filesystem::file_size(path);
+    reopen();
+    ledger.apply(samples, at(2));
+    if (!store->append(ledger.takeChanges(at(2)))) {  // found only now
+        EXPECT_NE(store->lastError().find("checked at the next start"), std::string::npos);
+        reopen();
     }
+    ASSERT_EQ(setAside().size(), 1u);
+    EXPECT_EQ(std::filesystem::file_size(setAside()[0]), size);
+    Ledger anew(store->load(at(3)).value());
+    anew.apply({sampleOf(1, "/a", {10, 0})}, at(3));
+    EXPECT_TRUE(store->append(anew.takeChanges(at(3)))) << store->lastError();
+    EXPECT_EQ(reader()->totalUpTo({}, {}, at(3)), anew.totals().counters.total());
+    reopen();
+    EXPECT_EQ(setAside().size(), 1u) << "the new one is sound";
+}
+
+TEST_F(StoreTest, AFileThatWasNeverADatabaseOfOursIsLeftAlone) {
+    path = folder / "letter.txt";
+    std::ofstream(path) << std::string(5000, 'x');
     std::string error;
-    EXPECT_FALSE(Store::open(path, error));
-    EXPECT_NE(error.find("malformed"), std::string::npos) << error;
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        EXPECT_FALSE(Store::open(path, error));
+        EXPECT_NE(error.find("not a database"), std::string::npos) << error;
+    }
+    EXPECT_EQ(std::filesystem::file_size(path), 5000u);
 }
 
 }  // namespace service

@@ -85,7 +85,10 @@ std::unique_ptr<TrafficSource> Daemon::makeSource(const LedgerState& history, st
 void Daemon::goToWork(Listener listener) {
     const std::string address = listener.address().text();
     const auto cleaned = [this] { m_Loop.post([this] { m_Cleaner->finish(); }); };
-    const auto polled = [this] { m_Loop.post([this] { announceNewApplications(); }); };
+    const auto polled = [this] {
+        m_Writer->wake();  // so that what a kill costs is never older than the poll before
+        m_Loop.post([this] { announceNewApplications(); });
+    };
     m_Cleaner.emplace(*m_Ledger, HistoryCleaner::Hooks{
                                      .now = systemClock,
                                      .wakeWriter = [this] { m_Writer->wake(); },

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-// What dropping eleven months of a year with a million connections costs, and what it costs those who append and
-// read meanwhile. Usage: pruning_bench FILE, which must not exist yet.
+// What dropping eleven months of a year with a million connections costs, what making six hours of seconds coarser
+// does, and what they cost those who append and read meanwhile. Usage: pruning_bench FILE, which must not exist yet.
 
 #include <algorithm>
 #include <atomic>
@@ -91,11 +91,27 @@ class Traffic {
     std::exit(1);
 }
 
-/** A year: connections at every ten minutes, as many as a million of them make. */
+/** As coarse as a year should be: connections at every ten minutes, as many as a million of them make. */
 void writeYear(Store& store, Traffic& traffic) {
     StoreBatch batch(store);
+    SeriesGrains grains;
+    grains.until.fill(floor<hours>(present));
+    batch.setGrains(grains);
     for (Moment moment = present - days(365); moment < present; moment += minutes(10)) {
         if (!batch.append(traffic.step(moment, moment + minutes(10), 19))) {
+            giveUp(store.lastError());
+        }
+    }
+    if (!batch.commit()) {
+        giveUp(store.lastError());
+    }
+}
+
+/** Every second of six hours. */
+void writeSeconds(Store& store, Traffic& traffic, Moment& now) {
+    StoreBatch batch(store);
+    for (const Moment end = now + hours(6); now < end; now += seconds(1)) {
+        if (!batch.append(traffic.step(now, now + seconds(1), 0))) {
             giveUp(store.lastError());
         }
     }
@@ -137,8 +153,9 @@ class Chart {
 };
 
 struct Figures {
-    double pruningMs = 0;
+    double workMs = 0;
     int steps = 0;
+    double longestStepMs = 0;
     std::vector<double> appendDelaysMs;  ///< from the moment an append is due until it is written
     double longestTotalMs = 0;
 
@@ -146,27 +163,29 @@ struct Figures {
 };
 
 /** A small step after the other until `due`, as the writer's thread does it. */
-void pruneUntil(steady_clock::time_point due, Store& store, Figures& figures) {
-    while (steady_clock::now() < due && !store.isPruned()) {
-        figures.pruningMs += timeMs([&] {
-            if (!store.prune()) {
+void keepHouseUntil(steady_clock::time_point due, Store& store, Moment now, Figures& figures) {
+    while (steady_clock::now() < due && !(store.isPruned() && store.isThinned(now))) {
+        const double stepMs = timeMs([&] {
+            if (!(store.isPruned() ? store.thin(now) : store.prune())) {
                 giveUp(store.lastError());
             }
         });
+        figures.workMs += stepMs;
+        figures.longestStepMs = std::max(figures.longestStepMs, stepMs);
         ++figures.steps;
     }
     std::this_thread::sleep_until(due);
 }
 
-/** Appends a second's changes fifty times a second, `rounds` times and as long as the pruning takes. */
+/** Appends a second's changes fifty times a second, `rounds` times and as long as the work takes. */
 Figures measure(Store& store, Traffic& traffic, const std::string& path, Moment& now, int rounds) {
     Figures figures;
     Chart chart(path);
-    for (int round = 0; round < rounds || !store.isPruned(); ++round) {
+    for (int round = 0; round < rounds || !store.isPruned() || !store.isThinned(now); ++round) {
         const auto due = steady_clock::now() + milliseconds(20);
         const LedgerChanges changes = traffic.step(now, now + seconds(1), 20);
         now += seconds(1);
-        pruneUntil(due, store, figures);
+        keepHouseUntil(due, store, now, figures);
         if (!store.append(changes)) {
             giveUp(store.lastError());
         }
@@ -180,6 +199,14 @@ Figures measure(Store& store, Traffic& traffic, const std::string& path, Moment&
 double sizeOf(const std::string& path) {
     const auto bytes = std::filesystem::file_size(path) + std::filesystem::file_size(path + "-wal");
     return static_cast<double>(bytes) / 1e6;
+}
+
+void print(const Figures& during, const Figures& before) {
+    std::printf("  longest step %.1f ms\n", during.longestStepMs);
+    std::printf("  longest append: %.1f ms, %.1f times that without (%.1f)\n", during.longestAppendMs(),
+                during.longestAppendMs() / before.longestAppendMs(), before.longestAppendMs());
+    std::printf("  longest total: %.1f ms, %.1f times that without (%.1f)\n", during.longestTotalMs,
+                during.longestTotalMs / before.longestTotalMs, before.longestTotalMs);
 }
 
 void run(const std::string& path) {
@@ -197,13 +224,14 @@ void run(const std::string& path) {
     const double sizeBefore = sizeOf(path);
     store->beginPruning(now, days(30));
     const Figures during = measure(*store, traffic, path, now, 0);
-    std::printf("nothing to drop: %.1f ms in %d steps\n", idle.pruningMs, idle.steps);
-    std::printf("eleven months: %.1f s in %d steps, %.0f MB before, %.0f after\n", during.pruningMs / 1000,
+    std::printf("nothing to drop: %.1f ms in %d steps\n", idle.workMs, idle.steps);
+    std::printf("eleven months: %.1f s in %d steps, %.0f MB before, %.0f after\n", during.workMs / 1000,
                 during.steps, sizeBefore, sizeOf(path));
-    std::printf("longest append: %.1f ms, %.1f times that without pruning (%.1f)\n", during.longestAppendMs(),
-                during.longestAppendMs() / before.longestAppendMs(), before.longestAppendMs());
-    std::printf("longest total: %.1f ms, %.1f times that without pruning (%.1f)\n", during.longestTotalMs,
-                during.longestTotalMs / before.longestTotalMs, before.longestTotalMs);
+    print(during, before);
+    writeSeconds(*store, traffic, now);
+    const Figures thinning = measure(*store, traffic, path, now, 0);
+    std::printf("six hours of seconds: %.1f s in %d steps\n", thinning.workMs / 1000, thinning.steps);
+    print(thinning, before);
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "libs/sqlite/Transaction.h"
@@ -63,12 +65,11 @@ std::unique_ptr<Store> Store::open(const std::string& path, std::string& error) 
         error = "cannot open database " + path + ": " + reason;
         return nullptr;
     };
-    auto database = std::make_unique<SQLite::Database>();
-    if (!database->Open(path, SQLite::OpenMode::ReadWriteCreate)) {
-        return failed(database->GetLastError());
+    std::error_code failure;
+    const std::string resolvedPath = std::filesystem::weakly_canonical(path, failure);
+    if (failure) {
+        return failed(failure.message());
     }
-    const std::string resolvedPath = database->GetPath();
-    database.reset();
     auto lock = std::make_unique<FileLock>(resolvedPath + ".lock");
     if (!lock->isHeld()) {
         return failed(lock->error());

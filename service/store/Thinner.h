@@ -16,8 +16,8 @@ namespace service {
 
 /**
  * Makes the series coarser as they age, window by window: first readers are told that a window is coarse, then the rows
- * within its intervals go, application by application. A row's last value is that of its interval's end, so no total
- * at such a moment changes. For the thread of its database.
+ * within its intervals go, application by application. What the last row of an interval tells holds until its end, so
+ * no total at such a moment changes. For the thread of its database.
  */
 class Thinner {
   public:

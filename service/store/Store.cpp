@@ -89,7 +89,7 @@ std::unique_ptr<Store> Store::open(const std::string& path, std::string& error) 
     return store;
 }
 
-/** Reads all that the daemon cannot begin without. */
+/** Tries, and undoes, all that the daemon cannot begin without. */
 std::unique_ptr<Store> Store::openLocked(const std::string& path, std::string& error) {
     auto database = std::make_unique<SQLite::Database>();
     if (!database->Open(path, SQLite::OpenMode::ReadWriteCreate)) {
@@ -109,6 +109,7 @@ std::unique_ptr<Store> Store::openLocked(const std::string& path, std::string& e
         error = "its tables are not as they should be";
         return nullptr;
     }
+    const SQLite::Transaction trial(*store->m_Database);
     if (!store->readProgress() || !store->load(Moment())) {
         error = store->m_LastError;
         return nullptr;

@@ -84,14 +84,14 @@ std::unique_ptr<TrafficSource> Daemon::makeSource(const LedgerState& history, st
 
 void Daemon::goToWork(Listener listener) {
     const std::string address = listener.address().text();
-    const auto cleaned = [this] { m_Loop.post([this] { m_Cleaner->finish(); }); };
+    const auto cleaned = [this](bool wiped) { m_Loop.post([this, wiped] { m_Cleaner->finish(wiped); }); };
     const auto polled = [this] {
         m_Writer->wake();  // so that what a kill costs is never older than the poll before
         m_Loop.post([this] { announceNewApplications(); });
     };
     m_Cleaner.emplace(*m_Ledger, HistoryCleaner::Hooks{
                                      .now = systemClock,
-                                     .wakeWriter = [this] { m_Writer->wake(); },
+                                     .wipe = [this] { m_Writer->wipe(); },
                                      .tellClients = [this](DaemonEvent event) { m_Server->broadcast(event); },
                                  });
     m_Server.emplace(m_Loop, std::move(listener),

@@ -9,9 +9,6 @@ namespace SQLite {
 
 namespace {
 
-/** How long a statement waits for another connection's lock before it fails. */
-constexpr int busyTimeoutMs = 5000;
-
 void callBlobFunction(sqlite3_context* context, int, sqlite3_value** arguments) {
     const auto function = reinterpret_cast<Database::BlobFunction>(sqlite3_user_data(context));
     const auto* bytes = static_cast<const std::uint8_t*>(sqlite3_value_blob(arguments[0]));
@@ -45,7 +42,7 @@ bool Database::Open(const std::string& path, OpenMode mode) {
     const char* resolved = sqlite3_db_filename(m_Handle, "main");
     m_Path = resolved != nullptr ? resolved : "";
     sqlite3_extended_result_codes(m_Handle, 1);
-    sqlite3_busy_timeout(m_Handle, busyTimeoutMs);
+    SetBusyTimeout(defaultBusyTimeout);
     return true;
 }
 
@@ -54,6 +51,10 @@ void Database::Close() {
     // them.
     sqlite3_close_v2(m_Handle);
     m_Handle = nullptr;
+}
+
+void Database::SetBusyTimeout(std::chrono::milliseconds timeout) {
+    sqlite3_busy_timeout(m_Handle, static_cast<int>(timeout.count()));
 }
 
 bool Database::Execute(const std::string& sql) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -27,6 +28,8 @@ class Database {
      */
     using BlobFunction = Value (*)(std::span<const std::uint8_t>);
 
+    static constexpr std::chrono::milliseconds defaultBusyTimeout{5000};
+
     Database() = default;
     ~Database();
 
@@ -37,6 +40,9 @@ class Database {
     bool Open(const std::string& path, OpenMode mode);
     void Close();
     bool IsOpen() const { return m_Handle != nullptr; }
+
+    /** How long a statement waits for another connection's lock before it fails. */
+    void SetBusyTimeout(std::chrono::milliseconds timeout);
 
     /** Runs any number of statements that give no rows of interest. Stops at the first that fails. */
     bool Execute(const std::string& sql);

@@ -1,19 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <cstdint>
-#include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
-#include <set>
-#include <string>
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "service/ledger/RecordingFilter.h"
 #include "service/ledger/RecordingRule.h"
 #include "service/ledger/Records.h"
+#include "service/ledger/Tally.h"
 #include "service/traffic/TrafficSample.h"
 
 namespace service {
@@ -49,10 +45,18 @@ class Ledger {
     void setRule(RecordingRule rule);
 
     /**
-     * Forgets every application, connection and count; ids go on. Counting starts anew at `now`: a connection
-     * that lives on gets a new record at its next sample, with the bytes from there.
+     * Begins to forget every application, connection and count of before `now`. What moves from here on is also
+     * entered in a fresh count from zero, whose ids go on: there a connection that lives on gets a new record at
+     * its next sample, with the bytes from there. Until the clearing has ended everything shows as if nobody had
+     * asked for it, so that it can be given up without a trace.
      */
-    void clear(Moment now);
+    void beginClearing(Moment now);
+
+    /** What changed in the fresh count since it began, as `wiped`; for the thread that then ends the clearing. */
+    LedgerChanges takeFresh(Moment now);
+
+    /** `cleared`: the fresh count takes the old one's place. Otherwise it goes, and the old one stays. */
+    void endClearing(bool cleared);
 
     /** What changed since the last call, in the order of ids; for the one thread that writes the history. */
     LedgerChanges takeChanges(Moment now);
@@ -71,37 +75,20 @@ class Ledger {
     TotalsRecord totals() const;
 
   private:
-    using ConnectionKey = std::uint64_t;
-
     // All of these expect the mutex to be held.
     void enter(const TrafficSample& sample, Moment now);
-    void record(const TrafficSample& sample, Moment recordedSince, Moment now);
-    ApplicationRecord& applicationOf(const ApplicationIdentity& identity, Moment now);
-    ConnectionRecord& connectionOf(const TrafficSample& sample, ApplicationId application,
-                                   Moment recordedSince, Moment now);
-    void closeConnection(ConnectionKey key, Moment now);
     void changeRule(RecordingRule rule, Moment now);
+    template <class Action>
+    void forEachTally(Action action);
 
     mutable std::mutex m_Mutex;  ///< guards everything below
 
     RecordingFilter m_Filter;
     std::optional<RecordingRule> m_NextRule;
 
-    TotalsRecord m_Totals;
-    std::map<ApplicationId, ApplicationRecord> m_Applications;
-    std::unordered_map<std::string, ApplicationId> m_ApplicationIds;  ///< by path
-    std::unordered_map<ConnectionKey, ConnectionRecord> m_Live;
-    std::unordered_map<ConnectionId, ConnectionKey> m_LiveKeys;
-    ApplicationId m_NextApplicationId;
-    ConnectionId m_NextConnectionId;
-
-    // Since the changes were taken last:
-    std::set<ApplicationId> m_ChangedApplications;
-    std::unordered_set<ConnectionKey> m_ChangedConnections;  ///< live ones
-    std::vector<ConnectionRecord> m_Ended;
-    bool m_Wiped = false;
-
-    std::vector<ApplicationId> m_NewApplications;  ///< since they were taken last
+    NextIds m_Ids;
+    std::unique_ptr<Tally> m_Shown;
+    std::unique_ptr<Tally> m_Fresh;  ///< while a clearing is under way
 };
 
 }  // namespace service

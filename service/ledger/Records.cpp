@@ -22,11 +22,8 @@ std::vector<Record> joined(const std::vector<Record>& earlier, const std::vector
 }  // namespace
 
 void LedgerChanges::absorb(LedgerChanges later) {
-    if (!later.wiped) {
-        later.applications = joined(applications, later.applications);
-        later.connections = joined(connections, later.connections);
-        later.wiped = wiped;
-    }
+    later.applications = joined(applications, later.applications);
+    later.connections = joined(connections, later.connections);
     *this = std::move(later);
 }
 

@@ -67,12 +67,11 @@ struct LedgerChanges {
     std::vector<ConnectionRecord> connections;
     ApplicationId nextApplicationId = 1;
     ConnectionId nextConnectionId = 1;
-    bool wiped = false;  ///< the ledger was cleared before these changes: what the store holds is void
+    bool wiped = false;  ///< these are the first after a clearing: what the store holds is void
 
-    bool empty() const { return applications.empty() && connections.empty() && !wiped; }
+    bool empty() const { return applications.empty() && connections.empty(); }
 
-    /** Takes in changes of the same ledger that were taken after these, as if all had been taken at once
-     * then. */
+    /** Takes in later changes of the same count, as if all had been taken at once then. */
     void absorb(LedgerChanges later);
 };
 

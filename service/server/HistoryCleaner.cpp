@@ -16,16 +16,13 @@ void HistoryCleaner::start() {
     m_Running = true;
     logPeerLine("cleaning the history");
     m_Hooks.tellClients(DaemonEvent::CleaningStarted);
-    m_Ledger.clear(m_Hooks.now());
-    m_Hooks.wakeWriter();
+    m_Ledger.beginClearing(m_Hooks.now());
+    m_Hooks.wipe();
 }
 
-void HistoryCleaner::finish() {
-    if (!m_Running) {
-        return;
-    }
+void HistoryCleaner::finish(bool wiped) {
     m_Running = false;
-    logPeerLine("the history is clean");
+    logPeerLine(wiped ? "the history is clean" : "the history was not cleaned");
     m_Hooks.tellClients(DaemonEvent::CleaningFinished);
 }
 

@@ -384,9 +384,23 @@ bool Store::eraseEverything() {
 }
 
 void Store::giveSpaceBack() {
-    if (!m_Database->Execute(compact)) {
-        logLine("store: the space of the erased history is still taken: ", m_Database->GetLastError());
+    if (!m_Database->Execute("VACUUM")) {
+        logLine("store: the space of the erased history goes back by and by: ", m_Database->GetLastError());
+        m_Pruner.begin();
     }
+    m_LogIsCut = false;
+    cutLog();
+}
+
+void Store::cutLog() {
+    if (m_LogIsCut) {
+        return;
+    }
+    m_Database->SetBusyTimeout(std::chrono::milliseconds(0));
+    SQLite::Query cut(*m_Database, "PRAGMA wal_checkpoint(TRUNCATE)");
+    m_LogIsCut =
+        cut.Step() == SQLite::StepResult::Row && cut.GetColumnAsInt(0) == 0;  // else a reader is in the way
+    m_Database->SetBusyTimeout(SQLite::Database::defaultBusyTimeout);
 }
 
 }  // namespace service

@@ -67,6 +67,18 @@ class Store {
     /** A small step towards that. False when the disk would not take it; it can be tried again. */
     bool thin(Moment now);
 
+    /**
+     * Lays the file out anew after a wipe, as small as it can be. Where the disk refuses, pruning is to do it.
+     * Waits for nobody: see `cutLog`.
+     */
+    void giveSpaceBack();
+
+    /**
+     * After a wipe, cuts the file and its log, unless some reader still looks at what was erased: then it is to be
+     * called again. Does nothing once that is done.
+     */
+    void cutLog();
+
     /** Why the last of the above, or the last commit of a batch, failed. */
     const std::string& lastError() const { return m_LastError; }
 
@@ -103,8 +115,6 @@ class Store {
     bool redateSeries(Moment present, Progress& progress);
     bool eraseEverything();
 
-    void giveSpaceBack();
-
     std::unique_ptr<FileLock> m_Lock;
     std::unique_ptr<SQLite::Database> m_Database;
     SeriesReader m_Series;
@@ -116,6 +126,7 @@ class Store {
     Pruner m_Pruner;
     Thinner m_Thinner;
     Progress m_Progress;
+    bool m_LogIsCut = true;
     std::string m_LastError;
 };
 

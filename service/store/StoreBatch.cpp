@@ -16,7 +16,6 @@ bool StoreBatch::append(const LedgerChanges& changes) {
     if (!m_Failed && !m_Store.write(changes, m_Progress)) {
         fail();
     }
-    m_Wiped = m_Wiped || changes.wiped;
     return !m_Failed;
 }
 
@@ -35,9 +34,6 @@ bool StoreBatch::commit() {
         m_Store.m_Thinner.restart();
     }
     m_Store.m_Progress = std::move(m_Progress);
-    if (m_Wiped) {
-        m_Store.giveSpaceBack();
-    }
     return true;
 }
 

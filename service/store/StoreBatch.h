@@ -35,7 +35,6 @@ class StoreBatch {
     Store& m_Store;
     SQLite::Transaction m_Transaction;
     Store::Progress m_Progress;
-    bool m_Wiped = false;
     bool m_Failed = false;
 };
 

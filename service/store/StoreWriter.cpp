@@ -18,10 +18,10 @@ constexpr std::size_t maxBacklogConnections = 100'000;
 
 }  // namespace
 
-StoreWriter::StoreWriter(Ledger& ledger, Store& store, std::function<void()> onWiped)
+StoreWriter::StoreWriter(Ledger& ledger, Store& store, std::function<void(bool wiped)> onWipeEnded)
     : m_Ledger(ledger),
       m_Store(store),
-      m_OnWiped(std::move(onWiped)),
+      m_OnWipeEnded(std::move(onWipeEnded)),
       m_Housekeeper(store),
       m_NextTurn(std::chrono::steady_clock::now() + writeInterval),
       m_Thread([this] { run(); }) {}
@@ -35,9 +35,10 @@ StoreWriter::~StoreWriter() {
     m_Thread.join();
 }
 
-void StoreWriter::wake() {
+void StoreWriter::wipe() {
     {
         const std::lock_guard lock(m_Mutex);
+        m_WipeRequested = true;
         m_WakeRequested = true;
     }
     m_Changed.notify_one();
@@ -54,10 +55,10 @@ void StoreWriter::setRetention(std::optional<std::chrono::days> retention) {
 
 void StoreWriter::run() {
     while (waitForNextTurn()) {
-        writeChanges();
+        takeTurn();
         keepHouse();
     }
-    writeChanges();
+    takeTurn();
 }
 
 /** False when the thread is to end. */
@@ -72,6 +73,16 @@ bool StoreWriter::waitForNextTurn() {
     return !m_StopRequested;
 }
 
+void StoreWriter::takeTurn() {
+    std::unique_lock lock(m_Mutex);
+    const bool isToWipe = std::exchange(m_WipeRequested, false);
+    lock.unlock();
+    if (isToWipe) {
+        wipeHistory();
+    }
+    writeChanges();
+}
+
 bool StoreWriter::isCalled() {
     const std::lock_guard lock(m_Mutex);
     return m_WakeRequested || m_StopRequested;
@@ -79,9 +90,22 @@ bool StoreWriter::isCalled() {
 
 /** Until the next turn is due or somebody calls. */
 void StoreWriter::keepHouse() {
+    m_Store.cutLog();
     while (m_Housekeeper.hasWork() && !isCalled() && std::chrono::steady_clock::now() < m_NextTurn) {
         m_Housekeeper.work();
     }
+}
+
+void StoreWriter::wipeHistory() {
+    const bool wiped = m_Store.append(m_Ledger.takeFresh(systemClock()));
+    m_Ledger.endClearing(wiped);
+    if (wiped) {
+        m_Backlog = {};
+        m_Store.giveSpaceBack();
+    } else {
+        logLine("store: the history cannot be wiped and stays as it is: ", m_Store.lastError());
+    }
+    m_OnWipeEnded(wiped);
 }
 
 void StoreWriter::writeChanges() {
@@ -95,10 +119,7 @@ void StoreWriter::writeChanges() {
         limitBacklog();
         return;
     }
-    const LedgerChanges changes = std::exchange(m_Backlog, {});
-    if (changes.wiped) {
-        m_OnWiped();
-    }
+    m_Backlog = {};
 }
 
 /** Gives up the oldest connections of a backlog that has grown too long; the counters are never given up. */
@@ -111,14 +132,11 @@ void StoreWriter::limitBacklog() {
     }
 }
 
-/** One line when writing begins to fail, one when a wipe does, and one when it works again. */
+/** One line when writing begins to fail and one when it works again. */
 void StoreWriter::report(bool written) {
-    const bool wipeWaited = std::exchange(m_WipeWaits, !written && m_Backlog.wiped);
     const bool worked = std::exchange(m_Works, written);
     if (written && !worked) {
         logLine("store: the history goes on; connections lost meanwhile: ", std::exchange(m_Dropped, 0));
-    } else if (m_WipeWaits && !wipeWaited) {
-        logLine("store: the history waits until it can be wiped: ", m_Store.lastError());
     } else if (!written && worked) {
         logLine("store: the history waits until it can be written: ", m_Store.lastError());
     }

@@ -24,17 +24,20 @@ namespace service {
 class StoreWriter {
   public:
     /**
-     * Both must outlive the writer, and nobody else may use the store meanwhile. `onWiped` is called on the
-     * writer's thread after a cleared ledger's wipe is on disk.
+     * Both must outlive the writer, and nobody else may use the store meanwhile. `onWipeEnded` is called on the
+     * writer's thread.
      */
-    StoreWriter(Ledger& ledger, Store& store, std::function<void()> onWiped);
+    StoreWriter(Ledger& ledger, Store& store, std::function<void(bool wiped)> onWipeEnded);
     ~StoreWriter();
 
     StoreWriter(const StoreWriter&) = delete;
     StoreWriter& operator=(const StoreWriter&) = delete;
 
-    /** Writes at once instead of at the next second; any thread. */
-    void wake();
+    /**
+     * Ends the clearing that has begun in the ledger, at once: erases the history on disk and then the old count,
+     * or neither of them where the disk refuses. `onWipeEnded` tells which. Any thread.
+     */
+    void wipe();
 
     /**
      * How much of the past the history keeps; nothing (as it begins), or no day: all of it. What is older by the
@@ -45,20 +48,21 @@ class StoreWriter {
   private:
     void run();
     bool waitForNextTurn();
+    void takeTurn();
     bool isCalled();
     void keepHouse();
+    void wipeHistory();
     void writeChanges();
     void limitBacklog();
     void report(bool written);
 
     Ledger& m_Ledger;
     Store& m_Store;
-    const std::function<void()> m_OnWiped;
+    const std::function<void(bool wiped)> m_OnWipeEnded;
 
     // For the writer's thread only:
     LedgerChanges m_Backlog;    ///< taken from the ledger and not on disk yet
     bool m_Works = true;        ///< whether the last write succeeded
-    bool m_WipeWaits = false;   ///< whether a wipe is among what the last write left undone
     std::size_t m_Dropped = 0;  ///< connections that a long failure has cost
     Housekeeper m_Housekeeper;
     std::chrono::steady_clock::time_point m_NextTurn;
@@ -66,6 +70,7 @@ class StoreWriter {
     std::mutex m_Mutex;
     std::condition_variable m_Changed;
     bool m_WakeRequested = false;                                    ///< guarded by m_Mutex
+    bool m_WipeRequested = false;                                    ///< guarded by m_Mutex
     bool m_StopRequested = false;                                    ///< guarded by m_Mutex
     std::optional<std::optional<std::chrono::days>> m_NewRetention;  ///< guarded by m_Mutex; taken at a turn
 

@@ -100,13 +100,18 @@ TEST_F(LedgerTest, AnEndedConnectionIsGivenALastTimeAndItsKeyMayComeAgain) {
     EXPECT_TRUE(apply(11, {}).empty());
 }
 
-TEST_F(LedgerTest, AConnectionThatOutlivesAClearIsNewAndItsBytesStartThere) {
-    const LedgerChanges before = apply(1, {sampleOf(1, "/a", {100, 100})});
-    ledger.clear(at(5));
-    EXPECT_EQ(ledger.applications().size(), 0u);
-    EXPECT_TRUE(ledger.takeNewApplications().empty());
+TEST_F(LedgerTest, WhatMovesFromTheBeginningOfAClearingOnIsWhatIsLeftOfIt) {
+    const LedgerChanges before = apply(1, {sampleOf(1, "/a", {100, 100}), sampleOf(2, "/b", {100, 100})});
+    ledger.beginClearing(at(5));
+    const LedgerChanges meanwhile = apply(6, {sampleOf(1, "/a", {3, 4})});
+    EXPECT_EQ(meanwhile.totals.counters.total(), (ByteCount{203, 204}));
+    EXPECT_FALSE(meanwhile.wiped);
+    EXPECT_EQ(ledger.applications().size(), 2u);
 
-    const LedgerChanges after = apply(6, {sampleOf(1, "/a", {3, 4})});
+    const LedgerChanges after = ledger.takeFresh(at(6));
+    ledger.endClearing(true);
+    EXPECT_EQ(ledger.applications().size(), 1u);
+    EXPECT_EQ(ledger.takeNewApplications(), std::vector{after.applications.at(0).id});
     EXPECT_TRUE(after.wiped);
     EXPECT_EQ(after.totals.start, at(5));
     EXPECT_EQ(after.totals.counters.total(), (ByteCount{3, 4}));
@@ -116,7 +121,23 @@ TEST_F(LedgerTest, AConnectionThatOutlivesAClearIsNewAndItsBytesStartThere) {
     EXPECT_GT(after.connections[0].id, before.connections[0].id);
     EXPECT_EQ(after.connections[0].bytes, (ByteCount{3, 4}));
     EXPECT_EQ(after.connections[0].start, at(5));
-    EXPECT_FALSE(apply(7, {}).wiped);
+    EXPECT_TRUE(apply(7, {}).empty());
+    EXPECT_EQ(apply(8, {sampleOf(1, "/a", {1, 1})}).connections.at(0).bytes, (ByteCount{4, 5}));
+}
+
+TEST_F(LedgerTest, AClearingThatIsGivenUpLeavesNoTrace) {
+    const ConnectionId id = apply(1, {sampleOf(1, "/a", {100, 0})}).connections.at(0).id;
+    ledger.beginClearing(at(2));
+    ledger.apply({sampleOf(1, "/a", {3, 0}), sampleOf(2, "/b", {5, 0})}, at(3));
+    ledger.takeFresh(at(3));
+    ledger.endClearing(false);
+    const LedgerChanges after = apply(4, {sampleOf(1, "/a", {}, true)});
+    EXPECT_EQ(after.totals.start, at(0));
+    EXPECT_EQ(after.totals.counters.total().received, 108);
+    EXPECT_EQ(after.applications.size(), 2u);
+    ASSERT_EQ(after.connections.size(), 2u);
+    EXPECT_EQ(after.connections[0].id, id);
+    EXPECT_EQ(after.connections[0].bytes.received, 103);
 }
 
 TEST_F(LedgerTest, AConnectionThatWasHandedOnBelongsToWhoMovedBytesLast) {
@@ -176,18 +197,12 @@ TEST_F(LedgerTest, ASharedConnectionHoldsTheBytesOfWhoIsRecorded) {
 
 TEST_F(LedgerTest, AbsorbedChangesAreAsIfTakenAtOnce) {
     LedgerChanges changes = apply(1, {sampleOf(1, "/a", {1, 0}), sampleOf(2, "/b", {2, 0})});
-    changes.wiped = true;
     changes.absorb(apply(2, {sampleOf(3, "/c", {3, 0}), sampleOf(1, "/a", {10, 0})}));
     EXPECT_EQ(changes.moment, at(2));
-    EXPECT_TRUE(changes.wiped) << "a wipe that is not on disk yet is still to be done";
     ASSERT_EQ(changes.connections.size(), 3u);
     for (std::size_t i = 0; i < 3; ++i) {
         EXPECT_EQ(changes.connections[i].id, static_cast<ConnectionId>(i + 1));
         EXPECT_EQ(changes.connections[i].bytes.received, (std::array{11, 2, 3}[i]));
         EXPECT_EQ(changes.applications[i].counters.total().received, (std::array{11, 2, 3}[i]));
     }
-    ledger.clear(at(3));
-    changes.absorb(apply(4, {sampleOf(1, "/a", {7, 0})}));
-    EXPECT_TRUE(changes.wiped);
-    EXPECT_EQ(changes.connections.size(), 1u) << "what was before a wipe is void";
 }

@@ -252,7 +252,7 @@ TEST_F(ClientSessionTest, CursorsAreBoundedAndTheirIdsNeverComeBack) {
     EXPECT_EQ(newApplicationsCursor(), last + 1);
 }
 
-TEST_F(ClientSessionTest, CleaningForgetsEverythingAndIsRunningUntilTheStoreIsWiped) {
+TEST_F(ClientSessionTest, CleaningIsToldOnceAndShowsTheOldCountUntilItHasEnded) {
     const auto isCleaning = [this] {
         return ask<DaemonIsServerCleanDataBaseReply>(DaemonIsServerCleanDataBaseRequest())->isClean;
     };
@@ -264,9 +264,12 @@ TEST_F(ClientSessionTest, CleaningForgetsEverythingAndIsRunningUntilTheStoreIsWi
     tell(clean);
     EXPECT_TRUE(isCleaning());
     EXPECT_EQ(told, (std::vector{DaemonEvent::CleaningStarted}));
-    EXPECT_EQ(writerWakes, 1);
-    EXPECT_EQ(received(now, -1), 0);
-    cleaner.finish();
+    EXPECT_EQ(wipes, 1);
+    move(sampleOf(1, "/a", {5, 0}));
+    EXPECT_EQ(received(now, -1), 15);
+    ledger.endClearing(true);
+    cleaner.finish(true);
+    EXPECT_EQ(received(now, -1), 5);
     EXPECT_FALSE(isCleaning());
     EXPECT_EQ(told.back(), DaemonEvent::CleaningFinished);
     EventMessage configurationChanged;

@@ -33,13 +33,13 @@ class SessionFixture : public StoreFixture {
     Ledger ledger{store->load(at(0)).value()};
     std::unique_ptr<HistoryReader> history = reader();
     TextOrder textOrder;
-    int writerWakes = 0;
+    int wipes = 0;
     int configurationChanges = 0;
     std::vector<DaemonEvent> told;
     std::function<void(DaemonEvent)> tellClients = [this](DaemonEvent event) { told.push_back(event); };
     HistoryCleaner cleaner{ledger,
                            {.now = [this] { return now; },
-                            .wakeWriter = [this] { ++writerWakes; },
+                            .wipe = [this] { ++wipes; },
                             .tellClients = [this](DaemonEvent event) { tellClients(event); }}};
 };
 

@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <future>
 
 #include "tests/service/store/StoreFixture.h"
@@ -43,31 +44,40 @@ class ErrorOutput {
 
 }  // namespace
 
-TEST_F(StoreWriterTest, TellsOfAWipeWhenItIsOnDisk) {
+TEST_F(StoreWriterTest, WipesWithoutLosingWhatMovesMeanwhileOrLeavesAllAsItWas) {
     Ledger ledger(store->load(at(0)).value());
-    ledger.apply({sampleOf(1, "/a", {10, 0})}, at(1));
-    ASSERT_TRUE(store->append(ledger.takeChanges(at(1))));
-    std::promise<std::int64_t> receivedAtWipe;
-    StoreWriter writer(ledger, *store, [&] {
-        receivedAtWipe.set_value(reader()->totalUpTo({}, {}, Moment::max()).received);
-    });
-    ledger.clear(at(2));
-    writer.wake();
-    EXPECT_EQ(receivedAtWipe.get_future().get(), 0);
+    std::promise<bool> ended[2];
+    std::atomic<int> wipes = 0;
+    auto writer =
+        std::make_unique<StoreWriter>(ledger, *store, [&](bool wiped) { ended[wipes++].set_value(wiped); });
+    const auto wipe = [&](std::promise<bool>& end) {
+        ledger.beginClearing(at(2));
+        ledger.apply({sampleOf(1, "/a", {10, 0})}, at(3));
+        writer->wipe();
+        return end.get_future().get();
+    };
+    ledger.apply({sampleOf(1, "/a", {100, 0})}, at(1));
+    interfere(breakWrites);
+    EXPECT_FALSE(wipe(ended[0]));
+    EXPECT_EQ(ledger.totals().counters.total().received, 110);
+    interfere(mendWrites);
+    EXPECT_TRUE(wipe(ended[1]));
+    EXPECT_EQ(ledger.totals().counters.total().received, 10);
+    EXPECT_EQ(reader()->totalUpTo({}, {}, Moment::max()).received, 10);
+    ledger.apply({sampleOf(1, "/a", {1, 0})}, at(4));
+    writer.reset();
+    EXPECT_EQ(reader()->totalUpTo({}, {}, Moment::max()).received, 11);
 }
 
 TEST_F(StoreWriterTest, WhatTheDiskDoesNotTakeFollowsLaterAndIsLoggedOnceEachWay) {
     Ledger ledger(store->load(at(0)).value());
     ErrorOutput log;
-    auto writer = std::make_unique<StoreWriter>(ledger, *store, [] {});
+    auto writer = std::make_unique<StoreWriter>(ledger, *store, [](bool) {});
     interfere(breakWrites);
     ledger.apply({sampleOf(1, "/a", {10, 0}, true)}, at(1));
-    writer->wake();
     EXPECT_NE(log.readLine().find("waits until it can be written: broken on purpose"), std::string::npos);
     ledger.apply({sampleOf(2, "/b", {5, 0})}, at(2));
-    writer->wake();  // may fail once more, of which nothing is said
     interfere(mendWrites);
-    writer->wake();
     EXPECT_NE(log.readLine().find("goes on; connections lost meanwhile: 0"), std::string::npos);
 
     ledger.apply({sampleOf(2, "/b", {100, 0})}, at(3));
@@ -78,22 +88,6 @@ TEST_F(StoreWriterTest, WhatTheDiskDoesNotTakeFollowsLaterAndIsLoggedOnceEachWay
     ASSERT_TRUE(history->connection(1, info)) << "it had left the ledger when the disk came back";
     EXPECT_EQ(info.receivedBytes, 10);
     EXPECT_TRUE(history->connection(2, info));
-}
-
-TEST_F(StoreWriterTest, AWipeThatFailsIsLoggedAlsoWhereWritesHadFailedBefore) {
-    Ledger ledger(store->load(at(0)).value());
-    ErrorOutput log;
-    StoreWriter writer(ledger, *store, [] {});
-    interfere(breakWrites);
-    ledger.apply({sampleOf(1, "/a", {10, 0})}, at(1));
-    writer.wake();
-    EXPECT_NE(log.readLine().find("waits until it can be written"), std::string::npos);
-    ledger.clear(at(2));
-    writer.wake();
-    EXPECT_NE(log.readLine().find("waits until it can be wiped: broken on purpose"), std::string::npos);
-    interfere(mendWrites);
-    writer.wake();
-    EXPECT_NE(log.readLine().find("goes on"), std::string::npos);
 }
 
 TEST_F(StoreWriterTest, WhatCannotBeDroppedIsLoggedOnceEachWayAndTheCountingGoesOn) {
@@ -108,11 +102,10 @@ TEST_F(StoreWriterTest, WhatCannotBeDroppedIsLoggedOnceEachWayAndTheCountingGoes
     }
     interfere("CREATE TRIGGER stuck BEFORE DELETE ON connections BEGIN SELECT RAISE(ABORT, 'stuck'); END");
     ErrorOutput log;
-    auto writer = std::make_unique<StoreWriter>(ledger, *store, [] {});
+    auto writer = std::make_unique<StoreWriter>(ledger, *store, [](bool) {});
     writer->setRetention(std::chrono::days(7));
     EXPECT_NE(log.readLine().find("cannot be dropped now: stuck"), std::string::npos);
     ledger.apply({sampleOf(2, "/b", {5, 0})}, at(2));
-    writer->wake();
     interfere("DROP TRIGGER stuck");
     writer->setRetention(std::chrono::days(7));
     EXPECT_NE(log.readLine().find("is dropped now"), std::string::npos);

@@ -6,17 +6,15 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cmath>
 #include <cstdio>
 #include <filesystem>
-#include <random>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "bench/BusyYear.h"
 #include "service/store/HistoryReader.h"
 #include "service/store/Store.h"
-#include "service/store/StoreBatch.h"
 
 namespace {
 
@@ -24,7 +22,6 @@ using namespace service;
 using namespace std::chrono;
 
 constexpr Moment present{seconds(1'763'720'123)};
-constexpr int applicationCount = 40;
 
 double toMs(steady_clock::duration duration) {
     return duration_cast<std::chrono::duration<double, std::milli>>(duration).count();
@@ -37,81 +34,16 @@ double timeMs(Action action) {
     return toMs(steady_clock::now() - start);
 }
 
-/** Where an application moves bytes in some steps only, and connections last from seconds to days. */
-class Traffic {
-  public:
-    LedgerChanges step(Moment from, Moment to, int connectionCount) {
-        m_Changes.moment = to;
-        m_Changes.totals.start = present - days(365);
-        m_Changes.applications.clear();
-        m_Changes.connections.clear();
-        for (int id = 1; id <= applicationCount; ++id) {
-            if (m_Random() % 3 == 0) {
-                move(id);
-            }
-        }
-        for (int i = 0; i < connectionCount; ++i) {
-            connect(from + seconds(m_Random() % static_cast<unsigned>((to - from).count())));
-        }
-        return m_Changes;
-    }
-
-  private:
-    void move(ApplicationId id) {
-        ApplicationRecord& application = m_Applications[id - 1];
-        application.id = id;
-        application.path = "/usr/bin/application-" + std::to_string(id);
-        const auto protocolClass = m_Random() % 4 == 0 ? ProtocolClass::Udp : ProtocolClass::Tcp;
-        const ByteCount bytes{static_cast<std::int64_t>(m_Random() % 100'000), 100};
-        application.counters[protocolClass] += bytes;
-        m_Changes.totals.counters[protocolClass] += bytes;
-        m_Changes.applications.push_back(application);
-    }
-
-    void connect(Moment start) {
-        ConnectionRecord connection;
-        connection.id = m_Changes.nextConnectionId++;
-        connection.applicationId = static_cast<ApplicationId>(1 + m_Random() % applicationCount);
-        connection.start = start;
-        const double life = std::exp(std::uniform_real_distribution(0.0, 12.0)(m_Random));
-        connection.end = std::min(start + seconds(static_cast<int>(life)), present);
-        connection.socketProtocol = 6;
-        connection.remote.family = connection.local.family = IpAddress::IPv4;
-        connection.remote.port = static_cast<std::uint16_t>(m_Random());
-        m_Changes.connections.push_back(connection);
-    }
-
-    std::mt19937 m_Random{1};
-    std::vector<ApplicationRecord> m_Applications{applicationCount};
-    LedgerChanges m_Changes;
-};
-
 [[noreturn]] void giveUp(const std::string& reason) {
     std::fprintf(stderr, "%s\n", reason.c_str());
     std::exit(1);
 }
 
-/** As coarse as a year should be: connections at every ten minutes, as many as a million of them make. */
-void writeYear(Store& store, Traffic& traffic) {
-    StoreBatch batch(store);
-    SeriesGrains grains;
-    grains.until.fill(floor<hours>(present));
-    batch.setGrains(grains);
-    for (Moment moment = present - days(365); moment < present; moment += minutes(10)) {
-        if (!batch.append(traffic.step(moment, moment + minutes(10), 19))) {
-            giveUp(store.lastError());
-        }
-    }
-    if (!batch.commit()) {
-        giveUp(store.lastError());
-    }
-}
-
 /** Every second of six hours. */
-void writeSeconds(Store& store, Traffic& traffic, Moment& now) {
+void writeSeconds(Store& store, BusyYear& year, Moment& now) {
     StoreBatch batch(store);
     for (const Moment end = now + hours(6); now < end; now += seconds(1)) {
-        if (!batch.append(traffic.step(now, now + seconds(1), 0))) {
+        if (!batch.append(year.step(now, now + seconds(1), 0))) {
             giveUp(store.lastError());
         }
     }
@@ -178,12 +110,12 @@ void keepHouseUntil(steady_clock::time_point due, Store& store, Moment now, Figu
 }
 
 /** Appends a second's changes fifty times a second, `rounds` times and as long as the work takes. */
-Figures measure(Store& store, Traffic& traffic, const std::string& path, Moment& now, int rounds) {
+Figures measure(Store& store, Traffic& year, const std::string& path, Moment& now, int rounds) {
     Figures figures;
     Chart chart(path);
     for (int round = 0; round < rounds || !store.isPruned() || !store.isThinned(now); ++round) {
         const auto due = steady_clock::now() + milliseconds(20);
-        const LedgerChanges changes = traffic.step(now, now + seconds(1), 20);
+        const LedgerChanges changes = year.step(now, now + seconds(1), 20);
         now += seconds(1);
         keepHouseUntil(due, store, now, figures);
         if (!store.append(changes)) {
@@ -215,21 +147,23 @@ void run(const std::string& path) {
     if (!store || !store->load(present)) {
         giveUp(error);
     }
-    Traffic traffic;
-    writeYear(*store, traffic);
+    BusyYear year(present);
+    if (!year.writeTo(*store)) {
+        giveUp(store->lastError());
+    }
     Moment now = present;
-    const Figures before = measure(*store, traffic, path, now, 500);
+    const Figures before = measure(*store, year, path, now, 500);
     store->beginPruning(now, days(366));
-    const Figures idle = measure(*store, traffic, path, now, 0);
+    const Figures idle = measure(*store, year, path, now, 0);
     const double sizeBefore = sizeOf(path);
     store->beginPruning(now, days(30));
-    const Figures during = measure(*store, traffic, path, now, 0);
+    const Figures during = measure(*store, year, path, now, 0);
     std::printf("nothing to drop: %.1f ms in %d steps\n", idle.workMs, idle.steps);
     std::printf("eleven months: %.1f s in %d steps, %.0f MB before, %.0f after\n", during.workMs / 1000,
                 during.steps, sizeBefore, sizeOf(path));
     print(during, before);
-    writeSeconds(*store, traffic, now);
-    const Figures thinning = measure(*store, traffic, path, now, 0);
+    writeSeconds(*store, year, now);
+    const Figures thinning = measure(*store, year, path, now, 0);
     std::printf("six hours of seconds: %.1f s in %d steps\n", thinning.workMs / 1000, thinning.steps);
     print(thinning, before);
 }

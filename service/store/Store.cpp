@@ -270,8 +270,8 @@ bool Store::prune() {
         return fail();
     }
     if (m_Pruner.isDone() && m_Pruner.hasShrunkFile()) {
-        // Waits for no reader: what cannot be moved out of the log because of one, a later append moves.
-        m_Database->Execute("PRAGMA wal_checkpoint(PASSIVE)");
+        m_LogIsCut = false;
+        cutLog();
     }
     return true;
 }

@@ -74,8 +74,8 @@ class Store {
     void giveSpaceBack();
 
     /**
-     * After a wipe, cuts the file and its log, unless some reader still looks at what was erased: then it is to be
-     * called again. Does nothing once that is done.
+     * At the start, and whenever much was erased, cuts the file and its log to what they hold, unless some reader
+     * still looks at what was erased: then it is to be called again. Does nothing once that is done.
      */
     void cutLog();
 
@@ -126,7 +126,7 @@ class Store {
     Pruner m_Pruner;
     Thinner m_Thinner;
     Progress m_Progress;
-    bool m_LogIsCut = true;
+    bool m_LogIsCut = false;  ///< the last run may have ended before it was
     std::string m_LastError;
 };
 

@@ -1,0 +1,280 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Cleans the history of a real daemon while clients watch, kill it or get in its way.
+
+    clean_history.py [--kills N] [--history FILE] PROGRAM [TEST...]
+
+PROGRAM is `nevtora-daemon`. It goes on from a copy of FILE, by default one that holds the demo year, for each test, and
+has the demo's traffic. N daemons (5) are killed, at moments spread over the cleaning.
+"""
+
+import argparse
+import datetime
+import resource
+import shutil
+import signal
+import socket
+import sqlite3
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+import wire
+from client import Client
+
+START_LIMIT = 90  # seconds; the demo writes a year of history first
+CLEAN_LIMIT = 60
+DAY = datetime.timedelta(days=1)
+
+program = None
+kills = 5
+template = None  # the history that every test has a copy of
+
+
+def size_of(database):
+    """Bytes on disk, the log included."""
+    return sum(path.stat().st_size for path in (database, log_of(database)) if path.exists())
+
+
+def log_of(database):
+    return Path(f"{database}-wal")
+
+
+class Daemon:
+    """One daemon process on a history; further ones may follow it."""
+
+    def __init__(self, database):
+        self.database = database
+        self.log = database.with_name("log")
+        self.start()
+
+    def start(self):
+        with socket.create_server(("127.0.0.1", 0)) as free:
+            self.address = free.getsockname()
+        listen = f"{self.address[0]}:{self.address[1]}"
+        command = [program, "--demo", "--database", self.database, "--config", "/nonexistent", "--listen", listen]
+        with open(self.log, "a") as log:
+            # Writing beyond what a process may write is to be an error then, not its end.
+            self.process = subprocess.Popen(command, stderr=log, restore_signals=False)
+        deadline = time.monotonic() + START_LIMIT
+        while True:
+            try:
+                with Client(self.address, START_LIMIT) as client:
+                    client.ask(wire.TOTAL_STATISTIC_INFO)
+                return
+            except ConnectionRefusedError:
+                assert time.monotonic() < deadline and self.process.poll() is None, self.log.read_text()
+                time.sleep(0.02)
+
+    def end(self, how=signal.SIGTERM):
+        self.process.send_signal(how)
+        return self.process.wait(30)
+
+
+def setUpModule():
+    global template
+    folder = tempfile.TemporaryDirectory(prefix="nevtora-clean-")
+    unittest.addModuleCleanup(folder.cleanup)
+    if template is None:
+        template = Path(folder.name) / "year.sqlite"
+        Daemon(template).end()
+
+
+class CleansHistory(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="nevtora-clean-")
+        self.addCleanup(folder.cleanup)
+        self.database = Path(folder.name) / "history.sqlite"
+        self.begin()
+
+    def begin(self):
+        """A daemon that knows the whole past, and what it says of it."""
+        for path in (self.database, log_of(self.database), Path(f"{self.database}-shm")):
+            path.unlink(missing_ok=True)
+        shutil.copy(template, self.database)
+        self.daemon = Daemon(self.database)
+        self.addCleanup(self.daemon.end, signal.SIGKILL)
+        self.client = self.connect()
+        first = self.client.ask(wire.TOTAL_STATISTIC_INFO)["startTime"]
+        self.past = (first + 300 * DAY).replace(minute=0, second=0)
+        self.before = self.total_to_past(self.client)
+        self.highest = max(self.applications())
+        self.assertGreater(self.before, 0)
+
+    def connect(self):
+        client = Client(self.daemon.address, CLEAN_LIMIT)
+        self.addCleanup(client.socket.close)
+        return client
+
+    def total_to_past(self, client):
+        return client.ask(wire.TOTAL_RECEIVED_BYTES, toTime=self.past, socketProtocol=wire.ALL)["bytes"]
+
+    def applications(self):
+        """By id; they add up to the totals, unless a poll came between the answers."""
+        for _ in range(10):
+            before = self.client.ask(wire.TOTAL_STATISTIC_INFO)
+            iterator = self.client.ask(wire.CREATE_APPLICATION_ITERATOR)["iteratorId"]
+            count = self.client.ask(wire.GET_COUNT_APPLICATIONS, iteratorId=iterator)["count"]
+            rows = [(wire.GET_APPLICATION_INFO, dict(iteratorId=iterator, index=i)) for i in range(count)]
+            rows = self.client.ask_all(*rows)
+            self.client.send((wire.DELETE_APPLICATIONS_ITERATOR, dict(iteratorId=iterator)))
+            if self.client.ask(wire.TOTAL_STATISTIC_INFO) == before:
+                break
+        self.assertEqual(sum(row["totalReceivedBytes"] for row in rows), before["totalReceivedBytes"])
+        return {row["id"]: row for row in rows}
+
+    def longest_answer_until(self, over):
+        """In seconds. The past is either the old one in all of the answers, or it is gone for good."""
+        longest, totals = 0, []
+        while not over():
+            begin = time.monotonic()
+            cleaning, total = self.client.ask_all(
+                (wire.IS_CLEANING, {}), (wire.TOTAL_RECEIVED_BYTES, dict(toTime=self.past, socketProtocol=wire.ALL))
+            )
+            longest = max(longest, time.monotonic() - begin)
+            totals.append(total["bytes"])
+        gone = totals.index(0) if 0 in totals else len(totals)
+        self.assertEqual(totals, [self.before] * gone + [0] * (len(totals) - gone))
+        return longest
+
+    def check_shrinks(self, before):
+        deadline = time.monotonic() + 10
+        while size_of(self.database) > before / 5:
+            self.assertLess(time.monotonic(), deadline, f"{size_of(self.database)} bytes of {before}")
+            time.sleep(0.02)
+
+    def test_two_clients_clean_and_others_come_and_ask_meanwhile(self):
+        other = self.connect()
+        size, begin = size_of(self.database), time.monotonic()
+        idle = self.longest_answer_until(lambda: time.monotonic() > begin + 1)
+        begin, clock = time.monotonic(), datetime.datetime.now()
+        for client in (self.client, other):
+            client.send_event(wire.START_CLEANING)
+        self.client.wait_for_event(wire.CLEANING_STARTED)
+        late = self.connect()
+        is_cleaning = late.ask(wire.IS_CLEANING)["isClean"]
+        self.assertTrue(is_cleaning or late.count_event(wire.CLEANING_ENDED))
+        busy = self.longest_answer_until(lambda: self.client.count_event(wire.CLEANING_ENDED))
+        took = time.monotonic() - begin
+        for client in (other, late):
+            client.wait_for_event(wire.CLEANING_ENDED)
+        self.assertEqual([event for event, _ in other.events if event], [wire.CLEANING_STARTED, wire.CLEANING_ENDED])
+        self.assertEqual(self.total_to_past(late), 0)
+        self.check_shrinks(size)
+        print(
+            f"cleaned in {took:.2f} s, {size / 1e6:.1f} MB before, {size_of(self.database) / 1e6:.2f} after; "
+            f"longest answer {busy * 1000:.1f} ms, {idle * 1000:.1f} before",
+            file=sys.stderr,
+        )
+        self.client.wait_for_event(wire.NEW_APPLICATION)
+        self.assertGreater(min(self.applications()), self.highest)
+        start = self.client.ask(wire.TOTAL_STATISTIC_INFO)["startTime"]
+        self.assertGreaterEqual(start, clock.replace(microsecond=0))
+        self.assertLess(start, clock + datetime.timedelta(seconds=2), "what moved while it was cleaned counts")
+
+    def test_a_reader_of_the_old_history_only_keeps_its_space(self):
+        reader = sqlite3.connect(self.database)
+        reader.execute("BEGIN")
+        reader.execute("SELECT count(*) FROM counting").fetchone()
+        size, begin = size_of(self.database), time.monotonic()
+        self.client.send_event(wire.START_CLEANING)
+        self.client.wait_for_event(wire.CLEANING_ENDED)
+        self.assertLess(time.monotonic() - begin, CLEAN_LIMIT / 2)
+        self.assertEqual(self.total_to_past(self.client), 0)
+        self.assertEqual(reader.execute("SELECT min(id) FROM applications").fetchone()[0], 1)
+        reader.close()
+        self.check_shrinks(size)
+
+    def test_a_disk_that_refuses_ends_the_cleaning_and_the_history_stays(self):
+        process = self.daemon.process.pid
+        _, most = resource.prlimit(process, resource.RLIMIT_FSIZE)
+        resource.prlimit(process, resource.RLIMIT_FSIZE, (8192, most))
+        self.client.send_event(wire.START_CLEANING)
+        self.client.wait_for_event(wire.CLEANING_ENDED)
+        self.assertEqual(self.client.ask(wire.IS_CLEANING), {"isClean": 0})
+        self.assertEqual(self.total_to_past(self.client), self.before)
+        self.assertIn(self.highest, self.applications())
+        self.assertIn("cannot be wiped and stays as it is", self.daemon.log.read_text())
+        resource.prlimit(process, resource.RLIMIT_FSIZE, (most, most))
+        self.client.events.clear()
+        self.client.send_event(wire.START_CLEANING)
+        self.client.wait_for_event(wire.CLEANING_ENDED)
+        self.assertEqual(self.total_to_past(self.client), 0)
+
+    def test_a_daemon_that_is_told_to_stop_cleans_first(self):
+        self.client.send_event(wire.START_CLEANING)
+        self.client.wait_for_event(wire.CLEANING_STARTED)
+        self.assertEqual(self.daemon.end(), 0, self.daemon.log.read_text())
+        self.assertEqual(self.state_of_copy()["connections"], 0)
+
+    def test_a_kill_leaves_the_old_history_or_an_empty_one(self):
+        begin = time.monotonic()
+        self.client.send_event(wire.START_CLEANING)
+        self.client.wait_for_event(wire.CLEANING_ENDED)
+        took, emptied = time.monotonic() - begin, 0
+        for i in range(kills):
+            with self.subTest(kill=i):
+                self.daemon.end(signal.SIGKILL)
+                self.begin()
+                emptied += self.check_kill_after(took * i / max(kills - 1, 1))
+        print(f"killed {kills} times within {took:.2f} s: {emptied} histories were empty", file=sys.stderr)
+
+    def check_kill_after(self, seconds):
+        """Whether the history is empty then; it goes on either way."""
+        size, deadline = size_of(self.database), time.monotonic() + seconds
+        self.client.send_event(wire.START_CLEANING)
+        while time.monotonic() < deadline:
+            pass
+        self.daemon.end(signal.SIGKILL)
+        state = self.state_of_copy()
+        self.assertEqual(state["integrity"], "ok")
+        self.assertGreater(state["next_application"], self.highest)
+        self.daemon.start()
+        self.client = self.connect()
+        total = self.total_to_past(self.client)
+        self.assertIn(total, (0, self.before))
+        if total:
+            self.assertIn(self.highest, self.applications())
+            self.assertGreater(state["connections"], 0)
+            return False
+        self.assertTrue(all(row > self.highest for row in self.applications()))
+        self.assertEqual(state["connections"], 0)
+        self.check_shrinks(size)
+        return True
+
+    def state_of_copy(self):
+        """What lies on the disk, looked at in a copy, so that the daemon finds it as it was left."""
+        copy = self.database.with_name("copy.sqlite")
+        shutil.copy(self.database, copy)
+        if log_of(self.database).exists():
+            shutil.copy(log_of(self.database), log_of(copy))
+        with sqlite3.connect(copy) as database:
+            ask = lambda sql: database.execute(sql).fetchone()[0]
+            # Those of a minute ago and before: the demo goes on while it is looked at.
+            state = {
+                "integrity": ask("PRAGMA integrity_check"),
+                "next_application": ask("SELECT next_application FROM counting"),
+                "connections": ask("SELECT count(*) FROM connections WHERE started < unixepoch() - 3600"),
+            }
+        database.close()
+        log_of(copy).unlink(missing_ok=True)
+        return state
+
+
+def main():
+    global program, kills, template
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--kills", type=int, default=kills)
+    parser.add_argument("--history", type=Path, metavar="FILE")
+    parser.add_argument("program")
+    parser.add_argument("tests", nargs="*")
+    arguments = parser.parse_args()
+    program, kills, template = arguments.program, arguments.kills, arguments.history
+    unittest.main(argv=[sys.argv[0], *arguments.tests], verbosity=2)
+
+
+if __name__ == "__main__":
+    main()

@@ -45,7 +45,7 @@ LedgerChanges BusyYear::step(Moment from, Moment to, int connectionCount) {
 void BusyYear::move(ApplicationId id) {
     ApplicationRecord& application = m_Applications[id - 1];
     application.id = id;
-    application.name = "Application " + std::to_string(id);
+    application.name = std::string("Application ").append(std::to_string(id));
     application.path = "/usr/bin/application-" + std::to_string(id);
     const auto protocolClass = m_Random() % 4 == 0 ? ProtocolClass::Udp : ProtocolClass::Tcp;
     const ByteCount bytes{static_cast<std::int64_t>(m_Random() % 100'000), 100};

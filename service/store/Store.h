@@ -69,7 +69,7 @@ class Store {
 
     /**
      * Lays the file out anew after a wipe, as small as it can be. Where the disk refuses, pruning is to do it.
-     * Waits for nobody: see `cutLog`.
+     * Waits for no reader: see `cutLog`.
      */
     void giveSpaceBack();
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "libs/sqlite/Snapshot.h"
 #include "libs/utils/src/StringUtils.h"
 #include "service/log/Log.h"
 #include "service/store/Columns.h"
@@ -113,6 +114,7 @@ HistoryReader::HistoryReader(std::unique_ptr<SQLite::Database> database)
 
 ByteCount HistoryReader::totalUpTo(std::optional<ApplicationId> application,
                                    std::optional<ProtocolClass> protocolClass, Moment moment) {
+    const SQLite::Snapshot snapshot(*m_Database);  // classes are read one by one; a wipe may come between
     const ApplicationId id = application.value_or(allApplications);
     std::optional<ByteCount> bytes;
     if (protocolClass) {

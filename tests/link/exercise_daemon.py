@@ -105,7 +105,7 @@ def setUpModule():
 
 def load_tests(loader, *_):
     """In this order: the same daemon goes through everything, and the last test ends it."""
-    cases = (DaemonAnswers, DaemonSurvives, DaemonForgets, DaemonCleans, DaemonEnds)
+    cases = (DaemonAnswers, DaemonSurvives, DaemonForgets, DaemonEnds)
     return unittest.TestSuite(map(loader.loadTestsFromTestCase, cases))
 
 
@@ -468,43 +468,6 @@ class DaemonForgets(DaemonTest):
 
     def total_to(self, moment):
         return self.client.ask(wire.TOTAL_RECEIVED_BYTES, toTime=moment, socketProtocol=wire.ALL)["bytes"]
-
-
-class DaemonCleans(DaemonTest):
-    def test_cleaning_is_announced_and_starts_everything_again(self):
-        before = self.client.ask(wire.TOTAL_STATISTIC_INFO)
-        highest = max(row["id"] for row in self.applications())
-        with daemon.connect() as other:
-            self.client.send_event(wire.START_CLEANING)
-            self.check_truth_while_cleaning(self.client)
-            other.wait_for_event(wire.CLEANING_ENDED)
-            cleaning = [event for event, _ in other.events if event in (2, 3)]
-            self.assertEqual(cleaning, [wire.CLEANING_STARTED, wire.CLEANING_ENDED])
-        after = self.client.ask(wire.TOTAL_STATISTIC_INFO)
-        self.assertLess(after["totalReceivedBytes"], before["totalReceivedBytes"] / 100)
-        self.assertGreater(after["startTime"], before["startTime"])
-        self.check_newcomers(highest)
-
-    def check_truth_while_cleaning(self, client):
-        """`isClean` is 1 exactly in the replies that come after event 2 and before event 3."""
-        deadline = time.monotonic() + 30
-        while not client.count_event(wire.CLEANING_ENDED):
-            self.assertLess(time.monotonic(), deadline)
-            for message_id in client.send(*[(wire.IS_CLEANING, {})] * 20):
-                values, events = client.collect(message_id)
-                codes = [event for event, _ in client.events[:events]]
-                cleaning = wire.CLEANING_STARTED in codes and wire.CLEANING_ENDED not in codes
-                self.assertEqual(values["isClean"], int(cleaning), f"after events {codes}")
-
-    def check_newcomers(self, highest):
-        """Applications seen after the cleaning are new ones, and each is announced."""
-        self.client.wait_for_event(wire.NEW_APPLICATION)
-        rows = self.applications()
-        announced = {param for event, param in self.client.events if event == wire.NEW_APPLICATION}
-        self.assertLessEqual({row["id"] for row in rows}, announced)
-        self.assertGreater(min(announced), highest)
-        for row in rows:
-            self.assertEqual(self.client.ask(wire.APPLICATION_INFO_FROM_ID, applicationId=row["id"])["name"], row["name"])
 
 
 class DaemonEnds(DaemonTest):

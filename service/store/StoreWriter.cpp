@@ -35,6 +35,14 @@ StoreWriter::~StoreWriter() {
     m_Thread.join();
 }
 
+void StoreWriter::wake() {
+    {
+        const std::lock_guard lock(m_Mutex);
+        m_WakeRequested = true;
+    }
+    m_Changed.notify_one();
+}
+
 void StoreWriter::wipe() {
     {
         const std::lock_guard lock(m_Mutex);

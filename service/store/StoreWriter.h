@@ -33,6 +33,9 @@ class StoreWriter {
     StoreWriter(const StoreWriter&) = delete;
     StoreWriter& operator=(const StoreWriter&) = delete;
 
+    /** Writes at once instead of at the next second; any thread. */
+    void wake();
+
     /**
      * Ends the clearing that has begun in the ledger, at once: erases the history on disk and then the old count,
      * or neither of them where the disk refuses. `onWipeEnded` tells which. Any thread.

@@ -75,9 +75,12 @@ TEST_F(StoreWriterTest, WhatTheDiskDoesNotTakeFollowsLaterAndIsLoggedOnceEachWay
     auto writer = std::make_unique<StoreWriter>(ledger, *store, [](bool) {});
     interfere(breakWrites);
     ledger.apply({sampleOf(1, "/a", {10, 0}, true)}, at(1));
+    writer->wake();
     EXPECT_NE(log.readLine().find("waits until it can be written: broken on purpose"), std::string::npos);
     ledger.apply({sampleOf(2, "/b", {5, 0})}, at(2));
+    writer->wake();  // may fail once more, of which nothing is said
     interfere(mendWrites);
+    writer->wake();
     EXPECT_NE(log.readLine().find("goes on; connections lost meanwhile: 0"), std::string::npos);
 
     ledger.apply({sampleOf(2, "/b", {100, 0})}, at(3));
@@ -106,6 +109,7 @@ TEST_F(StoreWriterTest, WhatCannotBeDroppedIsLoggedOnceEachWayAndTheCountingGoes
     writer->setRetention(std::chrono::days(7));
     EXPECT_NE(log.readLine().find("cannot be dropped now: stuck"), std::string::npos);
     ledger.apply({sampleOf(2, "/b", {5, 0})}, at(2));
+    writer->wake();
     interfere("DROP TRIGGER stuck");
     writer->setRetention(std::chrono::days(7));
     EXPECT_NE(log.readLine().find("is dropped now"), std::string::npos);

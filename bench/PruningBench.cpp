@@ -15,6 +15,7 @@
 #include "bench/BusyYear.h"
 #include "service/store/HistoryReader.h"
 #include "service/store/Store.h"
+#include "service/store/StoreBatch.h"
 
 namespace {
 
@@ -110,7 +111,7 @@ void keepHouseUntil(steady_clock::time_point due, Store& store, Moment now, Figu
 }
 
 /** Appends a second's changes fifty times a second, `rounds` times and as long as the work takes. */
-Figures measure(Store& store, Traffic& year, const std::string& path, Moment& now, int rounds) {
+Figures measure(Store& store, BusyYear& year, const std::string& path, Moment& now, int rounds) {
     Figures figures;
     Chart chart(path);
     for (int round = 0; round < rounds || !store.isPruned() || !store.isThinned(now); ++round) {

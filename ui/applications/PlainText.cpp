@@ -9,10 +9,16 @@ constexpr char16_t deletion = 0x7F;
 constexpr char16_t signs = 0x2400;  // of the first 32 characters, in their order
 constexpr char16_t signOfDeletion = 0x2421;
 
+/** Embeddings, overrides and isolates: they turn the text after them round, be it an extension or ours. */
+bool isDirectional(QChar character) {
+    return (character >= QChar(0x202A) && character <= QChar(0x202E)) ||
+           (character >= QChar(0x2066) && character <= QChar(0x2069));
+}
+
 bool isControl(QChar character) {
     const QChar::Category category = character.category();
     return category == QChar::Other_Control || category == QChar::Separator_Line ||
-           category == QChar::Separator_Paragraph;
+           category == QChar::Separator_Paragraph || isDirectional(character);
 }
 
 QChar signOf(QChar control) {

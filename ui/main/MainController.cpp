@@ -506,15 +506,18 @@ void MainController::showAbout() {
                 "Free software under the GNU General Public License, version 3 or later.");
 }
 
+/** In the box that is open, if one is: the dialog of a cleaning may stand over it, and would go with it. */
 void MainController::showMessage(const QString& text, const QString& details) {
-    delete m_Message;
-    auto* box = new QMessageBox(QMessageBox::NoIcon, "Nevtora Meter", text, QMessageBox::Ok, m_Window.get());
-    m_Message = box;
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setIconPixmap(QIcon(":/app.svg").pixmap(64, m_Window->devicePixelRatioF()));
-    box->setInformativeText(details);
-    box->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    box->open();
+    if (m_Message == nullptr) {
+        m_Message =
+            new QMessageBox(QMessageBox::NoIcon, "Nevtora Meter", {}, QMessageBox::Ok, m_Window.get());
+        m_Message->setAttribute(Qt::WA_DeleteOnClose);
+        m_Message->setIconPixmap(QIcon(":/app.svg").pixmap(64, m_Window->devicePixelRatioF()));
+        m_Message->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    }
+    m_Message->setText(text);
+    m_Message->setInformativeText(details);
+    m_Message->open();
 }
 
 bool MainController::eventFilter(QObject* watched, QEvent* event) {

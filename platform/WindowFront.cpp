@@ -59,13 +59,21 @@ void activateForUser(const QWidget&) {}
 #endif
 
 void WindowFront::orderFrontRegardless(QWidget& window) {
-    QWidget* sheet = QApplication::activeModalWidget();  // which keeps the keyboard from all windows below it
-    for (QWidget* each : {&window, sheet != nullptr ? sheet : &window}) {
+    QWidget* modal = QApplication::activeModalWidget();
+    QWidget& active =
+        modal != nullptr ? *modal : window;  // a sheet keeps the keyboard from all windows below
+    if (&active != &window && window.isMinimized()) {
+        window
+            .hide();  // some window managers leave a window minimized whose sheet is not, but none a new one
+    }
+    for (QWidget* each : {&window, &active}) {
         each->setWindowState(each->windowState() & ~Qt::WindowMinimized);
+        if (!each->isVisible()) {
+            each->move(each->pos());  // said, or the window manager chooses another place
+        }
         each->show();
         each->raise();
     }
-    QWidget& active = sheet != nullptr ? *sheet : window;
     active.activateWindow();
     activateForUser(active);
     ActivationToken::take();  // used up, or of no use here

@@ -115,11 +115,11 @@ class News(unittest.TestCase):
     def test_new_applications_are_told_to_the_desktop_and_a_click_brings_the_window(self):
         service = self.serve()
         self.start()
-        self.add_application("<b>50%</b> & %@ %1\n\a")
+        self.add_application("<b>50%</b> & %@ %1\n\a\u202e")
         self.add_application("second")
         first = self.wait_for_notification(service, 1)
         self.assertEqual(first[:4], ("Nevtora Meter", 0, "nevtora-meter", "New application added to list"))
-        self.assertEqual(first.body, "New application (&lt;b&gt;50%&lt;/b&gt; &amp; %@ %1\u240a\u2407) open network "
+        self.assertEqual(first.body, "New application (&lt;b&gt;50%&lt;/b&gt; &amp; %@ %1\u240a\u2407\ufffd) open network "
                          "connection, and it added to Nevtora Meter applications list")
         self.assertEqual(first.actions[0], "default")
         self.assertEqual({key: first.hints[key] for key in ("urgency", "desktop-entry")},
@@ -171,6 +171,8 @@ class News(unittest.TestCase):
         accessible.press(accessible.find(sheet, "push button", "Clean All Data Now"))
         desktop.wait_for("A wish", lambda: CleanedDaemon.events == [wire.START_CLEANING])
 
+        [main] = self.visible_windows("^Nevtora Meter$")
+        subprocess.run(["xdotool", "windowminimize", "--sync", main], check=True)
         dialog = self.start_cleaning()
         self.assertEqual(self.visible_windows(CHARTS), [])
         self.assertEqual([each.name for each in accessible.find_all(dialog, ["label"])], [TEXT])
@@ -182,6 +184,7 @@ class News(unittest.TestCase):
         rows = lambda: self.table.nRows == 4
         desktop.wait_for("A refresh", rows, REFRESH + PROMPT)
         service.click(1, "")
+        desktop.wait_for("The main window", lambda: main in self.visible_windows(), PROMPT)
         time.sleep(1)
         self.assertEqual(self.active_window(), window)
         del self.applications[:]

@@ -218,8 +218,11 @@ class News(unittest.TestCase):
         self.start()
         icon = desktop.wait_for("The icon", lambda: self.visible_windows("^$"))[0]
         self.start_cleaning()
+        before = len(self.visible_windows(".*"))
         subprocess.run(["xdotool", "mousemove", "--window", icon, "11", "11", "click", "3"], check=True)
-        time.sleep(0.5)  # screen readers do not see the menu
+        # Screen readers do not see the menu.
+        desktop.wait_for("The menu", lambda: len(self.visible_windows(".*")) > before)
+        time.sleep(0.5)
         desktop.press("Up", "Return")
         self.assertEqual(self.process.wait(PROMPT + 1), 0)
 

@@ -67,9 +67,21 @@ LedgerChanges Ledger::takeFresh(Moment now) {
 void Ledger::endClearing(bool cleared) {
     std::unique_ptr<Tally> forgotten;  // outlives the lock: there may be much to free
     const std::lock_guard lock(m_Mutex);
-    forgotten = std::move(cleared ? m_Shown : m_Fresh);
     if (cleared) {
-        m_Shown = std::move(m_Fresh);
+        keepFromNews(*m_Shown);
+        forgotten = std::exchange(m_Shown, std::move(m_Fresh));
+    } else {
+        forgotten = std::move(m_Fresh);
+    }
+}
+
+/** Of those that are new there the news is still to come. */
+void Ledger::keepFromNews(Tally& tally) {
+    const std::vector<ApplicationId> news = tally.takeNewApplications();
+    for (ApplicationRecord& application : tally.applications()) {
+        if (!std::ranges::binary_search(news, application.id)) {
+            m_OldPaths.insert(std::move(application.path));
+        }
     }
 }
 
@@ -80,7 +92,10 @@ LedgerChanges Ledger::takeChanges(Moment now) {
 
 std::vector<ApplicationId> Ledger::takeNewApplications() {
     const std::lock_guard lock(m_Mutex);
-    return m_Shown->takeNewApplications();
+    std::vector<ApplicationId> news = m_Shown->takeNewApplications();
+    std::erase_if(news,
+                  [this](ApplicationId id) { return m_OldPaths.contains(m_Shown->application(id)->path); });
+    return news;
 }
 
 std::optional<ApplicationRecord> Ledger::application(ApplicationId id) const {

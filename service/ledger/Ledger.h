@@ -4,6 +4,8 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "service/ledger/RecordingFilter.h"
@@ -61,7 +63,10 @@ class Ledger {
     /** What changed since the last call, in the order of ids; for the one thread that writes the history. */
     LedgerChanges takeChanges(Moment now);
 
-    /** Ids of the applications that were seen for the first time since the last call, oldest first. */
+    /**
+     * Ids of the applications that were seen for the first time since the last call, oldest first. None that was known
+     * before a clearing: it is not the user who meets it anew.
+     */
     std::vector<ApplicationId> takeNewApplications();
 
     std::optional<ApplicationRecord> application(ApplicationId id) const;
@@ -78,6 +83,7 @@ class Ledger {
     // All of these expect the mutex to be held.
     void enter(const TrafficSample& sample, Moment now);
     void changeRule(RecordingRule rule, Moment now);
+    void keepFromNews(Tally& tally);
     template <class Action>
     void forEachTally(Action action);
 
@@ -88,7 +94,8 @@ class Ledger {
 
     NextIds m_Ids;
     std::unique_ptr<Tally> m_Shown;
-    std::unique_ptr<Tally> m_Fresh;  ///< while a clearing is under way
+    std::unique_ptr<Tally> m_Fresh;              ///< while a clearing is under way
+    std::unordered_set<std::string> m_OldPaths;  ///< of applications that were known before a clearing
 };
 
 }  // namespace service

@@ -111,7 +111,8 @@ TEST_F(LedgerTest, WhatMovesFromTheBeginningOfAClearingOnIsWhatIsLeftOfIt) {
     const LedgerChanges after = ledger.takeFresh(at(6));
     ledger.endClearing(true);
     EXPECT_EQ(ledger.applications().size(), 1u);
-    EXPECT_EQ(ledger.takeNewApplications(), std::vector{after.applications.at(0).id});
+    EXPECT_EQ(ledger.takeNewApplications(), std::vector{after.applications.at(0).id})
+        << "nobody has been told";
     EXPECT_TRUE(after.wiped);
     EXPECT_EQ(after.totals.start, at(5));
     EXPECT_EQ(after.totals.counters.total(), (ByteCount{3, 4}));
@@ -123,6 +124,12 @@ TEST_F(LedgerTest, WhatMovesFromTheBeginningOfAClearingOnIsWhatIsLeftOfIt) {
     EXPECT_EQ(after.connections[0].start, at(5));
     EXPECT_TRUE(apply(7, {}).empty());
     EXPECT_EQ(apply(8, {sampleOf(1, "/a", {1, 1})}).connections.at(0).bytes, (ByteCount{4, 5}));
+
+    ledger.beginClearing(at(9));
+    ledger.endClearing(true);
+    const LedgerChanges again = apply(10, {sampleOf(1, "/a", {1, 1}), sampleOf(2, "/c", {1, 1})});
+    EXPECT_EQ(ledger.takeNewApplications(), std::vector{again.applications.at(1).id})
+        << "one was known before";
 }
 
 TEST_F(LedgerTest, AClearingThatIsGivenUpLeavesNoTrace) {

@@ -7,18 +7,27 @@
 
 DateTimeEdit::DateTimeEdit(QWidget* parent) : QDateTimeEdit(parent) {
     setKeyboardTracking(false);
+    connect(this, &QDateTimeEdit::dateTimeChanged, this, &DateTimeEdit::valueChanged);
 }
 
-/** The value has stayed within the limits all the time, so that to set them again does not move it. */
+void DateTimeEdit::valueChanged() {
+    if (!m_Before) {
+        emit picked();
+    }
+}
+
 void DateTimeEdit::finishEditing() {
-    if (!m_Limits) {
+    if (!m_Before) {
         return;
     }
     const QDateTime typed = typedDateTime();
-    const auto [earliest, latest] = *m_Limits;
-    m_Limits.reset();
+    const auto [earliest, latest, value] = *m_Before;
     setDateTimeRange(earliest, latest);
-    setDateTime(typed.isValid() ? std::clamp(typed, earliest, latest) : dateTime());
+    setDateTime(value);
+    m_Before.reset();
+    if (typed.isValid()) {
+        setDateTime(std::clamp(typed, earliest, latest));
+    }
 }
 
 /** Invalid for a text that cannot be mended. */
@@ -39,8 +48,8 @@ void DateTimeEdit::stepBy(int steps) {
 void DateTimeEdit::keyPressEvent(QKeyEvent* event) {
     const bool isEnd = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     const bool isTyping = !event->text().isEmpty() && !isEnd;
-    if (isTyping && !m_Limits) {
-        m_Limits.emplace(minimumDateTime(), maximumDateTime());
+    if (isTyping && !m_Before) {
+        m_Before = Before{minimumDateTime(), maximumDateTime(), dateTime()};
         clearMinimumDateTime();
         clearMaximumDateTime();
     } else if (isEnd) {

@@ -3,11 +3,11 @@
 
 #include <QDateTimeEdit>
 #include <optional>
-#include <utility>
 
 /**
  * A picker of a date and a time whose limits are in nobody's way: any date can be typed, and when that is finished it is
- * moved to the nearest limit. Until then the value is the one before. Main thread.
+ * moved to the nearest limit. Until then nothing is picked, though Qt takes what was typed as soon as somebody goes from
+ * one part of the date to another. Main thread.
  */
 class DateTimeEdit : public QDateTimeEdit {
     Q_OBJECT
@@ -20,13 +20,23 @@ class DateTimeEdit : public QDateTimeEdit {
 
     void stepBy(int steps) override;
 
+  signals:
+    /** The value is another one, and is within the limits. */
+    void picked();
+
   protected:
     void keyPressEvent(QKeyEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
 
   private:
+    struct Before {
+        QDateTime earliest;
+        QDateTime latest;
+        QDateTime value;
+    };
+
+    void valueChanged();
     QDateTime typedDateTime();
 
-    /** What dates are limited to, set aside while somebody types. */
-    std::optional<std::pair<QDateTime, QDateTime>> m_Limits;
+    std::optional<Before> m_Before;  ///< what somebody began to type, who is then not held up by limits
 };

@@ -27,13 +27,13 @@ HistoryRangePickers::HistoryRangePickers(const Picker& start, const Picker& end)
     : m_Start(start), m_End(end) {
     setup(m_Start);
     setup(m_End);
-    connect(m_Start.edit, &DateTimeEdit::dateTimeChanged, this, &HistoryRangePickers::startTimeChanged);
-    connect(m_End.edit, &DateTimeEdit::dateTimeChanged, this, &HistoryRangePickers::endTimeChanged);
+    connect(m_Start.edit, &DateTimeEdit::picked, this, &HistoryRangePickers::startTimeChanged);
+    connect(m_End.edit, &DateTimeEdit::picked, this, &HistoryRangePickers::endTimeChanged);
 }
 
 void HistoryRangePickers::setup(const Picker& picker) {
     picker.edit->setDisplayFormat(shortDateFormat(picker.edit->locale()));
-    connect(picker.edit, &DateTimeEdit::dateTimeChanged, this, &HistoryRangePickers::showInCalendars);
+    connect(picker.edit, &DateTimeEdit::picked, this, &HistoryRangePickers::showInCalendars);
     connect(picker.calendar, &Calendar::selectionChanged, picker.edit, [picker] {
         // Not `setDate`: where the clock skips the hour on that day, it would give the earliest date of all.
         picker.edit->setDateTime(dateOf(picker.calendar->selectedDate(), picker.edit->time()));

@@ -126,8 +126,11 @@ TEST_F(HistoryRangePickersTest, AnyDateCanBeTypedAndIsMovedToTheLimitWhenThatIsF
     QTest::keyClick(&m_Start, Qt::Key_Return);
     EXPECT_EQ(m_Pickers.startTime(), date(8, 2));
     EXPECT_EQ(m_End.minimumDateTime(), date(8, 2));
-    type(m_Start, "3012");  // after the end
+    type(m_Start, "3012");                    // after the end
+    QTest::keyClick(&m_Start, Qt::Key_Left);  // which makes Qt take it
+    EXPECT_EQ(m_Pickers.endTime(), date(11, 21));
     m_Pickers.finishEditing();
+    EXPECT_EQ(m_End.minimumDateTime(), date(11, 21));
     EXPECT_EQ(m_Pickers.startTime(), date(11, 21));
     type(m_Start, "03012019");              // before the earliest
     QTest::keyClick(&m_Start, Qt::Key_Up);  // a step further

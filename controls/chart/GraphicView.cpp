@@ -134,6 +134,7 @@ void GraphicView::recalcVisibleHeight() {
     QRectF viewport = m_Scene.viewport;
     viewport.setTop(bottom);
     viewport.setHeight(top - bottom);
+    m_AreLegendsKeptClear = true;
     m_AreLegendsInDoubt = true;
     setViewport(viewport);
 }
@@ -282,7 +283,7 @@ void GraphicView::paintEvent(QPaintEvent* /*event*/) {
 void GraphicView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     placeLegends();
-    m_AreLegendsInDoubt = true;
+    m_AreLegendsInDoubt = m_AreLegendsKeptClear;
     m_ReadOut->setGeometry(rect());
     m_Notice->place();
     changed();

@@ -57,7 +57,8 @@ class GraphicView : public QWidget {
 
     /**
      * Fits the viewport's height to all points: from zero, or the lowest, to a quarter of a grid row above the highest,
-     * and at least one row. Legends that the user has not moved then keep off the lines where they can.
+     * and at least one row. From then on legends that the user has not moved keep off the lines where they can; in a
+     * chart that moves they would never come to rest.
      */
     void recalcVisibleHeight();
 
@@ -131,7 +132,8 @@ class GraphicView : public QWidget {
     GraphicNotice* m_Notice;
     QPixmap m_Picture;  ///< as it was drawn the last time
     float m_BackgroundAlpha = 1;
-    bool m_AreLegendsInDoubt = true;  ///< they may cover lines where they need not
-    bool m_IsStale = true;            ///< the picture no longer shows what it should
+    bool m_AreLegendsKeptClear = false;  ///< of the lines, which stay where they are from now on
+    bool m_AreLegendsInDoubt = false;    ///< they may cover lines where they need not
+    bool m_IsStale = true;               ///< the picture no longer shows what it should
     bool m_AreUpdatesDisabled = false;
 };

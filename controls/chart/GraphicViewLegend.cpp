@@ -151,7 +151,9 @@ bool GraphicViewLegend::isFree(const QRectF& box, const GraphicSkyline& skyline)
     return around.left() >= skyline.area().left() && around.right() <= skyline.area().right() &&
            skyline.topBetween(around.left(), around.right()) >= around.bottom() &&
            std::none_of(legends.begin(), legends.end(), [&](const GraphicViewLegend* other) {
-               return other != this && !other->isHidden() && other->m_Box.intersects(around.toAlignedRect());
+               const bool makesRoom = other->isHugging() && !isHugging();
+               return other != this && !makesRoom && !other->isHidden() &&
+                      other->m_Box.intersects(around.toAlignedRect());
            });
 }
 

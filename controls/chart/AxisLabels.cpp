@@ -15,7 +15,7 @@ constexpr qreal labelGap = 16;           // pixels between two labels side by si
 constexpr qreal lineGap = 4;             // pixels between two labels above each other
 constexpr std::size_t enoughLabels = 3;  // for which more lines of text are not worth their height
 
-constexpr std::size_t enoughForAScale = 2;
+constexpr std::size_t enoughForAScale = 3;
 
 struct Piece {
     QString text;  ///< ends with the blanks in front of the next one

@@ -44,7 +44,7 @@ class AxisLabels {
 
     /**
      * Labels beside the lines of a Y axis, with their right edge at 0 and at most `width` wide; between the lines, too,
-     * where there would be but one.
+     * where there would be but two.
      */
     std::vector<Label> vertical(const Axis& axis, qreal width) const;
 

@@ -65,7 +65,7 @@ TEST(AxisLabels, LongDatesAreBrokenAfterACommaAndShortTextsStayInOneLine) {
     EXPECT_EQ(labels.wrapped("120", 3), "120");
 }
 
-TEST(AxisLabels, AScaleHasTwoFiguresWhereverTheyHaveRoom) {
+TEST(AxisLabels, AScaleHasThreeFiguresWhereverTheyHaveRoom) {
     const AxisLabels labels(QFontMetricsF(QFont()), [](double value) { return QString::number(value); });
     const auto values = [&](double to, double cell, qreal height) {
         std::vector<double> shown;
@@ -74,8 +74,8 @@ TEST(AxisLabels, AScaleHasTwoFiguresWhereverTheyHaveRoom) {
         }
         return shown;
     };
-    EXPECT_EQ(values(256, 1024, 180), (std::vector<double>{0, 256}));
-    EXPECT_EQ(values(1280, 1024, 180), (std::vector<double>{0, 1024}));
+    EXPECT_EQ(values(256, 1024, 180), (std::vector<double>{0, 128, 256}));
+    EXPECT_EQ(values(1280, 1024, 180), (std::vector<double>{0, 512, 1024}));
     EXPECT_EQ(values(256, 1024, 12), std::vector<double>{0});
 }
 

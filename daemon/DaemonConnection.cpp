@@ -174,8 +174,7 @@ DaemonConnection::~DaemonConnection() {
 template <class Reply, class Request>
 std::optional<Reply> DaemonConnection::ask(const Request& request) {
     std::optional<Reply> reply(std::in_place);
-    const int messageId = send(request);
-    if (messageId < 0 || !m_Connection->WaitReply(messageId, *reply)) {
+    if (m_Connection == nullptr || !m_Connection->SendMessage(request, *reply, daemonModule)) {
         reply.reset();
     }
     return reply;
@@ -183,15 +182,9 @@ std::optional<Reply> DaemonConnection::ask(const Request& request) {
 
 template <class Request>
 void DaemonConnection::tell(const Request& request) {
-    send(request);
-}
-
-/** The number that the reply will have; -1 without a link, and when the daemon is gone. */
-template <class Request>
-int DaemonConnection::send(const Request& request) {
-    const int messageId = m_Connection != nullptr ? m_Connection->SendMessage(request, daemonModule) : -1;
-    m_IsLinkLost = messageId < 0;
-    return messageId;
+    if (m_Connection != nullptr) {
+        m_Connection->SendMessage(request, daemonModule);
+    }
 }
 
 template <class Reply, class Request>
@@ -205,7 +198,7 @@ std::vector<std::optional<Reply>> DaemonConnection::askForRows(std::int32_t iter
     for (std::int32_t i = 0; i < count; ++i) {
         auto request = cursorRequest<Request>(iteratorId);
         request.index = first + i;
-        messageIds.push_back(send(request));
+        messageIds.push_back(m_Connection->SendMessage(request, daemonModule));
         if (messageIds.back() < 0) {
             return rows;  // the daemon is gone: replies to the requests before may never come
         }

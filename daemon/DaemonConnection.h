@@ -45,9 +45,6 @@ class DaemonConnection : public QObject {
     /** True when there is a link. It does not turn false when the daemon is lost later. */
     bool isValid() const { return m_Connection != nullptr; }
 
-    /** True without a link, and once the daemon is lost, which shows when a request cannot be sent. Any thread. */
-    bool isLinkDown() const { return !isValid() || m_IsLinkLost; }
-
     /** Null without a link. */
     LLNC_ClientConnection* connection() const { return m_Connection.get(); }
 
@@ -130,11 +127,7 @@ class DaemonConnection : public QObject {
     std::vector<std::optional<Reply>> askForRows(std::int32_t iteratorId, std::int32_t first,
                                                  std::int32_t count);
 
-    template <class Request>
-    int send(const Request& request);
-
     std::unique_ptr<LLNC_ClientConnection> m_Connection;
-    std::atomic<bool> m_IsLinkLost{false};
     std::list<std::int32_t> m_ApplicationsIteratorsList;
     std::list<std::int32_t> m_ConnectionsIteratorsList;
     std::atomic<bool> m_EventsListenerNeedStop{false};

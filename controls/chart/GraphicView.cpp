@@ -9,7 +9,6 @@
 #include <cmath>
 
 #include "controls/chart/GraphicMenu.h"
-#include "controls/chart/GraphicNotice.h"
 #include "controls/chart/GraphicPlot.h"
 #include "controls/chart/GraphicReadOut.h"
 #include "controls/chart/GraphicSkyline.h"
@@ -18,10 +17,7 @@
 #include "controls/chart/GraphicViewLegend.h"
 
 GraphicView::GraphicView(QWidget* parent)
-    : QWidget(parent),
-      m_Plot(std::make_unique<GraphicPlot>(m_Scene)),
-      m_ReadOut(new GraphicReadOut(this)),
-      m_Notice(new GraphicNotice(this)) {
+    : QWidget(parent), m_Plot(std::make_unique<GraphicPlot>(m_Scene)), m_ReadOut(new GraphicReadOut(this)) {
     GraphicViewAccessible::install();
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
@@ -189,10 +185,6 @@ void GraphicView::setBGAlpha(float alpha) {
     changed();
 }
 
-void GraphicView::setNotice(const QString& text) {
-    m_Notice->setText(text);
-}
-
 QString GraphicView::summary() const {
     const auto text = [this](double value, int axe) {
         const auto number = static_cast<float>(value);
@@ -217,9 +209,6 @@ QString GraphicView::summary() const {
         parts.append(
             QStringLiteral("%1: highest %2, at %3, latest %4")
                 .arg(lineName(i), text(peak->y, 1), text(peak->x, 0), text(data.points()[last - 1].y, 1)));
-    }
-    if (!m_Notice->text().isEmpty()) {
-        parts.prepend(m_Notice->text());
     }
     return parts.join(QStringLiteral("; "));
 }
@@ -285,7 +274,6 @@ void GraphicView::resizeEvent(QResizeEvent* event) {
     placeLegends();
     m_AreLegendsInDoubt = m_AreLegendsKeptClear;
     m_ReadOut->setGeometry(rect());
-    m_Notice->place();
     changed();
 }
 

@@ -9,7 +9,6 @@
 #include "controls/chart/GraphicScene.h"
 
 class GraphicLayout;
-class GraphicNotice;
 class GraphicPlot;
 class GraphicReadOut;
 class GraphicViewLegend;
@@ -85,9 +84,6 @@ class GraphicView : public QWidget {
     /** Opacity of the background, 0 to 1. */
     void setBGAlpha(float alpha);
 
-    /** A sentence across the chart, about all of it; empty for none. It is not part of the exported picture. */
-    void setNotice(const QString& text);
-
     /** What is shown, in a sentence or two, for those who cannot see it. */
     QString summary() const;
 
@@ -129,7 +125,6 @@ class GraphicView : public QWidget {
     GraphicScene m_Scene;
     std::unique_ptr<GraphicPlot> m_Plot;
     GraphicReadOut* m_ReadOut;
-    GraphicNotice* m_Notice;
     QPixmap m_Picture;  ///< as it was drawn the last time
     float m_BackgroundAlpha = 1;
     bool m_AreLegendsKeptClear = false;  ///< of the lines, which stay where they are from now on

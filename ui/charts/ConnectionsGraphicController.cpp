@@ -313,7 +313,6 @@ void ConnectionsGraphicController::dataFlowKnown(qint64 receivedBytes, qint64 se
 
 void ConnectionsGraphicController::graphicUpdated() {
     m_Outlets->m_UpdateProgressIndicator->hide();
-    TrafficGraphic::showLink(*m_Outlets->m_Graphic);
     m_Outlets->m_Graphic->show();
     m_Outlets->m_UpdateCover->uncover();
 }
@@ -325,9 +324,6 @@ void ConnectionsGraphicController::updateConnectionsTable() {
                                               m_ConnectionsSortDirection);
     m_ConnectionsTableModel.orderChanged();
     m_ConnectionsTableModel.refresh(m_ConnectionsList->countConnections());
-    const bool isLinkDown = DaemonConnection::sharedConnection()->isLinkDown();
-    m_ConnectionsTable->setEmptyText(isLinkDown ? TrafficGraphic::noLinkText()
-                                               : "No connections in this range");
     fetchVisibleRows();
     tableViewSelectionDidChange();
 }

@@ -29,6 +29,7 @@ ConnectionsTableView::ConnectionsTableView(ConnectionsTableModel& model, QWidget
     setModel(&model);
     setSearchColumn(ConnectionsTableModel::RemoteAddressColumn);
     setItemDelegate(new ConnectionsTableDelegate(font(), this));
+    setEmptyText("No connections in this range");
     setupColumns();
     setupMenu();
     setupHeader();

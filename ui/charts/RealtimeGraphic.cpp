@@ -152,7 +152,6 @@ void RealtimeGraphic::onTimer() {
         scroll();
     }
     raisePeak(std::max(receivedNow, sendedNow));
-    TrafficGraphic::showLink(*m_Graphic);
     m_LastReceivedBytes = received;
     m_LastSendedBytes = sended;
     m_Graphic->setSelectionForAxe(TrafficGraphic::XAxe, x);

@@ -11,7 +11,6 @@
 #include "controls/chart/GraphicViewGraphicTitleLegendItem.h"
 #include "controls/chart/GraphicViewLegend.h"
 #include "controls/chart/GraphicViewLineColorLegendItem.h"
-#include "daemon/DaemonConnection.h"
 #include "ui/charts/TrafficFormat.h"
 
 namespace {
@@ -77,14 +76,6 @@ void TrafficGraphic::appendLines(GraphicView& graphic, bool hasDropShadow) {
 void TrafficGraphic::addLegends(GraphicView& graphic, const QSizeF& colorLegendSize, const QString& title) {
     const GraphicViewLegend* colors = addColorLegend(graphic, colorLegendSize);
     addTitleLegend(graphic, colors->frame(), title);
-}
-
-QString TrafficGraphic::noLinkText() {
-    return "No link to the daemon";
-}
-
-void TrafficGraphic::showLink(GraphicView& graphic) {
-    graphic.setNotice(DaemonConnection::sharedConnection()->isLinkDown() ? noLinkText() : QString());
 }
 
 QString TrafficGraphic::bytesToMegabitsString(double bytes) {

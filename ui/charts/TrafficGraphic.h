@@ -22,12 +22,6 @@ class TrafficGraphic {
      */
     static void addLegends(GraphicView& graphic, const QSizeF& colorLegendSize, const QString& title);
 
-    /** What stands where there would be something if there were a daemon. */
-    static QString noLinkText();
-
-    /** Says on the chart that the daemon is lost, for as long as it is: the zeros that it then shows are no traffic. */
-    static void showLink(GraphicView& graphic);
-
     /** `bytes` in megabits of 2^20, with three decimals and no unit: a label of the Y axis. */
     static QString bytesToMegabitsString(double bytes);
 

@@ -136,19 +136,6 @@ TEST_F(RealtimeGraphicTest, ARecordThatIsLostFallsToZeroAndIsNotAskedForAgain) {
     EXPECT_EQ(m_Peer.waitForRequests(3).size(), 3) << "opening, the first poll and the one that failed";
     EXPECT_FALSE(RealtimeGraphic::isGraphicForAplicationIdExist(7));
     EXPECT_EQ(RealtimeGraphic::graphicsList().size(), 1);
-    EXPECT_FALSE(view()->summary().contains("No link")) << "the daemon is there, it knows nothing";
-}
-
-TEST_F(RealtimeGraphicTest, ALostDaemonIsToldOfInTheChart) {
-    know(7, 1000, 400);
-    const auto graphic = RealtimeGraphic::graphicWithApplicationId(7);
-    m_Peer.die();
-    ASSERT_TRUE(QTest::qWaitFor([&] {
-        graphic->onTimer();
-        return view()->summary().contains("No link to the daemon");
-    }));
-    graphic->onTimer();
-    EXPECT_EQ(points(0).back().second, 0) << "which is no traffic";
 }
 
 TEST_F(RealtimeGraphicTest, AnUnknownApplicationHasAChartWithoutAName) {

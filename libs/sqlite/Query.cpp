@@ -88,9 +88,14 @@ std::string Query::GetColumnAsString(int column) const {
 }
 
 std::vector<std::uint8_t> Query::GetColumnAsBlob(int column) const {
+    const std::span<const std::uint8_t> bytes = GetColumnBytes(column);
+    return {bytes.begin(), bytes.end()};
+}
+
+std::span<const std::uint8_t> Query::GetColumnBytes(int column) const {
     const auto* bytes = static_cast<const std::uint8_t*>(sqlite3_column_blob(m_Statement, column));
     const auto size = static_cast<std::size_t>(sqlite3_column_bytes(m_Statement, column));
-    return bytes != nullptr ? std::vector<std::uint8_t>(bytes, bytes + size) : std::vector<std::uint8_t>();
+    return bytes != nullptr ? std::span(bytes, size) : std::span<const std::uint8_t>();
 }
 
 std::string Query::GetLastError() const {

@@ -67,6 +67,9 @@ class Query {
     std::string GetColumnAsString(int column) const;
     std::vector<std::uint8_t> GetColumnAsBlob(int column) const;
 
+    /** A blob where it lies: SQLite's own bytes, valid until the next step or reset. */
+    std::span<const std::uint8_t> GetColumnBytes(int column) const;
+
     /** What went wrong last, in SQLite's words. */
     std::string GetLastError() const;
 

@@ -2,7 +2,6 @@
 #include "service/store/Columns.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstddef>
 
 namespace service {
@@ -16,11 +15,7 @@ Moment momentFromColumn(std::int64_t seconds) {
 }
 
 int lifeColumn(const ConnectionRecord& connection) {
-    if (connection.isOpen) {
-        return openLife;
-    }
-    const auto seconds = std::max<std::int64_t>((connection.end - connection.start).count(), 0);
-    return std::min<int>(std::bit_width(static_cast<std::uint64_t>(seconds)), longestLife);
+    return connection.isOpen ? openLife : closedLife;
 }
 
 std::vector<std::uint8_t> toColumn(const IpAddress& address) {

@@ -17,13 +17,11 @@ namespace service {
 std::int64_t toColumn(Moment moment);
 Moment momentFromColumn(std::int64_t seconds);
 
-/** The lives of closed connections reach from 0 to here; 2^32 seconds are 136 years. */
-inline constexpr int longestLife = 32;
+// What stands in the column `life`; earlier versions wrote 0 to 32 for any closed connection.
+inline constexpr int takenInLife = 0;  ///< closed, and in its block (see ConnectionBlocks.h)
+inline constexpr int openLife = 33;    ///< lasts until now, whenever that is
+inline constexpr int closedLife = 34;  ///< closed, and waits to be taken into its block
 
-/** The life of a connection that is open: it lasts until now, whenever that is. */
-inline constexpr int openLife = longestLife + 1;
-
-/** The number of bits in the seconds of a life: it lasted less than 2^bits seconds. */
 int lifeColumn(const ConnectionRecord& connection);
 
 /**

@@ -32,6 +32,7 @@ struct ConnectionQuery {
     std::optional<std::int32_t> socketProtocol;
     ConnectionSortField sortField = ConnectionSortField::None;
     SortDirection sortDirection = SortDirection::None;
+    std::optional<ConnectionId> newest = std::nullopt;  ///< none with a greater id
 };
 
 }  // namespace service

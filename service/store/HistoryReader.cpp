@@ -39,55 +39,6 @@ constexpr char selectConnection[] =
     "address_family(local), address_text(local), address_port(local) "
     "FROM connections WHERE id = ?1";
 
-/** Directions are numbered in the alphabetical order of their names, addresses compare as numbers. */
-const char* columnOf(ConnectionSortField field) {
-    switch (field) {
-        case ConnectionSortField::StartTime:
-            return "started";
-        case ConnectionSortField::EndTime:
-            return "iif(life = ?5, 9223372036854775807, ended)";  // an open one ends after all others
-        case ConnectionSortField::Direction:
-            return "direction";
-        case ConnectionSortField::ReceivedBytes:
-            return "received";
-        case ConnectionSortField::SentBytes:
-            return "sent";
-        case ConnectionSortField::LocalAddress:
-            return "local";
-        case ConnectionSortField::RemoteAddress:
-            return "remote";
-        case ConnectionSortField::None:
-            break;
-    }
-    return nullptr;
-}
-
-/** Whether the rows come in an order of their own, or simply by id. */
-bool isSorted(const ConnectionQuery& query) {
-    return columnOf(query.sortField) != nullptr && (query.sortDirection == SortDirection::Ascending ||
-                                                    query.sortDirection == SortDirection::Descending);
-}
-
-/** Why it goes life by life, of which the last (?5) is that of open ones, is told in `Migrations.cpp`. */
-std::string selectIds(const ConnectionQuery& query) {
-    std::string sql =
-        "WITH RECURSIVE lives (life) AS (VALUES (0) UNION ALL SELECT life + 1 FROM lives WHERE life < ?5), "
-        "asked (since) AS (SELECT max(?1, kept_since) FROM counting) "
-        "SELECT id FROM asked CROSS JOIN lives CROSS JOIN connections USING (life) "
-        "WHERE started BETWEEN since - (1 << life) AND ?2 AND (ended >= since OR life = ?5)";
-    if (query.application) {
-        sql += " AND application = ?3";
-    }
-    if (query.socketProtocol) {
-        sql += " AND protocol = ?4";
-    }
-    if (isSorted(query)) {
-        const bool descending = query.sortDirection == SortDirection::Descending;
-        sql += std::string(" ORDER BY ") + columnOf(query.sortField) + (descending ? " DESC, id" : ", id");
-    }
-    return sql;
-}
-
 }  // namespace
 
 std::unique_ptr<HistoryReader> HistoryReader::open(const std::string& path, std::string& error) {
@@ -103,14 +54,17 @@ std::unique_ptr<HistoryReader> HistoryReader::open(const std::string& path, std:
         return failed(*database);
     }
     std::unique_ptr<HistoryReader> reader(new HistoryReader(std::move(database)));
-    if (!reader->m_Series.isValid() || !reader->m_Connection.IsValid()) {
+    if (!reader->m_Series.isValid() || !reader->m_Connection.IsValid() || !reader->m_Lister.isValid()) {
         return failed(*reader->m_Database);
     }
     return reader;
 }
 
 HistoryReader::HistoryReader(std::unique_ptr<SQLite::Database> database)
-    : m_Database(std::move(database)), m_Series(*m_Database), m_Connection(*m_Database, selectConnection) {}
+    : m_Database(std::move(database)),
+      m_Series(*m_Database),
+      m_Connection(*m_Database, selectConnection),
+      m_Lister(*m_Database) {}
 
 ByteCount HistoryReader::totalUpTo(std::optional<ApplicationId> application,
                                    std::optional<ProtocolClass> protocolClass, Moment moment) {
@@ -128,27 +82,15 @@ ByteCount HistoryReader::totalUpTo(std::optional<ApplicationId> application,
     return bytes.value_or(ByteCount{});
 }
 
-std::vector<ConnectionId> HistoryReader::connections(const ConnectionQuery& query) {
-    SQLite::Query rows(*m_Database, selectIds(query));
-    rows.Bind(1, toColumn(query.from));
-    rows.Bind(2, toColumn(query.to));
-    rows.Bind(5, openLife);
-    if (query.application) {
-        rows.Bind(3, *query.application);
-    }
-    if (query.socketProtocol) {
-        rows.Bind(4, *query.socketProtocol);
-    }
+std::vector<ConnectionId> HistoryReader::connections(const ConnectionQuery& query,
+                                                     const std::stop_token& stop,
+                                                     const OnCounted& onCounted) {
     std::vector<ConnectionId> ids;
-    SQLite::StepResult result = rows.Step();
-    for (; result == SQLite::StepResult::Row; result = rows.Step()) {
-        ids.push_back(rows.GetColumnAsInt(0));
-    }
-    if (result == SQLite::StepResult::Failed) {
-        logLine("store: cannot list connections: ", rows.GetLastError());
-    }
-    if (!isSorted(query)) {
-        std::ranges::sort(ids);
+    if (!m_Lister.list(query, ids, stop, onCounted)) {
+        ids = {};
+        if (!stop.stop_requested()) {
+            logLine("store: cannot list connections: ", m_Lister.lastError());
+        }
     }
     return ids;
 }

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -10,6 +13,7 @@
 #include "libs/sqlite/Query.h"
 #include "protocol/DaemonConnectionInfo.h"
 #include "service/ledger/Records.h"
+#include "service/store/ConnectionLister.h"
 #include "service/store/ConnectionQuery.h"
 #include "service/store/SeriesReader.h"
 #include "service/traffic/Moment.h"
@@ -36,9 +40,17 @@ class HistoryReader {
     ByteCount totalUpTo(std::optional<ApplicationId> application, std::optional<ProtocolClass> protocolClass,
                         Moment moment);
 
-    /** Ids of the connections that pass the query's filter, in its order; equal ones in the order of their
-     * ids. None that ended before the history is kept. */
-    std::vector<ConnectionId> connections(const ConnectionQuery& query);
+    /** Told how many connections a list has, before memory is taken for their ids. */
+    using OnCounted = std::function<void(std::size_t count)>;
+
+    /**
+     * Ids of the connections that pass the query's filter, in its order; equal ones in the order of their ids.
+     * None that ended before the history is kept. Takes as long as `ConnectionLister` needs: seconds for millions.
+     * None either when `stop` asks for an end before.
+     */
+    std::vector<ConnectionId> connections(
+        const ConnectionQuery& query, const std::stop_token& stop = {},
+        const OnCounted& onCounted = [](std::size_t) {});
 
     /** Fills a wire record, with its times in local calendar time, from the row of that id; false when there
      * is none. */
@@ -50,6 +62,7 @@ class HistoryReader {
     std::unique_ptr<SQLite::Database> m_Database;
     SeriesReader m_Series;
     SQLite::Query m_Connection;
+    ConnectionLister m_Lister;
 };
 
 }  // namespace service

@@ -7,6 +7,7 @@
 #include "libs/sqlite/Database.h"
 #include "libs/sqlite/Query.h"
 #include "libs/sqlite/Transaction.h"
+#include "service/store/ConnectionBlocks.h"
 
 namespace service {
 
@@ -89,7 +90,33 @@ constexpr std::array migrations = {
         ALTER TABLE counting ADD COLUMN thinned_minutes INTEGER NOT NULL DEFAULT 0;
         ALTER TABLE counting ADD COLUMN thinned_hours INTEGER NOT NULL DEFAULT 0;
     )sql",
+    // connection_blocks and its columns: what lists of connections are filtered and sorted by, instead of the
+    //   indexes, see ConnectionBlocks.h. A block stands for 256 ids; `slots` tells which of them it holds.
+    // life: whether a connection is open or in its block, see Columns.h. Lists look into the rows of those that
+    //   stand apart; the others are taken in by code below.
+    R"sql(
+        DROP INDEX connections_by_time;
+        DROP INDEX connections_by_application;
+        CREATE INDEX connections_apart ON connections (life) WHERE life >= 33;
+        CREATE TABLE connection_blocks (
+            block INTEGER PRIMARY KEY,
+            slots BLOB NOT NULL,
+            first_started INTEGER NOT NULL,
+            last_started INTEGER NOT NULL,
+            first_ended INTEGER NOT NULL,
+            last_ended INTEGER NOT NULL
+        ) STRICT;
+        CREATE TABLE connection_times (block INTEGER PRIMARY KEY, numbers BLOB NOT NULL) STRICT;
+        CREATE TABLE connection_kinds (block INTEGER PRIMARY KEY, numbers BLOB NOT NULL) STRICT;
+        CREATE TABLE connection_received (block INTEGER PRIMARY KEY, numbers BLOB NOT NULL) STRICT;
+        CREATE TABLE connection_sent (block INTEGER PRIMARY KEY, numbers BLOB NOT NULL) STRICT;
+        CREATE TABLE connection_local (block INTEGER PRIMARY KEY, numbers BLOB NOT NULL) STRICT;
+        CREATE TABLE connection_remote (block INTEGER PRIMARY KEY, numbers BLOB NOT NULL) STRICT;
+    )sql",
 };
+
+/** The version whose connections have no blocks yet. */
+constexpr int versionBeforeBlocks = 3;
 
 constexpr int currentVersion = static_cast<int>(migrations.size());
 
@@ -109,7 +136,8 @@ bool applySteps(SQLite::Database& database, int version, std::string& error) {
     bool applied = transaction.IsActive();
     for (; applied && version < currentVersion; ++version) {
         error = "step " + std::to_string(version + 1) + ": ";
-        applied = database.Execute(migrations[static_cast<std::size_t>(version)]);
+        applied = database.Execute(migrations[static_cast<std::size_t>(version)]) &&
+                  (version != versionBeforeBlocks || ConnectionBlocks::takeInAll(database));
     }
     if (applied && database.Execute("PRAGMA user_version = " + std::to_string(currentVersion)) &&
         transaction.Commit()) {

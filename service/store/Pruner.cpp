@@ -14,9 +14,9 @@ namespace {
 /** An append waits for the step that is under way. */
 constexpr std::chrono::milliseconds stepTime{20};
 
-// What is done without a look at the clock: about a millisecond's work where the pages are in memory.
-constexpr int rowsPerSeriesPortion = 1000;      // they lie side by side
-constexpr int rowsPerConnectionsPortion = 100;  // each in a table and two indexes, far apart
+// What is done without a look at the clock: about a millisecond's work where the pages are in memory; of the
+// connections it is a block.
+constexpr int rowsPerSeriesPortion = 1000;  // they lie side by side
 constexpr int pagesPerSpacePortion = 50;
 
 /** Free pages are left to what comes next unless they are more than this part of the file. */
@@ -41,31 +41,25 @@ constexpr char dropSeries[] =
     "SELECT moment FROM series WHERE application = ?1 AND class = ?2 ORDER BY moment LIMIT 1 OFFSET ?4), "
     "?3))";
 
-/** Life by life up to ?2, the last before that of open ones. Passes over those only that reach across ?1. */
-constexpr char dropConnections[] =
-    "WITH RECURSIVE lives (life) AS (VALUES (0) UNION ALL SELECT life + 1 FROM lives WHERE life < ?2) "
-    "DELETE FROM connections WHERE id IN (SELECT id FROM lives CROSS JOIN connections USING (life) "
-    "WHERE started < ?1 AND ended < ?1 LIMIT ?3)";
-
 }  // namespace
 
-Pruner::Pruner(SQLite::Database& database)
-    : m_Database(database),
+Pruner::Pruner(SQLite::Database& database, ConnectionBlocks& blocks)
+    : m_Blocks(blocks),
       m_FindSeries(database, findSeries),
       m_DropSeries(database, dropSeries),
-      m_DropConnections(database, dropConnections),
       m_CountPages(database,
                    "SELECT freelist_count, page_count FROM pragma_freelist_count, pragma_page_count"),
       m_ShrinkFile(database, "PRAGMA incremental_vacuum(" + std::to_string(pagesPerSpacePortion) + ")") {}
 
 bool Pruner::isValid() const {
-    return m_FindSeries.IsValid() && m_DropSeries.IsValid() && m_DropConnections.IsValid() &&
-           m_CountPages.IsValid() && m_ShrinkFile.IsValid();
+    return m_FindSeries.IsValid() && m_DropSeries.IsValid() && m_CountPages.IsValid() &&
+           m_ShrinkFile.IsValid();
 }
 
 void Pruner::begin() {
     m_Phase = Phase::Series;
     m_Application = allApplications;
+    m_Block.reset();
     m_FreePages = notCounted;
 }
 
@@ -108,12 +102,14 @@ bool Pruner::dropSeriesRows(Moment keptSince) {
 }
 
 bool Pruner::dropConnectionRows(Moment keptSince) {
-    if (!m_DropConnections.Execute(toColumn(keptSince), longestLife, rowsPerConnectionsPortion)) {
+    if (!m_Block) {
+        m_Block = 0;
+        return m_Blocks.takeInClosed(1);  // what has ended is looked for in the blocks
+    }
+    if (!m_Blocks.dropBefore(keptSince, m_Block)) {
         return false;
     }
-    if (m_Database.GetChangeCount() < rowsPerConnectionsPortion) {
-        m_Phase = Phase::Space;
-    }
+    m_Phase = m_Block ? m_Phase : Phase::Space;
     return true;
 }
 

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "libs/sqlite/Database.h"
 #include "libs/sqlite/Query.h"
 #include "service/ledger/Records.h"
+#include "service/store/ConnectionBlocks.h"
 #include "service/traffic/Moment.h"
 
 namespace service {
@@ -17,7 +19,8 @@ namespace service {
  */
 class Pruner {
   public:
-    explicit Pruner(SQLite::Database& database);
+    /** `blocks` must outlive the pruner. */
+    Pruner(SQLite::Database& database, ConnectionBlocks& blocks);
 
     bool isValid() const;
 
@@ -46,15 +49,15 @@ class Pruner {
     bool dropConnectionRows(Moment keptSince);
     bool shrinkFile();
 
-    SQLite::Database& m_Database;
+    ConnectionBlocks& m_Blocks;
     SQLite::Query m_FindSeries;
     SQLite::Query m_DropSeries;
-    SQLite::Query m_DropConnections;
     SQLite::Query m_CountPages;
     SQLite::Query m_ShrinkFile;
 
     Phase m_Phase = Phase::Done;
     ApplicationId m_Application = 0;        ///< the series of those before it are done
+    std::optional<std::int32_t> m_Block;    ///< the next of the connections' blocks
     std::int64_t m_FreePages = notCounted;  ///< before the last portion that shrank the file
 };
 

@@ -142,13 +142,14 @@ Store::Store(std::unique_ptr<SQLite::Database> database)
                     "INSERT OR REPLACE INTO series (application, class, moment, received, sent, "
                     "payload_received, payload_sent) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)"),
       m_WriteKeptSince(*m_Database, "UPDATE counting SET kept_since = ?1"),
-      m_Pruner(*m_Database),
+      m_Blocks(*m_Database),
+      m_Pruner(*m_Database, m_Blocks),
       m_Thinner(*m_Database) {}
 
 bool Store::isValid() const {
     return m_Series.isValid() && m_WriteCounting.IsValid() && m_WriteApplication.IsValid() &&
            m_WriteConnection.IsValid() && m_WriteSeries.IsValid() && m_WriteKeptSince.IsValid() &&
-           m_Pruner.isValid() && m_Thinner.isValid();
+           m_Blocks.isValid() && m_Pruner.isValid() && m_Thinner.isValid();
 }
 
 /** Keeps the reason, before the end of another statement clears it. */
@@ -193,16 +194,10 @@ bool Store::readMoments() {
 }
 
 bool Store::closeLeftovers() {
-    // The life is the number of powers of two, from 1 up, that fit into it; see `lifeColumn`.
-    SQLite::Query close(
-        *m_Database,
-        "WITH RECURSIVE powers (power) AS "
-        "(VALUES (1) UNION ALL SELECT power * 2 FROM powers LIMIT ?1), "
-        "last (moment) AS (SELECT latest FROM counting) "
-        "UPDATE connections SET ended = max(started, (SELECT moment FROM last)), "
-        "life = (SELECT count(*) FROM powers WHERE power <= (SELECT moment FROM last) - started) "
-        "WHERE life = ?2");
-    return close.Execute(longestLife, openLife);
+    SQLite::Query close(*m_Database,
+                        "UPDATE connections SET life = ?1, "
+                        "ended = max(started, (SELECT latest FROM counting)) WHERE life >= 33 AND life = ?2");
+    return close.Execute(closedLife, openLife);
 }
 
 bool Store::readCounting(LedgerState& state) {
@@ -315,7 +310,7 @@ bool Store::write(const LedgerChanges& changes, Progress& progress) {
     };
     const auto writeLife = [&](const ConnectionRecord& connection) { return writeConnection(connection); };
     return writeCounting(changes, progress) && std::ranges::all_of(changes.applications, writeCounters) &&
-           std::ranges::all_of(changes.connections, writeLife) &&
+           std::ranges::all_of(changes.connections, writeLife) && m_Blocks.takeInClosed() &&
            writeSeries(allApplications, changes.totals.counters, progress);
 }
 

@@ -10,6 +10,7 @@
 #include "libs/sqlite/Database.h"
 #include "libs/sqlite/Query.h"
 #include "service/ledger/Records.h"
+#include "service/store/ConnectionBlocks.h"
 #include "service/store/FileLock.h"
 #include "service/store/Pruner.h"
 #include "service/store/SeriesGrain.h"
@@ -123,6 +124,7 @@ class Store {
     SQLite::Query m_WriteConnection;
     SQLite::Query m_WriteSeries;
     SQLite::Query m_WriteKeptSince;
+    ConnectionBlocks m_Blocks;
     Pruner m_Pruner;
     Thinner m_Thinner;
     Progress m_Progress;

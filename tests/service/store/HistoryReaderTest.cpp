@@ -25,9 +25,9 @@ IpAddress addressOf(const std::string& text, int family, int port) {
 /** Has connections whose values are drawn so that many are equal and the lives are of every length. */
 class HistoryReaderTest : public StoreFixture {
   protected:
-    std::vector<ConnectionRecord> appendConnections(ConnectionId count) {
+    std::vector<ConnectionRecord> appendConnections(ConnectionId last, ConnectionId first = 1) {
         std::vector<ConnectionRecord> connections;
-        for (ConnectionId id = 1; id <= count; ++id) {
+        for (ConnectionId id = first; id <= last; ++id) {
             ConnectionRecord connection;
             connection.id = id;
             connection.applicationId = below(3);
@@ -110,20 +110,75 @@ TEST_F(HistoryReaderTest, SortsByTheFieldAndThenById) {
         {ConnectionSortField::RemoteAddress, by([&](const auto& row) { return addressKey(row.remote); })},
         {ConnectionSortField::None, by([](const auto&) { return 0; })},
     };
-    const std::vector<ConnectionRecord> connections = appendConnections(300);
-    const auto history = reader();
+    std::vector<ConnectionRecord> connections = appendConnections(3000);
+    std::ranges::copy(appendConnections(3300, 3001), std::back_inserter(connections));  // too few for a block
+    SQLite::Database database;
+    ASSERT_TRUE(database.Open(path, SQLite::OpenMode::ReadOnly));
+    ConnectionLister lister(database, 10'000);  // sorts in several parts
+    const auto list = [&lister](const ConnectionQuery& query) {
+        std::vector<ConnectionId> ids;
+        EXPECT_TRUE(lister.list(query, ids, {}, [](std::size_t) {})) << lister.lastError();
+        return ids;
+    };
     for (const auto& [field, less] : fields) {
         ConnectionQuery query{.from = at(0), .to = Moment::max(), .application = {}, .socketProtocol = {}};
         query.sortField = field;
-        EXPECT_EQ(history->connections(query), idsOf(connections)) << "unsorted";
+        EXPECT_EQ(list(query), idsOf(connections)) << "unsorted";
         std::vector<ConnectionRecord> sorted = connections;
         std::ranges::stable_sort(sorted, less);
         query.sortDirection = SortDirection::Ascending;
-        EXPECT_EQ(history->connections(query), idsOf(sorted)) << static_cast<int>(field);
+        EXPECT_EQ(list(query), idsOf(sorted)) << static_cast<int>(field);
         sorted = connections;
         std::ranges::stable_sort(sorted, [&](const auto& a, const auto& b) { return less(b, a); });
         query.sortDirection = SortDirection::Descending;
-        EXPECT_EQ(history->connections(query), idsOf(sorted)) << static_cast<int>(field);
+        EXPECT_EQ(list(query), idsOf(sorted)) << static_cast<int>(field);
+        query.newest = 1500;
+        std::erase_if(sorted, [](const ConnectionRecord& row) { return row.id > 1500; });
+        EXPECT_EQ(list(query), idsOf(sorted)) << static_cast<int>(field);
+    }
+}
+
+TEST_F(HistoryReaderTest, AListThatIsStoppedHasNothing) {
+    appendConnections(2000);
+    const ConnectionQuery query{.from = at(0),
+                                .to = Moment::max(),
+                                .application = {},
+                                .socketProtocol = {},
+                                .sortField = ConnectionSortField::SentBytes,
+                                .sortDirection = SortDirection::Ascending};
+    std::stop_source stop;
+    std::size_t counted = 0;
+    const auto stopAtTheCount = [&](std::size_t count) {
+        counted = count;
+        stop.request_stop();
+    };
+    EXPECT_TRUE(reader()->connections(query, stop.get_token(), stopAtTheCount).empty());
+    EXPECT_EQ(counted, 2000u);
+}
+
+TEST(PackedNumbersTest, GivesBackWhatWasPackedAndRefusesDamagedBytes) {
+    std::mt19937_64 random(7);
+    for (int bits = 0; bits <= 64; bits += 8) {
+        for (const int different : {1, 3, 1000}) {
+            Slots slots;
+            PackedNumbers::Numbers numbers{};
+            for (int slot = bits; slot < Slots::count; slot += 1 + static_cast<int>(random() % 4)) {
+                const std::uint64_t value =
+                    random() % static_cast<unsigned>(different) * 0x9e37'79b9'7f4a'7c15;
+                slots.add(slot);
+                numbers[static_cast<std::size_t>(slot)] = bits == 0 ? 5 : value >> (64 - bits);
+            }
+            std::vector<std::uint8_t> bytes;
+            PackedNumbers::pack(numbers, slots, bytes);
+            bytes.resize(bytes.size() + PackedNumbers::padding);
+            PackedNumbers packed;
+            std::span<const std::uint8_t> rest = bytes;
+            ASSERT_TRUE(packed.take(rest));
+            slots.forEach(
+                [&](int slot) { ASSERT_EQ(packed[slot], numbers[static_cast<std::size_t>(slot)]); });
+            rest = std::span(bytes).first(bytes.size() - 1);
+            EXPECT_FALSE(packed.take(rest));
+        }
     }
 }
 

@@ -61,6 +61,15 @@ class StoreFixture : public testing::Test {
     std::unique_ptr<Store> store;
 };
 
+/** Brings connections back to the indexes of before there were blocks. */
+inline constexpr char undoBlocks[] =
+    "DROP INDEX connections_apart; DROP TABLE connection_blocks; DROP TABLE connection_times;"
+    "DROP TABLE connection_kinds; DROP TABLE connection_received; DROP TABLE connection_sent;"
+    "DROP TABLE connection_local; DROP TABLE connection_remote;"
+    "UPDATE connections SET life = 7 WHERE life <> 33;"
+    "CREATE INDEX connections_by_time ON connections (life, started, ended, protocol);"
+    "CREATE INDEX connections_by_application ON connections (application, life, started, ended, protocol);";
+
 /** Makes every write fail until the second is run. */
 inline constexpr char breakWrites[] =
     "CREATE TRIGGER broken BEFORE INSERT ON counting BEGIN SELECT RAISE(ABORT, 'broken on purpose'); END";

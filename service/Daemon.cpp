@@ -72,7 +72,12 @@ bool Daemon::openHistory(std::string& error) {
     m_Source = makeSource(*state, error);
     m_Ledger = std::make_unique<Ledger>(std::move(*state), m_SettingsFile.read().rule());
     m_History = HistoryReader::open(m_DatabasePath, error);
-    return m_Source && m_History;
+    auto readerOfOrders = HistoryReader::open(m_DatabasePath, error);
+    if (!m_Source || !m_History || !readerOfOrders) {
+        return false;
+    }
+    m_Orders.emplace(std::move(readerOfOrders));
+    return true;
 }
 
 std::unique_ptr<TrafficSource> Daemon::makeSource(const LedgerState& history, std::string& error) const {
@@ -97,6 +102,7 @@ void Daemon::goToWork(Listener listener) {
     m_Server.emplace(m_Loop, std::move(listener),
                      SessionContext{.ledger = *m_Ledger,
                                     .history = *m_History,
+                                    .orders = *m_Orders,
                                     .cleaner = *m_Cleaner,
                                     .textOrder = m_TextOrder,
                                     .now = systemClock,

@@ -9,6 +9,7 @@
 #include "service/Options.h"
 #include "service/TemporaryFolder.h"
 #include "service/ledger/Ledger.h"
+#include "service/server/ConnectionOrders.h"
 #include "service/server/EventLoop.h"
 #include "service/server/HistoryCleaner.h"
 #include "service/server/Poller.h"
@@ -64,6 +65,7 @@ class Daemon {
     SettingsFile m_SettingsFile;
     std::unique_ptr<Store> m_Store;
     std::unique_ptr<HistoryReader> m_History;
+    std::optional<ConnectionOrders> m_Orders;
     std::unique_ptr<Ledger> m_Ledger;
     std::unique_ptr<TrafficSource> m_Source;
     std::optional<StoreWriter> m_Writer;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <fcntl.h>
+#include <malloc.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,10 +22,14 @@ void openStandardDescriptors() {
     ::close(descriptor);
 }
 
+/** Long lists of connections and what sorts them: their memory goes back to the system when they go. */
+constexpr int ownMappingBytes = 1 << 20;
+
 /** Runs the daemon until it is told to stop; returns the process's exit status. */
 int serve(const service::Options& options) {
     std::signal(SIGPIPE, SIG_IGN);  // a log that nobody reads any more must not end the daemon
     ::umask(077);                   // whom a user talks to is nobody else's business
+    ::mallopt(M_MMAP_THRESHOLD, ownMappingBytes);
     service::StopSignals::block();
     std::string error;
     std::unique_ptr<service::Daemon> daemon = service::Daemon::start(options, error);

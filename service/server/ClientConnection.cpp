@@ -30,9 +30,10 @@ int queuedBytes(int descriptor, unsigned long queue) {
 
 }  // namespace
 
-ClientConnection::ClientConnection(FileDescriptor socket, const SessionContext& context, std::uint64_t number)
+ClientConnection::ClientConnection(FileDescriptor socket, const SessionContext& context, std::uint64_t number,
+                                   std::function<void()> wake)
     : m_Socket(std::move(socket)),
-      m_Session(context),
+      m_Session(context, std::move(wake)),
       m_Number(number),
       m_LastProgress(steady_clock::now()) {}
 
@@ -64,14 +65,15 @@ void ClientConnection::serve() {
         serveFrames(turnEnd);
         send();
     } while (wantsAnotherTurn() && steady_clock::now() < turnEnd);
-    if (m_PeerIsDone && !m_FramesWait && m_Outbox.size() == 0) {
+    if (m_PeerIsDone && !m_FramesWait && !m_AnswerWaits && m_Outbox.size() == 0) {
         m_Over = true;
     }
 }
 
-/** Serves frames until none is whole, the turn ends or many answers wait. */
+/** Serves frames until none is whole, one takes long, the turn ends or many answers wait. */
 void ClientConnection::serveFrames(SteadyTime turnEnd) {
     m_FramesWait = false;
+    m_AnswerWaits = false;
     while (!m_Over) {
         const ScannedFrame frame = scanFrame(m_Inbox.bytes());
         if (frame.kind == ScannedFrame::Kind::Incomplete) {
@@ -88,21 +90,29 @@ void ClientConnection::serveFrames(SteadyTime turnEnd) {
             m_FramesWait = true;
             return;
         }
-        serveFrame(frame);
+        if (!serveFrame(frame)) {
+            m_AnswerWaits = true;
+            return;
+        }
         m_Inbox.take(frame.consumed);
     }
 }
 
-void ClientConnection::serveFrame(const ScannedFrame& frame) {
+/** False when its answer is not there yet. */
+bool ClientConnection::serveFrame(const ScannedFrame& frame) {
     const RequestRouter::Outcome outcome = m_Session.serve(frame.header, frame.body, m_Outbox);
+    if (outcome == RequestRouter::Outcome::NotYet) {
+        return false;
+    }
     if (outcome == RequestRouter::Outcome::Served || m_HasComplained) {
-        return;
+        return true;
     }
     const bool isUnknown = outcome == RequestRouter::Outcome::UnknownType;
     logPeerLine("client ", m_Number, ": ",
                 isUnknown ? "unknown request type " : "too short a body for request type ",
                 frame.header.messageType, "; further faults of this client are not logged");
     m_HasComplained = true;
+    return true;
 }
 
 void ClientConnection::send() {
@@ -137,8 +147,9 @@ void ClientConnection::checkProgress(std::chrono::milliseconds patience) {
 }
 
 bool ClientConnection::isSettled() const {
-    return m_Over || (!m_FramesWait && m_Outbox.size() == 0 && queuedBytes(m_Socket.get(), SIOCINQ) == 0 &&
-                      queuedBytes(m_Socket.get(), SIOCOUTQ) == 0);
+    return m_Over ||
+           (!m_FramesWait && !m_AnswerWaits && m_Outbox.size() == 0 &&
+            queuedBytes(m_Socket.get(), SIOCINQ) == 0 && queuedBytes(m_Socket.get(), SIOCOUTQ) == 0);
 }
 
 void ClientConnection::drop(const std::string& reason) {

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "service/server/ByteBuffer.h"
@@ -28,8 +29,12 @@ class ClientConnection {
     static constexpr std::size_t manyWaitingBytes = 262'144;       ///< from here on no requests are served
     static constexpr std::size_t tooManyWaitingBytes = 1'048'576;  ///< above it the client is dropped
 
-    /** `number` is the client's name in the log. */
-    ClientConnection(FileDescriptor socket, const SessionContext& context, std::uint64_t number);
+    /**
+     * `number` is the client's name in the log. `wake` is called on another thread when `serve` can go on with a
+     * request whose answer took long.
+     */
+    ClientConnection(FileDescriptor socket, const SessionContext& context, std::uint64_t number,
+                     std::function<void()> wake);
 
     ClientConnection(const ClientConnection&) = delete;
     ClientConnection& operator=(const ClientConnection&) = delete;
@@ -49,7 +54,9 @@ class ClientConnection {
     /** To be called when the socket has failed. */
     void fail() { m_Over = true; }
 
-    bool wantsToRead() const { return !m_Over && !m_PeerIsDone && !m_FramesWait && !manyWait(); }
+    bool wantsToRead() const {
+        return !m_Over && !m_PeerIsDone && !m_FramesWait && !m_AnswerWaits && !manyWait();
+    }
     bool wantsToWrite() const { return !m_Over && m_Outbox.size() > 0; }
 
     /** Requests wait that only the end of the turn has kept from being served: call `serve` again soon. */
@@ -66,7 +73,7 @@ class ClientConnection {
 
     void endRequests();
     void serveFrames(SteadyTime turnEnd);
-    void serveFrame(const ScannedFrame& frame);
+    bool serveFrame(const ScannedFrame& frame);
     void send();
     void drop(const std::string& reason);
     bool manyWait() const { return m_Outbox.size() >= manyWaitingBytes; }
@@ -76,9 +83,10 @@ class ClientConnection {
     const std::uint64_t m_Number;
     ByteBuffer m_Inbox;
     Outbox m_Outbox;
-    SteadyTime m_LastProgress;  ///< when bytes were last sent, or began to wait
-    bool m_FramesWait = false;  ///< whole frames are in the inbox
-    bool m_PeerIsDone = false;  ///< it asks no more, but may still read
+    SteadyTime m_LastProgress;   ///< when bytes were last sent, or began to wait
+    bool m_FramesWait = false;   ///< whole frames are in the inbox
+    bool m_AnswerWaits = false;  ///< so do the frames in the inbox: answers keep their order
+    bool m_PeerIsDone = false;   ///< it asks no more, but may still read
     bool m_HasComplained = false;
     bool m_Over = false;
 };

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 
 #include "service/server/ApplicationRequests.h"
@@ -18,7 +19,8 @@ namespace service {
  */
 class ClientSession {
   public:
-    explicit ClientSession(const SessionContext& context);
+    /** `wake` is called on another thread when a frame that was not served yet can be. */
+    ClientSession(const SessionContext& context, std::function<void()> wake);
 
     ClientSession(const ClientSession&) = delete;
     ClientSession& operator=(const ClientSession&) = delete;

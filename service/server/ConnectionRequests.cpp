@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "service/server/ConnectionRequests.h"
 
+#include <utility>
+
 #include "service/server/LocalCalendar.h"
 #include "service/server/RequestRouter.h"
 #include "service/server/SortCodes.h"
@@ -29,7 +31,8 @@ ConnectionQuery queryOf(const DaemonSetConnectionsIteratorParametersRequest& req
 
 }  // namespace
 
-ConnectionRequests::ConnectionRequests(const SessionContext& context) : m_Context(context) {}
+ConnectionRequests::ConnectionRequests(const SessionContext& context, std::function<void()> wake)
+    : m_Context(context), m_Wake(std::move(wake)) {}
 
 void ConnectionRequests::addTo(RequestRouter& router) {
     router.route(*this, &ConnectionRequests::create);
@@ -42,7 +45,7 @@ void ConnectionRequests::addTo(RequestRouter& router) {
 std::optional<DaemonCreateConnectionsIteratorReply> ConnectionRequests::create(
     const DaemonCreateConnectionsIteratorRequest& /*request*/) {
     DaemonCreateConnectionsIteratorReply reply;
-    reply.iteratorId = m_Cursors.create(m_Context.history);
+    reply.iteratorId = m_Cursors.create(m_Context.orders, m_Wake);
     return reply;
 }
 
@@ -52,24 +55,30 @@ void ConnectionRequests::setParameters(const DaemonSetConnectionsIteratorParamet
     }
 }
 
-std::optional<DaemonGetCountConnectionsReply> ConnectionRequests::count(
+Later<std::optional<DaemonGetCountConnectionsReply>> ConnectionRequests::count(
     const DaemonGetCountConnectionsRequest& request) {
     DaemonGetCountConnectionsReply reply;
     if (ConnectionsCursor* cursor = m_Cursors.find(request.iteratorId)) {
-        reply.count = static_cast<std::int32_t>(cursor->count());
-        limitHeldRows(*cursor);
+        const Later<std::size_t> count = cursor->count();
+        if (!count.isThere) {
+            return {};
+        }
+        reply.count = static_cast<std::int32_t>(count.value);
     }
-    return reply;
+    return {.isThere = true, .value = reply};
 }
 
-std::optional<DaemonConnectionInfo> ConnectionRequests::row(const DaemonGetConnectionInfoRequest& request) {
+Later<std::optional<DaemonConnectionInfo>> ConnectionRequests::row(
+    const DaemonGetConnectionInfoRequest& request) {
     ConnectionsCursor* cursor = m_Cursors.find(request.iteratorId);
     if (cursor == nullptr) {
-        return std::nullopt;
+        return {.isThere = true};
     }
-    const std::optional<ConnectionId> id = cursor->idAt(request.index);
-    limitHeldRows(*cursor);
-    return id ? info(*id) : std::nullopt;
+    const Later<std::optional<ConnectionId>> id = cursor->idAt(request.index);
+    if (!id.isThere) {
+        return {};
+    }
+    return {.isThere = true, .value = id.value ? info(*id.value) : std::nullopt};
 }
 
 void ConnectionRequests::remove(const DaemonDeleteConnectionsIteratorRequest& request) {
@@ -83,19 +92,6 @@ std::optional<DaemonConnectionInfo> ConnectionRequests::info(ConnectionId id) {
     }
     DaemonConnectionInfo info;
     return m_Context.history.connection(id, info) ? std::optional(info) : std::nullopt;
-}
-
-void ConnectionRequests::limitHeldRows(const ConnectionsCursor& inUse) {
-    std::size_t held = 0;
-    m_Cursors.forEach([&held](const ConnectionsCursor& cursor) { held += cursor.heldRows(); });
-    if (held <= maxHeldRows) {
-        return;
-    }
-    m_Cursors.forEach([&inUse](ConnectionsCursor& cursor) {
-        if (&cursor != &inUse) {
-            cursor.letGo();
-        }
-    });
 }
 
 }  // namespace service

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <functional>
 #include <optional>
 
 #include "protocol/DaemonConnectionInfo.h"
@@ -22,13 +23,8 @@ class RequestRouter;
 /** Answers one client's requests about connections and keeps its cursors over them. */
 class ConnectionRequests {
   public:
-    /**
-     * Rows of which one client's cursors may hold the order together, four bytes each; when there are more,
-     * only the cursor in use keeps its own.
-     */
-    static constexpr std::size_t maxHeldRows = 32'000'000;
-
-    explicit ConnectionRequests(const SessionContext& context);
+    /** `wake` is called on another thread when a request that was not answered yet can be. */
+    ConnectionRequests(const SessionContext& context, std::function<void()> wake);
 
     void addTo(RequestRouter& router);
 
@@ -36,14 +32,15 @@ class ConnectionRequests {
     std::optional<DaemonCreateConnectionsIteratorReply> create(
         const DaemonCreateConnectionsIteratorRequest& request);
     void setParameters(const DaemonSetConnectionsIteratorParametersRequest& request);
-    std::optional<DaemonGetCountConnectionsReply> count(const DaemonGetCountConnectionsRequest& request);
-    std::optional<DaemonConnectionInfo> row(const DaemonGetConnectionInfoRequest& request);
+    Later<std::optional<DaemonGetCountConnectionsReply>> count(
+        const DaemonGetCountConnectionsRequest& request);
+    Later<std::optional<DaemonConnectionInfo>> row(const DaemonGetConnectionInfoRequest& request);
     void remove(const DaemonDeleteConnectionsIteratorRequest& request);
 
     std::optional<DaemonConnectionInfo> info(ConnectionId id);
-    void limitHeldRows(const ConnectionsCursor& inUse);
 
     SessionContext m_Context;
+    const std::function<void()> m_Wake;
     CursorTable<ConnectionsCursor> m_Cursors;
 };
 

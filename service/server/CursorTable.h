@@ -34,13 +34,6 @@ class CursorTable {
 
     void erase(std::int32_t id) { m_Cursors.erase(id); }
 
-    template <class Visit>
-    void forEach(Visit visit) {
-        for (auto& [id, cursor] : m_Cursors) {
-            visit(cursor);
-        }
-    }
-
   private:
     std::map<std::int32_t, Cursor> m_Cursors;
     std::int32_t m_LastId = 0;

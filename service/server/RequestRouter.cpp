@@ -13,7 +13,7 @@ RequestRouter::Outcome RequestRouter::serve(const MessageHeader& header, std::sp
     BinarySerializer serializedBody;
     serializedBody.WriteData(body.data(),
                              static_cast<int>(body.size()));  // refuses 0 bytes, which then are none
-    return found->second(header.messageId, serializedBody, outbox) ? Outcome::Served : Outcome::ShortBody;
+    return found->second(header.messageId, serializedBody, outbox);
 }
 
 }  // namespace service

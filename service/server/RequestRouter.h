@@ -9,6 +9,7 @@
 
 #include "protocol/BinarySerializer.h"
 #include "protocol/MessageHeader.h"
+#include "service/server/Later.h"
 #include "service/server/Outbox.h"
 
 namespace service {
@@ -21,7 +22,12 @@ namespace service {
  */
 class RequestRouter {
   public:
-    enum class Outcome { Served, UnknownType, ShortBody };
+    enum class Outcome {
+        Served,
+        UnknownType,
+        ShortBody,
+        NotYet,  ///< nothing was put into the outbox: the frame is to be served again later
+    };
 
     /** Has `Request` answered by a method; `handler` must outlive the router's use. */
     template <class Handler, class Request, class Reply>
@@ -31,7 +37,24 @@ class RequestRouter {
             Request request;
             const bool whole = request.UnserializeFrom(body);
             outbox.putReply(id, whole ? (handler.*answer)(request) : std::optional<Reply>());
-            return whole;
+            return outcomeOf(whole);
+        };
+    }
+
+    /** Has `Request` answered by a method that may ask for more time. */
+    template <class Handler, class Request, class Reply>
+    void route(Handler& handler, Later<std::optional<Reply>> (Handler::*answer)(const Request&)) {
+        m_Routes[Request::MessageType] = [&handler, answer](std::int32_t id, BinarySerializer& body,
+                                                            Outbox& outbox) {
+            Request request;
+            const bool whole = request.UnserializeFrom(body);
+            const auto reply =
+                whole ? (handler.*answer)(request) : Later<std::optional<Reply>>{.isThere = true};
+            if (!reply.isThere) {
+                return Outcome::NotYet;
+            }
+            outbox.putReply(id, reply.value);
+            return outcomeOf(whole);
         };
     }
 
@@ -44,16 +67,17 @@ class RequestRouter {
             if (whole) {
                 (handler.*carryOut)(request);
             }
-            return whole;
+            return outcomeOf(whole);
         };
     }
 
-    /** Serves one frame; its reply, if it gets one, is put into `outbox`. */
+    /** Serves one frame; its reply, if it gets one now, is put into `outbox`. */
     Outcome serve(const MessageHeader& header, std::span<const std::uint8_t> body, Outbox& outbox) const;
 
   private:
-    /** False when the body is too short for its request. */
-    using Route = std::function<bool(std::int32_t requestId, BinarySerializer& body, Outbox& outbox)>;
+    static Outcome outcomeOf(bool wholeBody) { return wholeBody ? Outcome::Served : Outcome::ShortBody; }
+
+    using Route = std::function<Outcome(std::int32_t requestId, BinarySerializer& body, Outbox& outbox)>;
 
     std::map<std::int32_t, Route> m_Routes;
 };

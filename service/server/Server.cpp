@@ -74,7 +74,9 @@ void Server::addClient(FileDescriptor socket) {
         return;
     }
     const std::uint64_t number = ++m_LastNumber;
-    Client client{.connection = std::make_unique<ClientConnection>(std::move(socket), m_Context, number)};
+    const auto wake = [this, &loop = m_Loop, number] { loop.post([this, number] { serveAgain(number); }); };
+    Client client{.connection =
+                      std::make_unique<ClientConnection>(std::move(socket), m_Context, number, wake)};
     client.watch = m_Loop.watch(client.connection->descriptor(), EPOLLIN,
                                 [this, number](std::uint32_t events) { clientIsReady(number, events); });
     if (client.watch == EventLoop::noWatch) {

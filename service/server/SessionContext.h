@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "service/ledger/Ledger.h"
+#include "service/server/ConnectionOrders.h"
 #include "service/server/HistoryCleaner.h"
 #include "service/server/TextOrder.h"
 #include "service/store/HistoryReader.h"
@@ -15,6 +16,7 @@ namespace service {
 struct SessionContext {
     Ledger& ledger;
     HistoryReader& history;
+    ConnectionOrders& orders;
     HistoryCleaner& cleaner;
     const TextOrder& textOrder;
     Clock now;

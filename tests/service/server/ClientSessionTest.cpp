@@ -2,6 +2,7 @@
 #include "service/server/ClientSession.h"
 
 #include <array>
+#include <semaphore>
 
 #include "service/server/LocalCalendar.h"
 #include "tests/service/server/SessionFixture.h"
@@ -12,11 +13,17 @@ using Outcome = RequestRouter::Outcome;
 
 class ClientSessionTest : public SessionFixture {
   protected:
-    /** Has one frame served and returns the frames that were put into the outbox. */
+    /** Has one frame served, however long its answer takes. */
     Outcome serve(const std::vector<std::uint8_t>& frame) {
         const ScannedFrame scanned = scanFrame(frame);
         EXPECT_EQ(scanned.kind, ScannedFrame::Kind::Message);
-        return session.serve(scanned.header, scanned.body, outbox);
+        Outcome outcome = session.serve(scanned.header, scanned.body, outbox);
+        while (outcome == Outcome::NotYet) {
+            EXPECT_EQ(outbox.size(), 0u);
+            m_Wakes.acquire();
+            outcome = session.serve(scanned.header, scanned.body, outbox);
+        }
+        return outcome;
     }
 
     /** Takes the one frame that waits; its body's bytes go to `body`. */
@@ -92,7 +99,11 @@ class ClientSessionTest : public SessionFixture {
         return ask<DaemonApplicationSendedBytesReply>(request)->bytes;
     }
 
-    ClientSession session{context()};
+  private:
+    std::counting_semaphore<> m_Wakes{0};
+
+  protected:
+    ClientSession session{context(), [this] { m_Wakes.release(); }};
     Outbox outbox;
 
   private:
@@ -234,6 +245,37 @@ TEST_F(ClientSessionTest, ConnectionsAreFilteredAndLiveOnesAreUpToDate) {
     filter.applicationId = 1;
     tell(filter);
     EXPECT_EQ(countConnections(cursor), 0);
+}
+
+TEST_F(ClientSessionTest, AListThatWasLetGoComesBackWithoutWhatIsNewer) {
+    const auto open = [this](std::uint64_t from, std::uint64_t to) {
+        for (std::uint64_t key = from; key <= to; ++key) {
+            move(sampleOf(key, "/a", {static_cast<std::int64_t>(1000 - key), 0}));
+        }
+        writeHistory();
+    };
+    const auto newCursor = [this] {
+        DaemonSetConnectionsIteratorParametersRequest byReceived;
+        byReceived.iteratorId =
+            ask<DaemonCreateConnectionsIteratorReply>(DaemonCreateConnectionsIteratorRequest())->iteratorId;
+        byReceived.endTime = LocalCalendar::fromMoment(now + std::chrono::hours(1));
+        byReceived.applicationId = byReceived.socketProtocol = -1;
+        byReceived.sortField = 3;
+        byReceived.sortDirection = 1;
+        tell(byReceived);
+        return byReceived.iteratorId;
+    };
+    open(1, 80);
+    const std::int32_t first = newCursor();
+    const std::int32_t second = newCursor();
+    EXPECT_EQ(countConnections(first), 80);
+    EXPECT_EQ(countConnections(second), 80) << "there is memory for one of them";
+    open(81, 90);
+    EXPECT_EQ(connectionAt(first, 0)->receivedBytes, 920);
+    EXPECT_EQ(connectionAt(second, 79)->receivedBytes, 999);
+    EXPECT_FALSE(connectionAt(first, 80));
+    EXPECT_EQ(countConnections(first), 90);
+    EXPECT_EQ(connectionAt(first, 0)->receivedBytes, 910);
 }
 
 TEST_F(ClientSessionTest, CursorsAreBoundedAndTheirIdsNeverComeBack) {

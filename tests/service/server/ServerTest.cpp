@@ -4,9 +4,12 @@
 #include <sys/resource.h>
 
 #include <ctime>
+#include <latch>
 #include <thread>
 
 #include "protocol/DaemonApplicationInfoFromIdRequest.h"
+#include "protocol/DaemonCreateConnectionsIteratorRequest.h"
+#include "protocol/DaemonGetCountConnectionsRequest.h"
 #include "protocol/DaemonTotalStatisticInfoRequest.h"
 #include "protocol/EventMessage.h"
 #include "tests/service/server/SessionFixture.h"
@@ -177,6 +180,31 @@ TEST_F(ServerTest, WhoeverAsksForCleaningIsToldOfItLikeTheOthers) {
         EXPECT_EQ(event->header.replyToId, -1);
         EXPECT_EQ(event->body, (std::vector<std::uint8_t>{0, 0, 0, 2, 0, 0, 0, 0}));
     }
+}
+
+TEST_F(ServerTest, WhoWaitsForAListHoldsNobodyUpAndGetsItsAnswersInOrder) {
+    std::latch busy{1};
+    ConnectionQuery query;
+    orders.take(query, [&busy] { busy.wait(); });  // until then other lists have to wait
+    start();
+    TestClient waiting(address);
+    TestClient other(address);
+    ASSERT_TRUE(waiting.ask(DaemonCreateConnectionsIteratorRequest()));
+    DaemonGetCountConnectionsRequest count;
+    count.iteratorId = 1;
+    ASSERT_TRUE(waiting.send(requestFrame(5, count)));
+    ASSERT_TRUE(waiting.send(requestFrame(6, anything)));
+    {
+        TestClient leaving(address);
+        ASSERT_TRUE(leaving.ask(DaemonCreateConnectionsIteratorRequest()));
+        ASSERT_TRUE(leaving.send(requestFrame(5, count)));
+    }
+    for (int i = 0; i < 10; ++i) {
+        EXPECT_TRUE(other.ask(anything));
+    }
+    busy.count_down();
+    EXPECT_EQ(waiting.read()->header.replyToId, 5);
+    EXPECT_EQ(waiting.read()->header.replyToId, 6);
 }
 
 TEST_F(ServerTest, ToldToStopItAnswersWhatHasArrivedAndResetsTheConnection) {

@@ -23,6 +23,7 @@ class SessionFixture : public StoreFixture {
     SessionContext context() {
         return {.ledger = ledger,
                 .history = *history,
+                .orders = orders,
                 .cleaner = cleaner,
                 .textOrder = textOrder,
                 .now = [this] { return now; },
@@ -32,6 +33,7 @@ class SessionFixture : public StoreFixture {
     Moment now = at(100);
     Ledger ledger{store->load(at(0)).value()};
     std::unique_ptr<HistoryReader> history = reader();
+    ConnectionOrders orders{reader(), 100};
     TextOrder textOrder;
     int wipes = 0;
     int configurationChanges = 0;

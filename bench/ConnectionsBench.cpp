@@ -153,7 +153,7 @@ void measureLists(HistoryReader& reader, Moment from, const char* what, std::vec
     for (int field = 0; field < static_cast<int>(fieldNames.size()); ++field) {
         std::array<double, 2> ms{};
         for (const auto direction : {SortDirection::Ascending, SortDirection::Descending}) {
-            ids = {};
+            ids = std::vector<ConnectionId>();
             ms[direction == SortDirection::Ascending ? 0 : 1] =
                 timeMs([&] { ids = reader.connections(queryFor(from, field, direction)); });
         }

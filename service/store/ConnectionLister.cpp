@@ -119,8 +119,8 @@ bool ConnectionLister::list(const ConnectionQuery& query, std::vector<Connection
         }
     }
     std::ranges::for_each(m_Readers, &BlockReader::reset);
-    m_SelectedBlocks = {};
-    m_SelectedApart = {};
+    m_SelectedBlocks = std::vector<Block>();  // braces alone would keep the memory
+    m_SelectedApart = std::vector<Apart>();
     return worked;
 }
 
@@ -283,7 +283,9 @@ template <class Entry>
 bool ConnectionLister::sortPart(const SortKey& key, const Entry& from, const Entry& to,
                                 std::vector<ConnectionId>& ids) {
     std::vector<Entry> part;
-    part.reserve(partSize<Entry>(ids.size(), ids.capacity()) * 33 / 32);
+    const std::size_t total = ids.capacity();
+    part.reserve(partSize<Entry>(ids.size(), total) +
+                 total / 16);  // more than chance ever adds, and mostly not used
     if (!gather(key, from, to, part)) {
         return false;
     }

@@ -87,7 +87,7 @@ std::vector<ConnectionId> HistoryReader::connections(const ConnectionQuery& quer
                                                      const OnCounted& onCounted) {
     std::vector<ConnectionId> ids;
     if (!m_Lister.list(query, ids, stop, onCounted)) {
-        ids = {};
+        ids = std::vector<ConnectionId>();
         if (!stop.stop_requested()) {
             logLine("store: cannot list connections: ", m_Lister.lastError());
         }

@@ -27,7 +27,7 @@ namespace service {
 class ConnectionLister {
   public:
     /** What sorting may take beside the memory of the ids, in bytes. More of it means fewer times over the blocks. */
-    static constexpr std::size_t usualSortMemory = 16'000'000;
+    static constexpr std::size_t usualSortMemory = 12'000'000;
 
     /** `database` must outlive the lister. */
     explicit ConnectionLister(SQLite::Database& database, std::size_t sortMemory = usualSortMemory);

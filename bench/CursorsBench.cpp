@@ -239,10 +239,9 @@ void serve(const std::string& path, Listener listener, int ended) {
     Ledger ledger(std::move(*state));
     ConnectionOrders orders(std::move(historyOfOrders));
     Flood flood;
-    StoreWriter writer(ledger, *store, [] {});
+    StoreWriter writer(ledger, *store, [](bool) {});
     Poller poller(flood, ledger, [] {});
-    HistoryCleaner cleaner(ledger,
-                           {.now = systemClock, .wakeWriter = [] {}, .tellClients = [](DaemonEvent) {}});
+    HistoryCleaner cleaner(ledger, {.now = systemClock, .wipe = [] {}, .tellClients = [](DaemonEvent) {}});
     Server server(loop, std::move(listener),
                   {.ledger = ledger,
                    .history = *history,

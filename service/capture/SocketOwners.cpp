@@ -5,11 +5,11 @@
 #include <fcntl.h>
 #include <limits.h>
 #include <sys/stat.h>
-#include <unicode/unistr.h>
 #include <unistd.h>
 
 #include <array>
 #include <charconv>
+#include <cstdlib>
 #include <optional>
 #include <string_view>
 
@@ -46,13 +46,6 @@ bool isSameFile(const std::string& left, const std::string& right) {
     struct stat second {};
     return ::stat(left.c_str(), &first) == 0 && ::stat(right.c_str(), &second) == 0 &&
            first.st_dev == second.st_dev && first.st_ino == second.st_ino;
-}
-
-/** A file's name is any bytes: those that are no UTF-8 become U+FFFD, since the link and the history hold text. */
-std::string validUtf8(const std::string& bytes) {
-    std::string text;
-    icu::UnicodeString::fromUTF8(bytes).toUTF8String(text);
-    return text;
 }
 
 }  // namespace
@@ -125,13 +118,8 @@ std::shared_ptr<const ApplicationIdentity> SocketOwners::applicationOf(const std
     if (path.ends_with(deletedMark) && !isSameFile(path, executable)) {
         path.resize(path.size() - deletedMark.size());
     }
-    path = validUtf8(path);
-    auto& application = m_Applications[path];
-    if (!application) {
-        const std::string name = path.substr(path.rfind('/') + 1);
-        application = std::make_shared<const ApplicationIdentity>(ApplicationIdentity{path, name});
-    }
-    return application;
+    const std::size_t number = processFolder.rfind('/') + 1;
+    return m_Names.identify(path, static_cast<pid_t>(std::atoi(processFolder.c_str() + number)));
 }
 
 }  // namespace service

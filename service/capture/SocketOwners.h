@@ -8,6 +8,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "service/naming/ApplicationNames.h"
 #include "service/traffic/ApplicationIdentity.h"
 
 namespace service {
@@ -40,8 +41,7 @@ class SocketOwners {
     /** The application that runs in a process; null when its executable is not to be seen or it has ended. */
     std::shared_ptr<const ApplicationIdentity> applicationOf(const std::string& processFolder);
 
-    /** One identity per executable, shared by all its processes and connections. */
-    std::unordered_map<std::string, std::shared_ptr<const ApplicationIdentity>> m_Applications;
+    ApplicationNames m_Names;
 
     std::vector<std::string> m_RecentProcesses;  ///< folders of processes found lately, the latest first
 };

@@ -35,7 +35,12 @@ void Tally::record(const TrafficSample& sample, Moment recordedSince, Moment now
 ApplicationRecord& Tally::applicationOf(const ApplicationIdentity& identity, Moment now) {
     const auto [known, isNew] = m_ApplicationIds.try_emplace(identity.path, m_Ids.application);
     if (!isNew) {
-        return m_Applications.at(known->second);
+        ApplicationRecord& application = m_Applications.at(known->second);
+        if (application.name != identity.name) {  // its desktop entry came, went or was translated
+            application.name = identity.name;
+            m_ChangedApplications.insert(application.id);
+        }
+        return application;
     }
     const ApplicationId id = m_Ids.application++;
     m_NewApplications.push_back(id);

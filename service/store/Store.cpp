@@ -128,7 +128,7 @@ Store::Store(std::unique_ptr<SQLite::Database> database)
       m_WriteApplication(*m_Database,
                          "INSERT INTO applications (id, path, name, first_seen, last_seen) "
                          "VALUES (?1, ?2, ?3, ?4, ?5) "
-                         "ON CONFLICT (id) DO UPDATE SET last_seen = excluded.last_seen"),
+                         "ON CONFLICT (id) DO UPDATE SET name = excluded.name, last_seen = excluded.last_seen"),
       m_WriteConnection(
           *m_Database,
           "INSERT INTO connections (id, application, started, ended, life, direction, domain, type, "

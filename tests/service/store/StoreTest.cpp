@@ -19,7 +19,9 @@ TEST_F(StoreTest, TheNextRunGoesOnWhereTheLastOneEnded) {
     Ledger ledger(store->load(at(0)).value());
     ledger.apply({sampleOf(1, "/usr/bin/ä", {10, 1}), sampleOf(2, "", {5, 0})}, at(1));
     ASSERT_TRUE(store->append(ledger.takeChanges(at(1))));
-    ledger.apply({sampleOf(2, "", {7, 7})}, at(3));
+    TrafficSample renamed = sampleOf(2, "", {7, 7});
+    renamed.application = std::make_shared<const ApplicationIdentity>(ApplicationIdentity{"", "kernel anew"});
+    ledger.apply({renamed}, at(3));
     const LedgerChanges last = ledger.takeChanges(at(3));
     ASSERT_TRUE(store->append(last));
 
@@ -33,6 +35,7 @@ TEST_F(StoreTest, TheNextRunGoesOnWhereTheLastOneEnded) {
                           row.firstSeen, row.lastSeen);
     };
     EXPECT_TRUE(std::ranges::equal(state.applications, ledger.applications(), {}, fields, fields));
+    EXPECT_EQ(ledger.application(2)->name, "kernel anew");
     Ledger next(state);
     next.apply({sampleOf(1, "", {1, 0}), sampleOf(2, "/new", {1, 0})}, at(100));
     EXPECT_EQ(next.takeNewApplications(), std::vector<ApplicationId>{last.nextApplicationId});

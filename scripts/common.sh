@@ -3,7 +3,7 @@
 # What `run` and `check` share: the Debian packages that the project needs, and how a preset is built.
 
 build_packages=(g++ cmake ninja-build qt6-base-dev qt6-svg-dev libqcustomplot-dev libsqlite3-dev libicu-dev
-    pkg-config libplist-dev libexpat1-dev)
+    pkg-config libplist-dev libexpat1-dev clang libbpf-dev bpftool)
 run_packages=(libqt6svg6 fonts-inter breeze-icon-theme)
 wayland_packages=(qt6-wayland) # large, and of use only where there is no X server beside Wayland
 # For a window on a machine without a display, read from outside.

@@ -2,6 +2,7 @@
 #include "service/capture/CaptureMode.h"
 
 #include "service/capture/DiagSource.h"
+#include "service/capture/bpf/BpfSource.h"
 #include "service/log/Log.h"
 
 namespace service {
@@ -14,22 +15,42 @@ class NoTraffic : public TrafficSource {
     std::vector<TrafficSample> poll(Moment) override { return {}; }
 };
 
-std::unique_ptr<TrafficSource> makeSource(CaptureMode mode, std::string& error) {
-    switch (mode) {
-        case CaptureMode::Bpf:
-            error = "capture: bpf is not available in this version, use diag";
-            return nullptr;
-        case CaptureMode::Off:
-            return std::make_unique<NoTraffic>();
-        case CaptureMode::Auto:
-        case CaptureMode::Diag:
-            break;
-    }
+std::unique_ptr<TrafficSource> makeDiagSource(std::string& error) {
     auto source = DiagSource::create(error);
     if (!source) {
         error = "capture: no socket diagnostics: " + error;
     }
     return source;
+}
+
+std::unique_ptr<TrafficSource> makeBpfSource(std::string& error) {
+    auto source = BpfSource::create(error);
+    if (!source) {
+        error = "capture: no programs in the kernel: " + error;
+    }
+    return source;
+}
+
+std::unique_ptr<TrafficSource> makeBestSource(std::string& error) {
+    if (auto source = makeBpfSource(error)) {
+        return source;
+    }
+    logLine(error);
+    return makeDiagSource(error);
+}
+
+std::unique_ptr<TrafficSource> makeSource(CaptureMode mode, std::string& error) {
+    switch (mode) {
+        case CaptureMode::Auto:
+            return makeBestSource(error);
+        case CaptureMode::Bpf:
+            return makeBpfSource(error);
+        case CaptureMode::Diag:
+            return makeDiagSource(error);
+        case CaptureMode::Off:
+            break;
+    }
+    return std::make_unique<NoTraffic>();
 }
 
 }  // namespace

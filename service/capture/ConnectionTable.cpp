@@ -18,12 +18,6 @@ constexpr std::size_t maxClosedWithoutNotice = 10'000;
 
 constexpr int tcpProtocol = 6;
 
-const std::shared_ptr<const ApplicationIdentity>& unknownApplication() {
-    static const auto unknown = std::make_shared<const ApplicationIdentity>(
-        ApplicationIdentity{unknownApplicationPath, "Unknown application"});
-    return unknown;
-}
-
 /** Without a process, but able to be accepted by one; in any other state its process has given it up. */
 bool canBeAccepted(TcpState state) {
     return state == TcpState::Established || state == TcpState::CloseWait;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <memory>
 #include <string>
 
 namespace service {
@@ -14,5 +15,12 @@ struct ApplicationIdentity {
 /** Path of the application that stands for traffic whose owner could not be found out. It is never guessed.
  */
 inline constexpr char unknownApplicationPath[] = "(unknown)";
+
+/** Never null. */
+inline const std::shared_ptr<const ApplicationIdentity>& unknownApplication() {
+    static const auto unknown = std::make_shared<const ApplicationIdentity>(
+        ApplicationIdentity{unknownApplicationPath, "Unknown application"});
+    return unknown;
+}
 
 }  // namespace service

@@ -1,0 +1,284 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "service/capture/bpf/BpfPrograms.h"
+
+#include <bpf/bpf.h>
+#include <bpf/btf.h>
+#include <bpf/libbpf.h>
+#include <errno.h>
+#include <sys/random.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "capture.skel.h"
+#include "service/capture/bpf/ControlGroups.h"
+#include "service/log/Log.h"
+
+namespace service {
+
+namespace {
+
+/** What the library says of a failure comes as text for a person; the first line is the one with the reason. */
+std::string firstWarning;
+
+int keepFirstWarning(libbpf_print_level level, const char* format, va_list arguments) {
+    if (level == LIBBPF_WARN && firstWarning.empty()) {
+        std::array<char, 256> text{};
+        std::vsnprintf(text.data(), text.size(), format, arguments);
+        firstWarning = text.data();
+        firstWarning.resize(std::min(firstWarning.find('\n'), firstWarning.size()));
+    }
+    return 0;
+}
+
+std::string reason() {
+    const std::string cause = std::strerror(errno);
+    return firstWarning.empty() ? cause : cause + " (" + firstWarning + ")";
+}
+
+/** How many arguments a tracepoint of the running kernel passes; -1 when it has none of that name. */
+int tracepointArguments(const btf* types, const std::string& name) {
+    const int id = btf__find_by_name_kind(types, ("btf_trace_" + name).c_str(), BTF_KIND_TYPEDEF);
+    if (id < 0) {
+        return -1;
+    }
+    const btf_type* const pointer = btf__type_by_id(types, btf__type_by_id(types, id)->type);
+    return btf_vlen(btf__type_by_id(types, pointer->type)) - 1;  // the first one is not the tracepoint's own
+}
+
+/** Reads records from an iterator until it has no more. False with errno set when it failed in between. */
+template <class Record, class Visit>
+bool readRecords(const bpf_link* table, const Visit& visit) {
+    const FileDescriptor stream(bpf_iter_create(bpf_link__fd(table)));
+    std::vector<Record> records(32 * 1024 / sizeof(Record));  // the kernel has eight pages at most
+    std::size_t filled = 0;                                   // bytes; a record may come in two pieces
+    for (;;) {
+        char* const start = reinterpret_cast<char*>(records.data());
+        const ssize_t length = ::read(stream.get(), start + filled, records.size() * sizeof(Record) - filled);
+        if (length <= 0) {
+            return length == 0;
+        }
+        filled += static_cast<std::size_t>(length);
+        const std::size_t whole = filled / sizeof(Record);
+        for (std::size_t i = 0; i < whole; ++i) {
+            visit(records[i]);
+        }
+        filled -= whole * sizeof(Record);
+        std::memmove(start, start + whole * sizeof(Record), filled);
+    }
+}
+
+bpf_link* attachTable(const bpf_program* reader, const bpf_map* table) {
+    bpf_iter_link_info info{};
+    info.map.map_fd = static_cast<__u32>(bpf_map__fd(table));
+    bpf_iter_attach_opts options{};
+    options.sz = sizeof(options);
+    options.link_info = &info;
+    options.link_info_len = sizeof(info);
+    return bpf_program__attach_iter(reader, &options);
+}
+
+}  // namespace
+
+void BpfPrograms::Unload::operator()(capture_bpf* skeleton) const {
+    capture_bpf__destroy(skeleton);
+}
+
+void BpfPrograms::Detach::operator()(bpf_link* link) const {
+    bpf_link__destroy(link);
+}
+
+void BpfPrograms::Free::operator()(ring_buffer* ring) const {
+    ring_buffer__free(ring);
+}
+
+std::unique_ptr<BpfPrograms> BpfPrograms::load(std::string& error) {
+    firstWarning.clear();
+    libbpf_set_print(keepFirstWarning);
+    capture_bpf* const skeleton = capture_bpf__open();
+    if (skeleton == nullptr) {
+        error = "the programs for the kernel can't be opened: " + reason();
+        return nullptr;
+    }
+    std::unique_ptr<BpfPrograms> programs(new BpfPrograms(skeleton));
+    programs->leaveOutWhatKernelLacks();
+    if (capture_bpf__load(skeleton) != 0) {
+        error = "the kernel does not load the programs: " + reason();
+        return nullptr;
+    }
+    if (!programs->attach(error) || !programs->openTables(error)) {
+        return nullptr;
+    }
+    return programs;
+}
+
+BpfPrograms::BpfPrograms(capture_bpf* skeleton) : m_Skeleton(skeleton) {
+    __u64 seed = 0;
+    [[maybe_unused]] const ssize_t filled = ::getrandom(&seed, sizeof(seed), 0);
+    m_Skeleton->rodata->path_seed = seed;
+}
+
+BpfPrograms::~BpfPrograms() = default;
+
+void BpfPrograms::leaveOutWhatKernelLacks() {
+    const std::unique_ptr<btf, decltype(&btf__free)> types(btf__load_vmlinux_btf(), btf__free);
+    if (!types) {
+        return;  // then nothing loads, which tells why
+    }
+    if (tracepointArguments(types.get(), "sock_send_length") < 0) {
+        logLine(
+            "bpf: this kernel does not tell who reads and writes; connections that one process accepts and "
+            "another one serves are counted for the first");
+        bpf_program__set_autoload(m_Skeleton->progs.on_send, false);
+        bpf_program__set_autoload(m_Skeleton->progs.on_receive, false);
+    }
+    constexpr int withReceiver = 4;
+    if (tracepointArguments(types.get(), "kfree_skb") != withReceiver) {
+        logLine(
+            "bpf: this kernel does not tell who a dropped packet was for; packets that no socket takes are "
+            "not counted");
+        bpf_program__set_autoload(m_Skeleton->progs.on_drop, false);
+    }
+}
+
+bool BpfPrograms::attach(std::string& error) {
+    const FileDescriptor group = openRootControlGroup(error);
+    if (!group.isValid()) {
+        return false;
+    }
+    // Owners first, then a look at the sockets that are older, then the counting: so nothing is counted before its
+    // owner can be known.
+    const auto toGroup = [&](bpf_link*& link, const bpf_program* program) {
+        link = bpf_program__attach_cgroup(program, group.get());
+        return link != nullptr;
+    };
+    const auto toTracepoint = [&](bpf_link*& link, const bpf_program* program) {
+        link = bpf_program__autoload(program) ? bpf_program__attach(program) : nullptr;
+        return link != nullptr || !bpf_program__autoload(program);
+    };
+    auto& links = m_Skeleton->links;
+    const auto& programs = m_Skeleton->progs;
+    const bool ownersKnown =
+        toGroup(links.on_create, programs.on_create) && toGroup(links.on_release, programs.on_release) &&
+        toGroup(links.on_connect4, programs.on_connect4) &&
+        toGroup(links.on_connect6, programs.on_connect6) &&
+        toGroup(links.on_sendmsg4, programs.on_sendmsg4) &&
+        toGroup(links.on_sendmsg6, programs.on_sendmsg6) && toTracepoint(links.on_state, programs.on_state) &&
+        toTracepoint(links.on_destroy, programs.on_destroy) &&
+        toTracepoint(links.on_send, programs.on_send) &&
+        toTracepoint(links.on_receive, programs.on_receive) && toTracepoint(links.scan, programs.scan);
+    if (ownersKnown) {
+        scanSockets();
+    }
+    const bool counts = ownersKnown && toGroup(links.on_egress, programs.on_egress) &&
+                        toGroup(links.on_ingress, programs.on_ingress) &&
+                        toTracepoint(links.on_drop, programs.on_drop) &&
+                        toTracepoint(links.on_transmit, programs.on_transmit);
+    if (!counts) {
+        error = "the programs can't be attached: " + reason();
+    }
+    return counts;
+}
+
+void BpfPrograms::scanSockets() const {
+    for (const __u32 pass : {SCAN_OWNERS, SCAN_DIRECTIONS}) {
+        m_Skeleton->bss->scan_pass = pass;
+        readRecords<char>(m_Skeleton->links.scan, [](char) {});  // it works by being read, and writes nothing
+    }
+}
+
+bool BpfPrograms::openTables(std::string& error) {
+    const auto& maps = m_Skeleton->maps;
+    const auto& programs = m_Skeleton->progs;
+    m_Sockets.reset(attachTable(programs.read_sockets, maps.sockets));
+    m_Flows.reset(attachTable(programs.read_flows, maps.flows));
+    m_Rests.reset(attachTable(programs.read_flows, maps.rests));
+    m_Handshakes.reset(attachTable(programs.read_handshakes, maps.handshakes));
+    const ring_buffer_sample_fn onEvent = [](void* self, void* record, std::size_t) {
+        static_cast<BpfPrograms*>(self)->m_EventVisitor(*static_cast<const flow*>(record));
+        return 0;
+    };
+    m_Events.reset(ring_buffer__new(bpf_map__fd(maps.events), onEvent, this, nullptr));
+    const bool open = m_Sockets && m_Flows && m_Rests && m_Handshakes && m_Events;
+    if (!open) {
+        error = "the kernel's tables can't be read: " + reason();
+    }
+    return open;
+}
+
+void BpfPrograms::readEvents(const FlowVisitor& visit) {
+    m_EventVisitor = visit;
+    ring_buffer__consume(m_Events.get());
+}
+
+void BpfPrograms::readTables(const FlowVisitor& visit) {
+    m_Skeleton->bss->occupancy = {};
+    readFlows(m_Sockets, visit);
+    readFlows(m_Flows, visit);
+    forgetHandshakes();
+    m_Occupancy = m_Skeleton->bss->occupancy;
+    readFlows(m_Rests, visit);
+}
+
+void BpfPrograms::readFlows(const Link& table, const FlowVisitor& visit) {
+    std::vector<flow> ended;
+    readRecords<flow>(table.get(), [&](const flow& reported) {
+        visit(reported);
+        if (reported.ended != 0 && &table == &m_Flows) {
+            ended.push_back(reported);
+        }
+    });
+    for (const flow& past : ended) {
+        forgetEnded(past);
+    }
+}
+
+void BpfPrograms::forgetEnded(const flow& ended) {
+    flow_key key{};
+    key.socket = ended.socket;
+    std::memcpy(key.remote, ended.ends.remote, sizeof(key.remote));
+    key.remote_port = ended.ends.remote_port;
+    key.protocol = ended.protocol;
+    key.version = ended.version;
+    bpf_map__delete_elem(m_Skeleton->maps.flows, &key, sizeof(key), 0);
+}
+
+void BpfPrograms::forgetHandshakes() {
+    std::vector<handshake_key> old;
+    readRecords<handshake_key>(m_Handshakes.get(), [&](const handshake_key& key) { old.push_back(key); });
+    for (const handshake_key& key : old) {
+        bpf_map__delete_elem(m_Skeleton->maps.handshakes, &key, sizeof(key), 0);
+    }
+}
+
+std::optional<executable> BpfPrograms::findExecutable(__u64 hash) const {
+    executable found{};
+    const int failed =
+        bpf_map__lookup_elem(m_Skeleton->maps.executables, &hash, sizeof(hash), &found, sizeof(found), 0);
+    return failed == 0 ? std::optional(found) : std::nullopt;
+}
+
+void BpfPrograms::takeExecutables(const std::function<void(__u64 hash, const executable&)>& visit) {
+    const bpf_map* const table = m_Skeleton->maps.executables;
+    __u64 hash = 0;
+    while (bpf_map__get_next_key(table, nullptr, &hash, sizeof(hash)) == 0) {
+        if (const std::optional<executable> found = findExecutable(hash)) {
+            visit(hash, *found);
+        }
+        if (bpf_map__delete_elem(table, &hash, sizeof(hash), 0) != 0) {
+            return;
+        }
+    }
+}
+
+const losses& BpfPrograms::countedLosses() const {
+    return m_Skeleton->bss->losses;
+}
+
+}  // namespace service

@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "service/capture/bpf/records.h"
+
+struct capture_bpf;
+struct bpf_link;
+struct bpf_map;
+struct ring_buffer;
+
+namespace service {
+
+/**
+ * The programs in the kernel and their tables: loaded and attached while this exists, and not a moment longer,
+ * since the kernel itself detaches them from a process that is gone. One thread at a time.
+ */
+class BpfPrograms {
+  public:
+    using FlowVisitor = std::function<void(const flow&)>;
+
+    /**
+     * Loads and attaches all programs that this kernel can run, after a look at the sockets that are there.
+     * Null with the reason in `error` when the counting ones are not among them. Takes about 0.5 s.
+     */
+    static std::unique_ptr<BpfPrograms> load(std::string& error);
+
+    ~BpfPrograms();
+    BpfPrograms(const BpfPrograms&) = delete;
+    BpfPrograms& operator=(const BpfPrograms&) = delete;
+
+    /** Visits what could not wait since the last call: flows that ended or changed hands, and late packets. */
+    void readEvents(const FlowVisitor& visit);
+
+    /** Visits every flow that moved bytes since it was visited before, or ended by its quiet. */
+    void readTables(const FlowVisitor& visit);
+
+    /** What is known of an executable; nothing when it is not, any more. */
+    std::optional<executable> findExecutable(__u64 hash) const;
+
+    /** Visits all that is known of executables, and forgets it: a program that runs again is noted again. */
+    void takeExecutables(const std::function<void(__u64 hash, const executable&)>& visit);
+
+    /** How full the tables were at the latest reading. */
+    const occupancy& tableOccupancy() const { return m_Occupancy; }
+    const losses& countedLosses() const;
+
+  private:
+    struct Unload {
+        void operator()(capture_bpf* skeleton) const;
+    };
+    struct Detach {
+        void operator()(bpf_link* link) const;
+    };
+    struct Free {
+        void operator()(ring_buffer* ring) const;
+    };
+    using Link = std::unique_ptr<bpf_link, Detach>;
+
+    explicit BpfPrograms(capture_bpf* skeleton);
+
+    void leaveOutWhatKernelLacks();
+    bool attach(std::string& error);
+    bool openTables(std::string& error);
+    void scanSockets() const;
+    void readFlows(const Link& table, const FlowVisitor& visit);
+    void forgetEnded(const flow& ended);
+    void forgetHandshakes();
+
+    const std::unique_ptr<capture_bpf, Unload> m_Skeleton;
+    FlowVisitor m_EventVisitor;  ///< for the ring, while its events are read
+    std::unique_ptr<ring_buffer, Free> m_Events;
+    Link m_Sockets;
+    Link m_Flows;
+    Link m_Rests;
+    Link m_Handshakes;
+    occupancy m_Occupancy{};
+};
+
+}  // namespace service

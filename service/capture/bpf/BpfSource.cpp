@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "service/capture/bpf/BpfSource.h"
+
+#include <time.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <utility>
+
+#include "service/log/Log.h"
+
+namespace service {
+
+namespace {
+
+std::uint64_t monotonicNow() {
+    timespec now{};
+    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<std::uint64_t>(now.tv_sec) * 1'000'000'000 + static_cast<std::uint64_t>(now.tv_nsec);
+}
+
+IpAddress addressOf(const __u8 (&bytes)[16], __u16 port, __u8 version) {
+    IpAddress address;
+    address.family = version == 6 ? IpAddress::IPv6 : IpAddress::IPv4;
+    address.port = port;
+    std::memcpy(address.address.data(), bytes, IpAddress::addressLength(address.family));
+    return address;
+}
+
+std::int64_t signedCount(__u64 count) {
+    return static_cast<std::int64_t>(count);
+}
+
+/** Whether the flow's end was told before: what comes now are packets that were late for it. */
+bool isLate(const flow& reported) {
+    return reported.ended == FLOW_LATE;
+}
+
+}  // namespace
+
+std::unique_ptr<BpfSource> BpfSource::create(std::string& error) {
+    auto programs = BpfPrograms::load(error);
+    return programs ? std::unique_ptr<BpfSource>(new BpfSource(std::move(programs))) : nullptr;
+}
+
+BpfSource::BpfSource(std::unique_ptr<BpfPrograms> programs)
+    : m_Programs(std::move(programs)), m_Names(*m_Programs) {}
+
+std::vector<TrafficSample> BpfSource::poll(Moment now) {
+    m_Now = now;
+    m_Monotonic = monotonicNow();
+    m_ClosingNext.clear();
+    const auto enter = [this](const flow& reported) { this->enter(reported); };
+    m_Programs->readEvents(enter);
+    m_Programs->readTables(enter);
+    for (auto& [key, sample] : m_Closing) {
+        sample.closed = true;
+        m_Samples.push_back(std::move(sample));
+    }
+    m_Closing = std::move(m_ClosingNext);
+    logLosses();
+    return std::exchange(m_Samples, {});
+}
+
+TrafficSample BpfSource::sampleOf(const flow& reported) {
+    using namespace std::chrono;
+    const nanoseconds age(m_Monotonic - std::min<std::uint64_t>(reported.opened, m_Monotonic));
+    TrafficSample sample;
+    sample.connectionKey = reported.id;
+    sample.application = m_Names.applicationOf(reported.executable);
+    sample.socketDomain = reported.domain;
+    sample.socketType = reported.type;
+    sample.socketProtocol = reported.protocol;
+    sample.direction = static_cast<Direction>(reported.direction);
+    sample.local = addressOf(reported.ends.local, reported.ends.local_port, reported.version);
+    sample.remote = addressOf(reported.ends.remote, reported.ends.remote_port, reported.version);
+    sample.opened = m_Now - duration_cast<seconds>(age);
+    sample.moved = {signedCount(reported.received.wire), signedCount(reported.sent.wire)};
+    sample.payload = {signedCount(reported.received.payload), signedCount(reported.sent.payload)};
+    return sample;
+}
+
+void BpfSource::enter(const flow& reported) {
+    TrafficSample sample = sampleOf(reported);
+    if (isLate(reported)) {
+        enterLate(sample);
+        return;
+    }
+    sample.closed = reported.ended != 0 && reported.lingers == 0;
+    if (reported.ended != 0 && reported.lingers != 0) {
+        TrafficSample closing = sample;
+        closing.moved = {};
+        closing.payload = {};
+        m_ClosingNext.emplace(closing.connectionKey, std::move(closing));
+    }
+    m_Samples.push_back(std::move(sample));
+}
+
+/** A connection that was closed already gets another one beside it, for what came later still. */
+void BpfSource::enterLate(TrafficSample& sample) {
+    const std::uint64_t key = sample.connectionKey;
+    if (!m_Closing.contains(key) && !m_ClosingNext.contains(key)) {
+        sample.connectionKey = m_NextLateKey++;
+        sample.closed = true;
+    }
+    m_Samples.push_back(std::move(sample));
+}
+
+void BpfSource::logLosses() {
+    const losses now = m_Programs->countedLosses();
+    if (std::memcmp(&now, &m_Logged, sizeof(now)) == 0) {
+        return;
+    }
+    logPeerLine("bpf: lost so far ", now.bytes,
+                " bytes; without a connection of their own, but counted, are the "
+                "bytes of ",
+                now.flows, " packets, ", now.handshakes, " handshakes and ", now.events, " ends; not named ",
+                now.executables, " executables, not understood ", now.packets, " packets");
+    m_Logged = now;
+}
+
+}  // namespace service

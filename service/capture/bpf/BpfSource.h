@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "service/capture/bpf/BpfPrograms.h"
+#include "service/capture/bpf/ExecutableNames.h"
+#include "service/traffic/TrafficSource.h"
+
+namespace service {
+
+/**
+ * All IP traffic of the machine's sockets, in every network namespace, counted in the kernel packet by packet.
+ *
+ * A flow with a single peer is a connection; what an executable moved besides is one with empty addresses. A byte
+ * between two programs of this machine is counted twice: as sent by the one and as received by the other.
+ */
+class BpfSource : public TrafficSource {
+  public:
+    /** Null with the reason in `error` when this kernel, or this process, may not. */
+    static std::unique_ptr<BpfSource> create(std::string& error);
+
+    std::string_view name() const override { return "bpf"; }
+    std::vector<TrafficSample> poll(Moment now) override;
+
+  private:
+    explicit BpfSource(std::unique_ptr<BpfPrograms> programs);
+
+    TrafficSample sampleOf(const flow& reported);
+    void enter(const flow& reported);
+    void enterLate(TrafficSample& sample);
+    void logLosses();
+
+    const std::unique_ptr<BpfPrograms> m_Programs;
+    ExecutableNames m_Names;
+
+    /** Connections that ended before this poll, to be closed at its end: their last packets may still come. */
+    std::unordered_map<std::uint64_t, TrafficSample> m_Closing;
+    std::unordered_map<std::uint64_t, TrafficSample> m_ClosingNext;
+
+    Moment m_Now;                   ///< of the poll
+    std::uint64_t m_Monotonic = 0;  ///< the same, as the kernel's programs count it, in ns
+    std::uint64_t m_NextLateKey = firstLateKey;
+    std::vector<TrafficSample> m_Samples;
+    losses m_Logged{};
+
+    static constexpr std::uint64_t firstLateKey = 1ull << 63;  ///< the kernel's own keys stay below
+};
+
+}  // namespace service

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+#include "service/capture/bpf/BpfPrograms.h"
+#include "service/naming/ApplicationNames.h"
+#include "service/traffic/ApplicationIdentity.h"
+
+namespace service {
+
+/** Tells which application an executable is that the programs in the kernel know by a number. One thread. */
+class ExecutableNames {
+  public:
+    /** `programs` must outlive this. */
+    explicit ExecutableNames(BpfPrograms& programs);
+
+    /** Never null: what has no name in the kernel's table is the unknown application. */
+    std::shared_ptr<const ApplicationIdentity> applicationOf(std::uint64_t number);
+
+  private:
+    struct Known {
+        std::string path;
+        pid_t process = 0;  ///< that ran it and tells of its sandbox
+    };
+
+    /** Takes all names over when the kernel has no room for more; they are some 200 bytes each here. */
+    void makeRoomInKernel();
+
+    /** Null when the kernel has no such name. */
+    Known* find(std::uint64_t number);
+
+    BpfPrograms& m_Programs;
+    ApplicationNames m_Names;
+    std::unordered_map<std::uint64_t, Known> m_Known;
+    std::uint64_t m_Refused = 0;  ///< names that the kernel had no room for, when it was last made
+};
+
+}  // namespace service

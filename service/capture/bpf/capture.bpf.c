@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The programs in the kernel that count every IP byte for the executable that moved it. Each header has one job.
+#include <linux/bpf.h>
+#include <linux/if_ether.h>
+// clang-format off
+#include "kernel/types.h"
+#include <bpf/bpf_helpers.h>
+#include <bpf/bpf_core_read.h>
+#include <bpf/bpf_endian.h>
+#include <bpf/bpf_tracing.h>
+#include "records.h"
+#include "kernel/maps.h"
+#include "kernel/executables.h"
+#include "kernel/packets.h"
+#include "kernel/flows.h"
+#include "kernel/owners.h"
+#include "kernel/streams.h"
+#include "kernel/datagrams.h"
+#include "kernel/strays.h"
+#include "kernel/tables.h"
+#include "kernel/scan.h"
+// clang-format on
+
+char bpf_license[] SEC("license") = "GPL";
+
+/** Storage for a socket that no hook has seen: the kernel's own, or one that no process holds or ever used. */
+static __noinline struct socket_state* adopt(struct bpf_sock* sk) {
+    struct socket_state* state = state_of_bpf_sock(sk);
+    struct sock* kernel_sk = kernel_address(sk);
+    if (!state) {
+        LOSE(sockets, 1);
+        return 0;
+    }
+    if (sk->state == TCP_LISTEN && state->kind == KIND_STREAM) {
+        state->kind = KIND_LISTENER;
+    }
+    if (BPF_CORE_READ_BITFIELD_PROBED(kernel_sk, sk_kern_sock)) {
+        state->executable = EXECUTABLE_KERNEL;
+        state->grade = OWNER_SURE;
+        state->kind = state->kind == KIND_DATAGRAM || state->kind == KIND_RAW ? KIND_CONTROL : state->kind;
+    }
+    return state;
+}
+
+static __always_inline int count_packet(struct __sk_buff* skb, enum way way) {
+    struct bpf_sock* sk = skb->sk;
+    sk = sk ? bpf_sk_fullsock(sk) : 0;
+    if (!sk) {
+        return 1;
+    }
+    struct socket_state* state = bpf_sk_storage_get(&sockets, sk, 0, 0);
+    if (!state || !state->id) {
+        state = adopt(sk);
+    }
+    if (!state) {
+        LOSE(bytes, skb->len);
+    } else if (state->kind == KIND_STREAM || state->kind == KIND_LISTENER) {
+        count_stream(skb, sk, state, way);
+    } else if (state->kind == KIND_CONTROL) {
+        count_control(skb, sk, way);
+    } else {
+        count_datagram(skb, sk, state, way);
+    }
+    return 1;
+}
+
+SEC("cgroup_skb/egress")
+int on_egress(struct __sk_buff* skb) {
+    return count_packet(skb, SENT);
+}
+
+SEC("cgroup_skb/ingress")
+int on_ingress(struct __sk_buff* skb) {
+    return count_packet(skb, RECEIVED);
+}

@@ -1,0 +1,186 @@
+/* SPDX-License-Identifier: GPL-3.0-or-later */
+/* UDP and everything else that is no TCP: a flow for each peer, the socket's first one in its storage. */
+#pragma once
+
+#define ICMP_ECHO_REPLY 0
+#define ICMP_ECHO_REQUEST 8
+#define ICMPV6_ECHO_REQUEST 128
+#define ICMPV6_ECHO_REPLY 129
+
+/** Of one socket between two readings of the tables: a scan from outside must not fill them. */
+#define MAX_NEW_FLOWS 256
+
+static __always_inline int is_echo_request(const struct packet* packet) {
+    return (packet->protocol == IPPROTO_ICMP && packet->icmp_type == ICMP_ECHO_REQUEST) ||
+           (packet->protocol == IPPROTO_ICMPV6 && packet->icmp_type == ICMPV6_ECHO_REQUEST);
+}
+
+static __always_inline int is_echo_reply(const struct packet* packet) {
+    return (packet->protocol == IPPROTO_ICMP && packet->icmp_type == ICMP_ECHO_REPLY) ||
+           (packet->protocol == IPPROTO_ICMPV6 && packet->icmp_type == ICMPV6_ECHO_REPLY);
+}
+
+/** The identifier of the echo request that an ICMP error tells of. */
+static __always_inline __u16 echo_inside(struct __sk_buff* skb, const struct packet* packet) {
+    __u16 echo = 0;
+    __u32 inner = packet->transport + 8 + (packet->version == 4 ? IPV4_BYTES : IPV6_BYTES);
+    bpf_skb_load_bytes(skb, inner + 4, &echo, sizeof(echo));
+    return echo;
+}
+
+/**
+ * Whether a raw socket got a packet that is meant for it. It gets a copy of every packet of its protocol: those of
+ * TCP and UDP are counted at their own sockets, and of ICMP's it wants the answers to what it asked.
+ */
+static __always_inline int is_meant_for(struct socket_state* state, struct __sk_buff* skb,
+                                        const struct packet* packet) {
+    if (packet->protocol == IPPROTO_TCP || packet->protocol == IPPROTO_UDP) {
+        return 0;
+    }
+    if (packet->protocol != IPPROTO_ICMP && packet->protocol != IPPROTO_ICMPV6) {
+        return 1;
+    }
+    __u16 echo = is_echo_reply(packet) ? packet->echo : echo_inside(skb, packet);
+    return state->has_echo && !is_echo_request(packet) && echo == state->echo;
+}
+
+static __always_inline int same_peer(const struct flow* flow, const struct packet* packet) {
+    const __u64* left = (const __u64*)flow->ends.remote;
+    const __u64* right = (const __u64*)packet->ends.remote;
+    return flow->version == packet->version && flow->ends.remote_port == packet->ends.remote_port &&
+           left[0] == right[0] && left[1] == right[1];
+}
+
+/** The flow with the peer among those beside the storage; null when there is no room for another. */
+static __always_inline struct tracked_flow* flow_beside(struct socket_state* state,
+                                                        const struct socket_facts* facts,
+                                                        const struct packet* packet, __u8 direction) {
+    struct flow_key key = {.socket = state->id,
+                           .remote_port = packet->ends.remote_port,
+                           .protocol = facts->protocol,
+                           .version = packet->version};
+    __builtin_memcpy(key.remote, packet->ends.remote, sizeof(key.remote));
+    struct tracked_flow* flow = bpf_map_lookup_elem(&flows, &key);
+    if (flow || state->new_flows >= MAX_NEW_FLOWS) {
+        return flow;
+    }
+    ++state->new_flows;
+    struct tracked_flow fresh = {};
+    fresh.flow.ends = packet->ends;
+    begin_flow(&fresh.flow, state, facts, packet->version, direction);
+    bpf_map_update_elem(&flows, &key, &fresh, BPF_NOEXIST);
+    return bpf_map_lookup_elem(&flows, &key);
+}
+
+/** Counts a packet for its peer's flow. */
+static __always_inline void count_peer(struct socket_state* state, const struct socket_facts* facts,
+                                       const struct packet* packet, const struct amount* amount,
+                                       enum way way) {
+    struct tracked_flow* flow = &state->flow;
+    const __u8 direction = way == SENT ? DIRECTION_OUTPUT : DIRECTION_INPUT;
+    if (state->kind == KIND_PACKET || (flow->flow.id && !same_peer(&flow->flow, packet))) {
+        flow = flow_beside(state, facts, packet, direction);
+        if (!flow) {
+            LOSE(flows, 1);
+            count_rest(state->executable, rest_class(facts->domain, facts->protocol), amount, way);
+            return;
+        }
+        flow->flow.executable = state->executable;
+        flow->flow.grade = state->grade;
+    } else if (!flow->flow.id) {
+        flow->flow.ends = packet->ends;
+        begin_flow(&flow->flow, state, facts, packet->version, direction);
+    }
+    count(&flow->flow, way, amount);
+}
+
+static __noinline int count_any_datagram(struct __sk_buff* skb, struct bpf_sock* sk,
+                                         struct socket_state* state, enum way way) {
+    struct packet packet = {};
+    if (!read_packet(skb, read_from_cgroup_skb, way, &packet)) {
+        LOSE(packets, 1);
+        return 0;
+    }
+    if (state->kind == KIND_RAW && way == RECEIVED && !is_meant_for(state, skb, &packet)) {
+        return 0;
+    }
+    if (state->kind == KIND_RAW && way == SENT && is_echo_request(&packet)) {
+        state->echo = packet.echo;
+        state->has_echo = 1;
+    }
+    struct amount amount = amount_of(skb, packet.headers);
+    amount.wire += fragment_overhead(skb, &packet, way);
+    struct socket_facts facts = {.type = sk->type, .domain = sk->family, .protocol = packet.protocol};
+    count_peer(state, &facts, &packet, &amount, way);
+    return 0;
+}
+
+/** Bytes of the headers of a whole UDP packet without options to or from the peer of the flow in place; else 0. */
+static __always_inline __u32 headers_in_place(struct __sk_buff* skb, const struct flow* flow, enum way way) {
+    const __u8* data = (void*)(long)skb->data;
+    const __u8* end = (void*)(long)skb->data_end;
+    if (flow->version == 4) {
+        if (data + IPV4_BYTES + UDP_BYTES > end || data[0] != 0x45 || data[9] != IPPROTO_UDP) {
+            return 0;
+        }
+        const __u8* port = data + IPV4_BYTES + (way == SENT ? 2 : 0);
+        const __u8* remote = data + (way == SENT ? 16 : 12);
+        return *(const __u32*)remote == *(const __u32*)flow->ends.remote &&
+                       port_at(port) == flow->ends.remote_port
+                   ? IPV4_BYTES + UDP_BYTES
+                   : 0;
+    }
+    if (data + IPV6_BYTES + UDP_BYTES > end || data[0] >> 4 != 6 || data[6] != IPPROTO_UDP) {
+        return 0;
+    }
+    const __u8* port = data + IPV6_BYTES + (way == SENT ? 2 : 0);
+    const __u64* remote = (const __u64*)(data + (way == SENT ? 24 : 8));
+    const __u64* peer = (const __u64*)flow->ends.remote;
+    return remote[0] == peer[0] && remote[1] == peer[1] && port_at(port) == flow->ends.remote_port
+               ? IPV6_BYTES + UDP_BYTES
+               : 0;
+}
+
+static __always_inline void count_datagram(struct __sk_buff* skb, struct bpf_sock* sk,
+                                           struct socket_state* state, enum way way) {
+    struct flow* flow = &state->flow.flow;
+    __u32 headers = flow->id && state->kind == KIND_DATAGRAM ? headers_in_place(skb, flow, way) : 0;
+    if (!headers || skb->len > SMALLEST_MTU) {
+        count_any_datagram(skb, sk, state, way);
+        return;
+    }
+    struct amount amount = {.wire = skb->len, .payload = skb->len - headers};
+    count(flow, way, &amount);
+}
+
+/** The kernel's own packets. It takes echo requests without showing them, and answers with as many bytes. */
+static __noinline int count_control(struct __sk_buff* skb, struct bpf_sock* sk, enum way way) {
+    struct packet packet = {};
+    if (!read_packet(skb, read_from_cgroup_skb, way, &packet)) {
+        LOSE(packets, 1);
+        return 0;
+    }
+    struct amount amount = amount_of(skb, packet.headers);
+    amount.wire += fragment_overhead(skb, &packet, way);
+    __u32 class = rest_class(sk->family, packet.protocol);
+    count_rest(EXECUTABLE_KERNEL, class, &amount, way);
+    if (way == SENT && is_echo_reply(&packet)) {
+        count_rest(EXECUTABLE_KERNEL, class, &amount, RECEIVED);
+    }
+    return 0;
+}
+
+SEC("cgroup/sock_release")
+int on_release(struct bpf_sock* sk) {
+    struct socket_state* state = bpf_sk_storage_get(&sockets, sk, 0, 0);
+    if (!state) {
+        return 1;
+    }
+    if (state->grade != OWNER_SURE) {
+        note_heir(state);  // accepted or inherited, and closed without a byte
+    }
+    if (state->kind == KIND_DATAGRAM || state->kind == KIND_RAW) {
+        end_flow(&state->flow, netns_of(kernel_address(sk)));
+    }
+    return 1;
+}

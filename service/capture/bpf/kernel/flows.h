@@ -1,0 +1,135 @@
+/* SPDX-License-Identifier: GPL-3.0-or-later */
+/* Counting: flows begin, grow, are told of, and end. */
+#pragma once
+
+static __always_inline void add(struct amount* sum, const struct amount* amount) {
+    __sync_fetch_and_add(&sum->wire, amount->wire);
+    if (amount->payload) {
+        __sync_fetch_and_add(&sum->payload, amount->payload);
+    }
+}
+
+static __always_inline void count(struct flow* flow, enum way way, const struct amount* amount) {
+    add(way == SENT ? &flow->sent : &flow->received, amount);
+}
+
+/** Counts what has no flow of its own. */
+static __noinline int count_rest(__u64 executable, __u32 domain_and_protocol, const struct amount* amount,
+                                 enum way way) {
+    if (!amount || !amount->wire) {
+        return 0;
+    }
+    __u16 domain = domain_and_protocol >> 16;
+    __u16 protocol = domain_and_protocol;
+    struct rest_key key = {.executable = executable, .protocol = protocol, .domain = domain};
+    struct tracked_flow* rest = bpf_map_lookup_elem(&rests, &key);
+    if (!rest) {
+        struct tracked_flow fresh = {};
+        fresh.flow.id = new_id();
+        fresh.flow.executable = executable;
+        fresh.flow.opened = bpf_ktime_get_ns();
+        fresh.flow.protocol = protocol;
+        fresh.flow.domain = domain;
+        fresh.flow.type = protocol == IPPROTO_TCP ? SOCK_STREAM : SOCK_RAW;
+        fresh.flow.grade = OWNER_SURE;
+        fresh.flow.direction = DIRECTION_UNDEFINED;
+        bpf_map_update_elem(&rests, &key, &fresh, BPF_NOEXIST);
+        rest = bpf_map_lookup_elem(&rests, &key);
+    }
+    if (rest) {
+        count(&rest->flow, way, amount);
+    } else {
+        LOSE(bytes, amount->wire);
+    }
+    return 0;
+}
+
+static __always_inline __u32 rest_class(__u16 domain, __u16 protocol) {
+    return (__u32)domain << 16 | protocol;
+}
+
+static __always_inline struct amount since(struct amount now, const struct amount* told) {
+    struct amount amount = {now.wire - told->wire, now.payload - told->payload};
+    return amount;
+}
+
+/** Makes `told` hold what happened since the flow was told of; returns the wire bytes of it. */
+static __always_inline __u64 whats_new(const struct tracked_flow* tracked, struct flow* told) {
+    *told = tracked->flow;
+    told->received = since(told->received, &tracked->told_received);
+    told->sent = since(told->sent, &tracked->told_sent);
+    return told->received.wire + told->sent.wire;
+}
+
+static __always_inline void mark_told(struct tracked_flow* tracked, const struct flow* told) {
+    tracked->told_received.wire += told->received.wire;
+    tracked->told_received.payload += told->received.payload;
+    tracked->told_sent.wire += told->sent.wire;
+    tracked->told_sent.payload += told->sent.payload;
+}
+
+static __always_inline int was_told(const struct tracked_flow* tracked) {
+    return tracked->told_received.wire + tracked->told_sent.wire != 0;
+}
+
+/** Tells at once of a flow that ends or passes into other hands. With the ring full its bytes go to the rest. */
+static __noinline int tell(struct tracked_flow* tracked, enum flow_end ended) {
+    struct flow told;
+    if (!tracked || (!whats_new(tracked, &told) && !(ended && was_told(tracked)))) {
+        return 0;
+    }
+    told.ended = ended;
+    if (bpf_ringbuf_output(&events, &told, sizeof(told), BPF_RB_NO_WAKEUP)) {
+        LOSE(events, 1);
+        __u32 class = rest_class(told.domain, told.protocol);
+        count_rest(told.executable, class, &told.received, RECEIVED);
+        count_rest(told.executable, class, &told.sent, SENT);
+    }
+    mark_told(tracked, &told);
+    return 0;
+}
+
+/** What a socket is to its flows; read from its storage and from the socket itself. */
+struct socket_facts {
+    __u32 type;
+    __u32 domain;
+    __u32 protocol;
+};
+
+static __always_inline void begin_flow(struct flow* flow, const struct socket_state* state,
+                                       const struct socket_facts* facts, __u8 version, __u8 direction) {
+    flow->socket = state->id;
+    flow->executable = state->executable;
+    flow->grade = state->grade;
+    flow->opened = bpf_ktime_get_ns();
+    flow->protocol = facts->protocol;
+    flow->domain = facts->domain;
+    flow->type = facts->type;
+    flow->version = version;
+    flow->direction = direction;
+    flow->id = new_id();
+}
+
+static __always_inline void remember_past(const struct flow* flow, __u32 netns) {
+    struct past_key key = {.netns = netns, .protocol = flow->protocol, .ends = flow->ends};
+    struct past past = {
+        .id = flow->id,
+        .socket = flow->socket,
+        .executable = flow->executable,
+        .opened = flow->opened,
+        .domain = flow->domain,
+        .type = flow->type,
+        .direction = flow->direction,
+    };
+    bpf_map_update_elem(&pasts, &key, &past, BPF_ANY);
+}
+
+/** Ends the flow in a socket's storage, whose place is free then. */
+static __always_inline void end_flow(struct tracked_flow* tracked, __u32 netns) {
+    if (!tracked->flow.id) {
+        return;
+    }
+    tell(tracked, FLOW_ENDED);
+    remember_past(&tracked->flow, netns);
+    __builtin_memset(tracked, 0, sizeof(*tracked));
+}

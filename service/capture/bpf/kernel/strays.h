@@ -1,0 +1,131 @@
+/* SPDX-License-Identifier: GPL-3.0-or-later */
+/*
+ * Packets that pass the control groups by: those for sockets that are gone or in TIME_WAIT, those for no socket at
+ * all, and those of packet sockets, which enter below IP.
+ */
+#pragma once
+
+static __always_inline int is_ip(__be16 protocol) {
+    return protocol == bpf_htons(ETH_P_IP) || protocol == bpf_htons(ETH_P_IPV6);
+}
+
+/** Reads a packet that has no control group's view; 0 when it is no IP packet. */
+static __always_inline int read_stray(const struct sk_buff* buffer, enum way way, struct packet* packet,
+                                      __u32* length) {
+    unsigned char* header = buffer->head + buffer->network_header;
+    *length = buffer->len - (__u32)(header - buffer->data);
+    return read_packet(header, read_from_buffer, way, packet);
+}
+
+static __always_inline struct amount stray_amount(const struct packet* packet, __u32 length) {
+    struct amount amount = {
+        .wire = length,
+        .payload = length > packet->headers ? length - packet->headers : 0,
+    };
+    return amount;
+}
+
+/** Tells of a packet that came too late for its flow; false when nobody has had such a flow lately. */
+static __always_inline int count_late(const struct packet* packet, __u32 netns, const struct amount* amount,
+                                      enum way way) {
+    struct past_key key = {.netns = netns, .protocol = packet->protocol, .ends = packet->ends};
+    struct past* past = bpf_map_lookup_elem(&pasts, &key);
+    if (!past) {
+        return 0;
+    }
+    struct tracked_flow late = {};
+    late.flow.id = past->id;
+    late.flow.socket = past->socket;
+    late.flow.executable = past->executable;
+    late.flow.opened = past->opened;
+    late.flow.ends = packet->ends;
+    late.flow.protocol = packet->protocol;
+    late.flow.domain = past->domain;
+    late.flow.version = packet->version;
+    late.flow.type = past->type;
+    late.flow.grade = OWNER_SURE;
+    late.flow.direction = past->direction;
+    count(&late.flow, way, amount);
+    tell(&late, FLOW_LATE);
+    return 1;
+}
+
+static __always_inline __u16 domain_of(const struct packet* packet) {
+    return packet->version == 4 ? AF_INET : AF_INET6;
+}
+
+/** A packet that came in and that no socket took. */
+SEC("tp_btf/kfree_skb")
+int BPF_PROG(on_drop, struct sk_buff* buffer, void* location, enum skb_drop_reason reason,
+             struct sock* receiver) {
+    const int nobody = reason == bpf_core_enum_value(enum skb_drop_reason, SKB_DROP_REASON_NO_SOCKET);
+    if (!is_ip(buffer->protocol) || (!nobody && !receiver)) {
+        return 0;
+    }
+    if (receiver && BPF_CORE_READ(receiver, __sk_common.skc_state) != TCP_TIME_WAIT) {
+        return 0;  // counted on its way to the socket
+    }
+    struct packet packet = {};
+    __u32 length = 0;
+    if (!read_stray(buffer, RECEIVED, &packet, &length)) {
+        return 0;
+    }
+    struct amount amount = stray_amount(&packet, length);
+    __u32 netns = BPF_CORE_READ(buffer, dev, nd_net.net, ns.inum);
+    if (!count_late(&packet, netns, &amount, RECEIVED) && nobody) {
+        count_rest(EXECUTABLE_KERNEL, rest_class(domain_of(&packet), packet.protocol), &amount, RECEIVED);
+    }
+    return 0;
+}
+
+static __always_inline void count_frame(const struct packet* packet, struct sock* sk,
+                                        const struct amount* amount) {
+    struct socket_state* state = bpf_sk_storage_get(&sockets, sk, 0, BPF_SK_STORAGE_GET_F_CREATE);
+    if (!state) {
+        LOSE(sockets, 1);
+        LOSE(bytes, amount->wire);
+        return;
+    }
+    if (!state->id) {
+        state->kind = KIND_PACKET;
+        state->id = new_id();
+        note_heir(state);  // it runs in the sender's context, unless the device's queue was full
+    }
+    struct socket_facts facts = {.type = SOCK_RAW, .domain = domain_of(packet), .protocol = packet->protocol};
+    count_peer(state, &facts, packet, amount, SENT);
+}
+
+/** Whether a device hands on to another one, where the same packet shows again. */
+static __always_inline int is_stacked(const struct net_device* device) {
+    struct list_head* lower = (void*)&device->adj_list.lower;
+    return lower->next != lower;
+}
+
+/** Every packet that leaves: of interest are those of packet sockets, and those sent on behalf of a past socket. */
+SEC("tp_btf/net_dev_start_xmit")
+int BPF_PROG(on_transmit, const struct sk_buff* buffer, const struct net_device* device) {
+    struct sock* sk = buffer->sk;
+    if (!sk) {
+        return 0;
+    }
+    const int from_packet_socket = sk->__sk_common.skc_family == AF_PACKET;
+    const int in_time_wait = sk->__sk_common.skc_state == TCP_TIME_WAIT;
+    if ((!from_packet_socket && !in_time_wait) || !is_ip(buffer->protocol) || is_stacked(device)) {
+        return 0;
+    }
+    struct packet packet = {};
+    __u32 length = 0;
+    if (!read_stray(buffer, SENT, &packet, &length)) {
+        return 0;
+    }
+    struct amount amount = stray_amount(&packet, length);
+    if (from_packet_socket) {
+        count_frame(&packet, sk, &amount);
+        return 0;
+    }
+    __u32 netns = BPF_CORE_READ(device, nd_net.net, ns.inum);
+    if (!count_late(&packet, netns, &amount, SENT)) {
+        count_rest(EXECUTABLE_KERNEL, rest_class(domain_of(&packet), packet.protocol), &amount, SENT);
+    }
+    return 0;
+}

@@ -1,0 +1,182 @@
+/* SPDX-License-Identifier: GPL-3.0-or-later */
+/* TCP: the packets of connections and of listeners, and the states that a connection goes through. */
+#pragma once
+
+#define TCP_SYN_SENT 2
+#define TCP_FIN_WAIT1 4
+#define TCP_FIN_WAIT2 5
+#define TCP_TIME_WAIT 6
+#define TCP_CLOSE 7
+#define TCP_LISTEN 10
+#define TCP_CLOSING 11
+
+#define TCP_BYTES 20
+
+/** Bytes of IP and TCP headers where they stand as they nearly always do; else 0. */
+static __always_inline __u32 plain_stream_headers(struct __sk_buff* skb) {
+    const __u8* data = (void*)(long)skb->data;
+    const __u8* end = (void*)(long)skb->data_end;
+    if (data + IPV4_BYTES + TCP_BYTES > end) {
+        return 0;
+    }
+    if (data[0] == 0x45) {  // version 4, five words
+        return IPV4_BYTES + (data[IPV4_BYTES + 12] >> 4) * 4;
+    }
+    if (data[0] >> 4 != 6 || data[6] != IPPROTO_TCP || data + IPV6_BYTES + TCP_BYTES > end) {
+        return 0;
+    }
+    return IPV6_BYTES + (data[IPV6_BYTES + 12] >> 4) * 4;
+}
+
+/** The same for any packet. */
+static __noinline __u32 stream_headers(struct __sk_buff* skb) {
+    struct packet packet = {};
+    return read_packet(skb, read_from_cgroup_skb, SENT, &packet) ? packet.headers : 0;
+}
+
+/** A socket that a listener begot has its storage, which makes it its own now. */
+static __always_inline void leave_listener(struct socket_state* state) {
+    state->parent = state->id;
+    state->id = new_id();
+    state->kind = KIND_STREAM;
+    state->direction = DIRECTION_INPUT;
+    state->grade = state->grade > OWNER_LIKELY ? OWNER_LIKELY : state->grade;
+}
+
+static __always_inline void take_handshake(struct socket_state* state, struct flow* flow) {
+    struct handshake_key key = {.listener = state->parent, .remote_port = flow->ends.remote_port};
+    __builtin_memcpy(key.local, flow->ends.local, sizeof(key.local));
+    __builtin_memcpy(key.remote, flow->ends.remote, sizeof(key.remote));
+    state->parent = 0;
+    struct handshake* found = bpf_map_lookup_elem(&handshakes, &key);
+    if (!found) {
+        return;
+    }
+    struct handshake handshake = *found;
+    if (bpf_map_delete_elem(&handshakes, &key) == 0) {
+        add(&flow->received, &handshake.received);
+        add(&flow->sent, &handshake.sent);
+        flow->opened = handshake.opened;
+    }
+}
+
+/** The socket's own ends: address translation may have changed the packet's. */
+static __always_inline void ends_of(struct bpf_sock* sk, __u8 version, struct endpoints* ends) {
+    ends->local_port = sk->src_port;
+    ends->remote_port = bpf_ntohs(sk->dst_port);
+    __u32* local = (__u32*)ends->local;
+    __u32* remote = (__u32*)ends->remote;
+    if (version == 4) {
+        local[0] = sk->src_ip4;
+        remote[0] = sk->dst_ip4;
+        return;
+    }
+    local[0] = sk->src_ip6[0];
+    local[1] = sk->src_ip6[1];
+    local[2] = sk->src_ip6[2];
+    local[3] = sk->src_ip6[3];
+    remote[0] = sk->dst_ip6[0];
+    remote[1] = sk->dst_ip6[1];
+    remote[2] = sk->dst_ip6[2];
+    remote[3] = sk->dst_ip6[3];
+}
+
+static __always_inline __u8 version_of(struct __sk_buff* skb) {
+    return skb->protocol == bpf_htons(ETH_P_IPV6) ? 6 : 4;
+}
+
+static __noinline int begin_stream(struct __sk_buff* skb, struct bpf_sock* sk, struct socket_state* state) {
+    struct flow* flow = &state->flow.flow;
+    struct socket_facts facts = {.type = SOCK_STREAM, .domain = sk->family, .protocol = IPPROTO_TCP};
+    __u8 version = version_of(skb);
+    ends_of(sk, version, &flow->ends);
+    begin_flow(flow, state, &facts, version, state->direction);
+    if (state->parent) {
+        take_handshake(state, flow);
+    }
+    return 0;
+}
+
+/** Counts a packet at a listener for the connection that it may lead to. */
+static __noinline int count_handshake(struct __sk_buff* skb, struct bpf_sock* sk, struct socket_state* state,
+                                      enum way way) {
+    struct packet packet = {};
+    if (!read_packet(skb, read_from_cgroup_skb, way, &packet)) {
+        LOSE(packets, 1);
+        return 0;
+    }
+    struct amount amount = amount_of(skb, packet.headers);
+    struct handshake_key key = {.listener = state->id, .remote_port = packet.ends.remote_port};
+    __builtin_memcpy(key.local, packet.ends.local, sizeof(key.local));
+    __builtin_memcpy(key.remote, packet.ends.remote, sizeof(key.remote));
+    struct handshake* handshake = bpf_map_lookup_elem(&handshakes, &key);
+    if (!handshake) {
+        struct handshake fresh = {
+            .executable = state->executable, .opened = bpf_ktime_get_ns(), .domain = sk->family};
+        bpf_map_update_elem(&handshakes, &key, &fresh, BPF_NOEXIST);
+        handshake = bpf_map_lookup_elem(&handshakes, &key);
+    }
+    if (handshake) {
+        add(way == SENT ? &handshake->sent : &handshake->received, &amount);
+        return 0;
+    }
+    LOSE(handshakes, 1);
+    count_rest(state->executable, rest_class(sk->family, IPPROTO_TCP), &amount, way);
+    return 0;
+}
+
+static __always_inline void count_stream(struct __sk_buff* skb, struct bpf_sock* sk,
+                                         struct socket_state* state, enum way way) {
+    if (state->kind == KIND_LISTENER) {
+        if (sk->state == TCP_LISTEN) {
+            count_handshake(skb, sk, state, way);
+            return;
+        }
+        leave_listener(state);
+    }
+    __u32 headers = plain_stream_headers(skb);
+    if (!headers) {
+        headers = stream_headers(skb);
+    }
+    if (!state->flow.flow.id) {
+        begin_stream(skb, sk, state);
+    }
+    struct amount amount = amount_of(skb, headers);
+    count(&state->flow.flow, way, &amount);
+}
+
+static __always_inline __u32 netns_of(struct sock* sk) {
+    return BPF_CORE_READ(sk, __sk_common.skc_net.net, ns.inum);
+}
+
+SEC("tp_btf/inet_sock_set_state")
+int BPF_PROG(on_state, struct sock* sk, int before, int after) {
+    if (sk->sk_protocol != IPPROTO_TCP ||
+        (after != TCP_SYN_SENT && after != TCP_LISTEN && after != TCP_CLOSE)) {
+        return 0;
+    }
+    struct socket_state* state = state_of(sk);
+    if (!state) {
+        return 0;
+    }
+    if (after == TCP_CLOSE) {
+        state->flow.flow.lingers =
+            before == TCP_FIN_WAIT1 || before == TCP_FIN_WAIT2 || before == TCP_CLOSING;
+        return 0;
+    }
+    end_flow(&state->flow, netns_of(sk));  // connected before, then disconnected
+    state->parent = 0;
+    note_user(state);
+    state->kind = after == TCP_LISTEN ? KIND_LISTENER : KIND_STREAM;
+    state->direction = after == TCP_LISTEN ? DIRECTION_INPUT : DIRECTION_OUTPUT;
+    return 0;
+}
+
+SEC("tp_btf/tcp_destroy_sock")
+int BPF_PROG(on_destroy, struct sock* sk) {
+    struct socket_state* state = bpf_sk_storage_get(&sockets, sk, 0, 0);
+    if (state) {
+        end_flow(&state->flow, netns_of(sk));
+    }
+    return 0;
+}

@@ -1,0 +1,84 @@
+/* SPDX-License-Identifier: GPL-3.0-or-later */
+/* Reading the tables: the daemon reads these iterators once a second, and gets `struct flow` after `struct flow`. */
+#pragma once
+
+/** Readings for which a flow waits for a sure owner: accepted by one process, it may be served by another. */
+#define MAX_WAIT 3
+
+/** Readings without a byte after which a flow without an end of its own has ended. */
+#define QUIET_READINGS 60
+
+/** Longer than a handshake takes whose packets were lost once or twice. Later ones are counted anew. */
+#define MAX_HANDSHAKE_NS (10 * 1000000000ull)
+
+/** Tells of what is new; 1 when the flow has ended by its quiet. A full page is written again from the start. */
+static __always_inline int report(struct seq_file* sequence, struct tracked_flow* tracked,
+                                  int ends_by_quiet) {
+    struct flow told;
+    if (!whats_new(tracked, &told)) {
+        const __u32 quiet = tracked->quiet + 1;
+        told.ended = ends_by_quiet && quiet >= QUIET_READINGS;
+        if (told.ended && bpf_seq_write(sequence, &told, sizeof(told))) {
+            return 0;
+        }
+        tracked->quiet = quiet;
+        return told.ended;
+    }
+    tracked->quiet = 0;
+    if (told.grade != OWNER_SURE && tracked->waited < MAX_WAIT) {
+        ++tracked->waited;
+        return 0;
+    }
+    if (bpf_seq_write(sequence, &told, sizeof(told)) == 0) {
+        mark_told(tracked, &told);
+    }
+    return 0;
+}
+
+SEC("iter/bpf_sk_storage_map")
+int read_sockets(struct bpf_iter__bpf_sk_storage_map* context) {
+    struct socket_state* state = context->value;
+    if (!state) {
+        return 0;
+    }
+    ++occupancy.sockets;
+    state->new_flows = 0;
+    const int ends_by_quiet = state->kind != KIND_STREAM;
+    if (state->flow.flow.id && report(context->meta->seq, &state->flow, ends_by_quiet)) {
+        __builtin_memset(&state->flow, 0, sizeof(state->flow));
+    }
+    return 0;
+}
+
+/** For `flows` and `rests`. The daemon takes those that ended out of the former. */
+SEC("iter/bpf_map_elem")
+int read_flows(struct bpf_iter__bpf_map_elem* context) {
+    struct tracked_flow* tracked = context->value;
+    if (tracked) {
+        ++occupancy.flows;
+        report(context->meta->seq, tracked, tracked->flow.socket != 0);
+    }
+    return 0;
+}
+
+/** Handshakes that lead to nothing: their bytes go to the listener's rest, their keys to the daemon, to take out. */
+SEC("iter/bpf_map_elem")
+int read_handshakes(struct bpf_iter__bpf_map_elem* context) {
+    const struct handshake_key* key = context->key;
+    struct handshake* handshake = context->value;
+    if (!key || !handshake) {
+        return 0;
+    }
+    ++occupancy.handshakes;
+    if (bpf_ktime_get_ns() - handshake->opened < MAX_HANDSHAKE_NS) {
+        return 0;
+    }
+    if (bpf_seq_write(context->meta->seq, (void*)key, sizeof(*key)) == 0) {
+        struct amount received = handshake->received;
+        struct amount sent = handshake->sent;
+        __builtin_memset(&handshake->received, 0, 2 * sizeof(struct amount));
+        count_rest(handshake->executable, rest_class(handshake->domain, IPPROTO_TCP), &received, RECEIVED);
+        count_rest(handshake->executable, rest_class(handshake->domain, IPPROTO_TCP), &sent, SENT);
+    }
+    return 0;
+}

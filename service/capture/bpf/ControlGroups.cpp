@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <mntent.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 
 #include <cstdio>
@@ -20,24 +21,47 @@ struct MountsCloser {
     void operator()(std::FILE* mounts) const { ::endmntent(mounts); }
 };
 
-}  // namespace
+bool isRoot(const FileDescriptor& group) {
+    struct stat status {};
+    return group.isValid() && ::fstat(group.get(), &status) == 0 && status.st_ino == rootInode;
+}
 
-FileDescriptor openRootControlGroup(std::string& error) {
+/** Where the control groups are mounted; invalid when that is nowhere to be seen, or only a part of them. */
+FileDescriptor openMounted() {
     const std::unique_ptr<std::FILE, MountsCloser> mounts(::setmntent("/proc/self/mounts", "re"));
-    error = "no control groups of version 2 are mounted";
     while (const mntent* const mount = mounts ? ::getmntent(mounts.get()) : nullptr) {
         if (std::strcmp(mount->mnt_type, "cgroup2") != 0) {
             continue;
         }
         FileDescriptor group(::open(mount->mnt_dir, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        struct stat status {};
-        if (group.isValid() && ::fstat(group.get(), &status) == 0 && status.st_ino == rootInode) {
-            error.clear();
+        if (isRoot(group)) {
             return group;
         }
-        error = "the root of the control groups is not to be seen from here";
     }
     return FileDescriptor();
+}
+
+/** A mount that nobody else sees; it needs CAP_SYS_ADMIN. */
+FileDescriptor mountForOneself() {
+    const FileDescriptor context(::fsopen("cgroup2", FSOPEN_CLOEXEC));
+    if (!context.isValid() || ::fsconfig(context.get(), FSCONFIG_CMD_CREATE, nullptr, nullptr, 0) != 0) {
+        return FileDescriptor();
+    }
+    return FileDescriptor(::fsmount(context.get(), FSMOUNT_CLOEXEC, 0));
+}
+
+}  // namespace
+
+FileDescriptor openRootControlGroup(std::string& error) {
+    FileDescriptor group = openMounted();
+    if (!group.isValid()) {
+        group = mountForOneself();
+    }
+    if (!isRoot(group)) {
+        error = "the root of the control groups (version 2) is not to be seen from here";
+        return FileDescriptor();
+    }
+    return group;
 }
 
 }  // namespace service

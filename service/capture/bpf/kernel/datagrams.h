@@ -177,10 +177,10 @@ int on_release(struct bpf_sock* sk) {
         return 1;
     }
     if (state->grade != OWNER_SURE) {
-        note_heir(state);  // accepted or inherited, and closed without a byte
+        note_heir(state, kernel_address(sk));  // accepted or inherited, and closed without a byte
     }
     if (state->kind == KIND_DATAGRAM || state->kind == KIND_RAW) {
-        end_flow(&state->flow, netns_of(kernel_address(sk)));
+        end_flow(state, kernel_address(sk));
     }
     return 1;
 }

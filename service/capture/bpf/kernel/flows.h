@@ -124,12 +124,38 @@ static __always_inline void remember_past(const struct flow* flow, __u32 netns) 
     bpf_map_update_elem(&pasts, &key, &past, BPF_ANY);
 }
 
+/** What a TCP socket gave to and took from its program, without what it had to send again; for any pointer to it. */
+static __always_inline void read_payload(void* sk, __u64* received, __u64* sent) {
+    struct tcp_sock* tcp = sk;
+    struct sock* address = sk;
+    const int has_fin =
+        BPF_CORE_READ(address, __sk_common.skc_flags) >> bpf_core_enum_value(enum sock_flags, SOCK_DONE) & 1;
+    *received = BPF_CORE_READ(tcp, bytes_received) - has_fin;  // which TCP counts as if it were a byte
+    *sent = BPF_CORE_READ(tcp, bytes_sent) - BPF_CORE_READ(tcp, bytes_retrans);
+}
+
+/** Brings the payload of the flow in a socket's storage up to date: TCP keeps count of it itself. */
+static __always_inline void refresh_payload(struct socket_state* state, void* sk) {
+    __u64 received = 0;
+    __u64 sent = 0;
+    if (state->kind == KIND_STREAM && state->flow.flow.id) {
+        read_payload(sk, &received, &sent);
+        state->flow.flow.received.payload = received - state->received_before;
+        state->flow.flow.sent.payload = sent - state->sent_before;
+    }
+}
+
 /** Ends the flow in a socket's storage, whose place is free then. */
-static __always_inline void end_flow(struct tracked_flow* tracked, __u32 netns) {
+static __always_inline void end_flow(struct socket_state* state, void* sk) {
+    struct tracked_flow* tracked = &state->flow;
+    struct sock* address = sk;
     if (!tracked->flow.id) {
         return;
     }
+    refresh_payload(state, sk);
     tell(tracked, FLOW_ENDED);
-    remember_past(&tracked->flow, netns);
+    if (tracked->flow.protocol == IPPROTO_TCP || tracked->flow.protocol == IPPROTO_UDP) {
+        remember_past(&tracked->flow, BPF_CORE_READ(address, __sk_common.skc_net.net, ns.inum));
+    }
     __builtin_memset(tracked, 0, sizeof(*tracked));
 }

@@ -28,7 +28,11 @@ struct socket_state {
     __u8 kind;
     __u8 grade;
     __u8 direction;
+    __u8 is_new; /* was seen before it moved anything */
     __u8 has_echo;
+    __u8 unused[3];
+    __u64 received_before; /* payload of a TCP socket that is older than its flow */
+    __u64 sent_before;
     __u16 echo;      /* identifier of the echo requests that it sends, network order */
     __u16 new_flows; /* since the latest reading of the tables */
     struct tracked_flow flow;

@@ -6,13 +6,14 @@ static __always_inline int same_image(const struct image* left, const struct ima
     return left->started == right->started && left->process == right->process && left->execs == right->execs;
 }
 
-/** Makes the process that runs the owner. Bytes so far stay with the owner before, if that one was sure. */
-static __always_inline void own(struct socket_state* state, const struct image* image, __u8 grade) {
+/** Makes the process that runs the owner of a socket that the kernel knows at `sk`. Bytes so far stay with the owner before, if that one was sure. */
+static __always_inline void own(struct socket_state* state, void* sk, const struct image* image, __u8 grade) {
     __u64 executable = current_executable(image);
     if (executable == EXECUTABLE_UNKNOWN) {
         return;  // it is ending, and the owner before is the better guess
     }
     if (state->flow.flow.id && state->grade == OWNER_SURE && state->executable != executable) {
+        refresh_payload(state, sk);
         tell(&state->flow, FLOW_LIVES);
     }
     state->image = *image;
@@ -22,30 +23,30 @@ static __always_inline void own(struct socket_state* state, const struct image* 
     state->flow.flow.grade = grade;
 }
 
-static __noinline int own_surely(struct socket_state* state) {
+static __noinline int own_surely(struct socket_state* state, void* sk) {
     struct image image = {};
     if (!state) {
         return 0;
     }
     image_of(bpf_get_current_task_btf(), &image);
-    own(state, &image, OWNER_SURE);
+    own(state, sk, &image, OWNER_SURE);
     return 0;
 }
 
 /** As `own_surely`, at the price of a comparison when nothing changes. */
-static __always_inline void note_user(struct socket_state* state) {
+static __always_inline void note_user(struct socket_state* state, void* sk) {
     struct image image = {};
     image_of(bpf_get_current_task_btf(), &image);
     if (state->grade != OWNER_SURE || !same_image(&state->image, &image)) {
-        own_surely(state);
+        own_surely(state, sk);
     }
 }
 
-static __always_inline void note_heir(struct socket_state* state) {
+static __always_inline void note_heir(struct socket_state* state, void* sk) {
     struct image image = {};
     image_of(bpf_get_current_task_btf(), &image);
     if (state->grade != OWNER_SURE) {
-        own(state, &image, OWNER_LIKELY);
+        own(state, sk, &image, OWNER_LIKELY);
     }
 }
 
@@ -93,7 +94,8 @@ SEC("cgroup/sock_create")
 int on_create(struct bpf_sock* sk) {
     struct socket_state* state = state_of_bpf_sock(sk);
     if (state) {
-        note_heir(state);
+        state->is_new = 1;
+        note_heir(state, kernel_address(sk));
     }
     return 1;
 }
@@ -103,7 +105,7 @@ static __always_inline int on_address(struct bpf_sock_addr* context) {
     struct bpf_sock* sk = context->sk;
     struct socket_state* state = sk ? state_of_bpf_sock(sk) : 0;
     if (state) {
-        note_user(state);
+        note_user(state, kernel_address(sk));
     }
     return 1;
 }
@@ -135,7 +137,7 @@ static __always_inline int on_transfer(struct sock* sk) {
     }
     struct socket_state* state = state_of(sk);
     if (state) {
-        note_user(state);
+        note_user(state, sk);
     }
     return 0;
 }

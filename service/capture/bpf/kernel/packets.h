@@ -159,16 +159,19 @@ static __always_inline __u32 segments_of(struct __sk_buff* skb, __u32 payload) {
     return segments ? segments : 1;
 }
 
+/** Bytes of the headers that the pieces of a packet carry beyond its own. */
+static __always_inline __u32 repeated_headers(struct __sk_buff* skb, __u32 headers) {
+    __u32 length = skb->len;
+    __u32 segments = segments_of(skb, length > headers ? length - headers : 0);
+    return (segments - 1) * headers;
+}
+
 static __always_inline struct amount amount_of(struct __sk_buff* skb, __u32 headers) {
     __u32 length = skb->len;
     struct amount amount = {
-        .wire = length,
+        .wire = length + repeated_headers(skb, headers),
         .payload = length > headers ? length - headers : 0,
     };
-    __u32 segments = segments_of(skb, amount.payload);
-    if (segments > 1) {
-        amount.wire += (__u64)(segments - 1) * headers;
-    }
     return amount;
 }
 

@@ -32,7 +32,8 @@ int scan(struct bpf_iter__task_file* context) {
     if (!state) {
         return 0;
     }
-    struct listening_key port = {.netns = netns_of(sk), .port = BPF_CORE_READ(sk, __sk_common.skc_num)};
+    struct listening_key port = {.netns = BPF_CORE_READ(sk, __sk_common.skc_net.net, ns.inum),
+                                 .port = BPF_CORE_READ(sk, __sk_common.skc_num)};
     const __u8 tcp_state = BPF_CORE_READ(sk, __sk_common.skc_state);
     if (scan_pass == SCAN_OWNERS) {
         scan_owner(state, task, state->kind == KIND_STREAM && tcp_state == TCP_LISTEN, &port);

@@ -54,27 +54,34 @@ static __always_inline __u16 domain_of(const struct packet* packet) {
     return packet->version == 4 ? AF_INET : AF_INET6;
 }
 
+static __always_inline int is_icmp(const struct packet* packet) {
+    return packet->protocol == IPPROTO_ICMP || packet->protocol == IPPROTO_ICMPV6;
+}
+
+static __always_inline void count_late_or_kernels(const struct packet* packet, __u32 netns,
+                                                  const struct amount* amount, enum way way) {
+    if (!count_late(packet, netns, amount, way)) {
+        count_rest(EXECUTABLE_KERNEL, rest_class(domain_of(packet), packet->protocol), amount, way);
+    }
+}
+
 /** A packet that came in and that no socket took. */
 SEC("tp_btf/kfree_skb")
 int BPF_PROG(on_drop, struct sk_buff* buffer, void* location, enum skb_drop_reason reason,
              struct sock* receiver) {
-    const int nobody = reason == bpf_core_enum_value(enum skb_drop_reason, SKB_DROP_REASON_NO_SOCKET);
-    if (!is_ip(buffer->protocol) || (!nobody && !receiver)) {
-        return 0;
-    }
-    if (receiver && BPF_CORE_READ(receiver, __sk_common.skc_state) != TCP_TIME_WAIT) {
-        return 0;  // counted on its way to the socket
+    const int for_past = receiver && BPF_CORE_READ(receiver, __sk_common.skc_state) == TCP_TIME_WAIT;
+    const int for_nobody =
+        !receiver && reason == bpf_core_enum_value(enum skb_drop_reason, SKB_DROP_REASON_NO_SOCKET);
+    if ((!for_past && !for_nobody) || !is_ip(buffer->protocol)) {
+        return 0;  // what a socket dropped was counted on its way there
     }
     struct packet packet = {};
     __u32 length = 0;
-    if (!read_stray(buffer, RECEIVED, &packet, &length)) {
-        return 0;
+    if (!read_stray(buffer, RECEIVED, &packet, &length) || is_icmp(&packet)) {
+        return 0;  // an ICMP reply that no ping socket takes may well have been for a raw one
     }
     struct amount amount = stray_amount(&packet, length);
-    __u32 netns = BPF_CORE_READ(buffer, dev, nd_net.net, ns.inum);
-    if (!count_late(&packet, netns, &amount, RECEIVED) && nobody) {
-        count_rest(EXECUTABLE_KERNEL, rest_class(domain_of(&packet), packet.protocol), &amount, RECEIVED);
-    }
+    count_late_or_kernels(&packet, BPF_CORE_READ(buffer, dev, nd_net.net, ns.inum), &amount, RECEIVED);
     return 0;
 }
 
@@ -89,7 +96,7 @@ static __always_inline void count_frame(const struct packet* packet, struct sock
     if (!state->id) {
         state->kind = KIND_PACKET;
         state->id = new_id();
-        note_heir(state);  // it runs in the sender's context, unless the device's queue was full
+        note_heir(state, sk);  // it runs in the sender's context, unless the device's queue was full
     }
     struct socket_facts facts = {.type = SOCK_RAW, .domain = domain_of(packet), .protocol = packet->protocol};
     count_peer(state, &facts, packet, amount, SENT);
@@ -101,16 +108,21 @@ static __always_inline int is_stacked(const struct net_device* device) {
     return lower->next != lower;
 }
 
-/** Every packet that leaves: of interest are those of packet sockets, and those sent on behalf of a past socket. */
+/** What the kernel says for a socket that is gone or never was: a reset, or an acknowledgement from TIME_WAIT. */
+static __always_inline int is_for_past(const struct sk_buff* buffer, struct sock* sk) {
+    if (sk) {
+        return sk->__sk_common.skc_state == TCP_TIME_WAIT;
+    }
+    // Without a socket leave IPv6 resets, and what another machine sent and this one forwards.
+    return buffer->skb_iif == 0 && buffer->protocol == bpf_htons(ETH_P_IPV6);
+}
+
+/** Every packet that leaves: of interest are those that passed the control groups by. */
 SEC("tp_btf/net_dev_start_xmit")
 int BPF_PROG(on_transmit, const struct sk_buff* buffer, const struct net_device* device) {
     struct sock* sk = buffer->sk;
-    if (!sk) {
-        return 0;
-    }
-    const int from_packet_socket = sk->__sk_common.skc_family == AF_PACKET;
-    const int in_time_wait = sk->__sk_common.skc_state == TCP_TIME_WAIT;
-    if ((!from_packet_socket && !in_time_wait) || !is_ip(buffer->protocol) || is_stacked(device)) {
+    const int from_packet_socket = sk && sk->__sk_common.skc_family == AF_PACKET;
+    if ((!from_packet_socket && !is_for_past(buffer, sk)) || !is_ip(buffer->protocol) || is_stacked(device)) {
         return 0;
     }
     struct packet packet = {};
@@ -121,11 +133,8 @@ int BPF_PROG(on_transmit, const struct sk_buff* buffer, const struct net_device*
     struct amount amount = stray_amount(&packet, length);
     if (from_packet_socket) {
         count_frame(&packet, sk, &amount);
-        return 0;
-    }
-    __u32 netns = BPF_CORE_READ(device, nd_net.net, ns.inum);
-    if (!count_late(&packet, netns, &amount, SENT)) {
-        count_rest(EXECUTABLE_KERNEL, rest_class(domain_of(&packet), packet.protocol), &amount, SENT);
+    } else if (packet.protocol == IPPROTO_TCP) {
+        count_late_or_kernels(&packet, BPF_CORE_READ(device, nd_net.net, ns.inum), &amount, SENT);
     }
     return 0;
 }

@@ -30,8 +30,12 @@ static __always_inline __u32 plain_stream_headers(struct __sk_buff* skb) {
 
 /** The same for any packet. */
 static __noinline __u32 stream_headers(struct __sk_buff* skb) {
+    __u32 headers = plain_stream_headers(skb);
     struct packet packet = {};
-    return read_packet(skb, read_from_cgroup_skb, SENT, &packet) ? packet.headers : 0;
+    if (!headers && read_packet(skb, read_from_cgroup_skb, SENT, &packet)) {
+        headers = packet.headers;
+    }
+    return headers;
 }
 
 /** A socket that a listener begot has its storage, which makes it its own now. */
@@ -40,6 +44,7 @@ static __always_inline void leave_listener(struct socket_state* state) {
     state->id = new_id();
     state->kind = KIND_STREAM;
     state->direction = DIRECTION_INPUT;
+    state->is_new = 1;
     state->grade = state->grade > OWNER_LIKELY ? OWNER_LIKELY : state->grade;
 }
 
@@ -54,8 +59,8 @@ static __always_inline void take_handshake(struct socket_state* state, struct fl
     }
     struct handshake handshake = *found;
     if (bpf_map_delete_elem(&handshakes, &key) == 0) {
-        add(&flow->received, &handshake.received);
-        add(&flow->sent, &handshake.sent);
+        __sync_fetch_and_add(&flow->received.wire, handshake.received.wire);
+        __sync_fetch_and_add(&flow->sent.wire, handshake.sent.wire);
         flow->opened = handshake.opened;
     }
 }
@@ -85,7 +90,17 @@ static __always_inline __u8 version_of(struct __sk_buff* skb) {
     return skb->protocol == bpf_htons(ETH_P_IPV6) ? 6 : 4;
 }
 
-static __noinline int begin_stream(struct __sk_buff* skb, struct bpf_sock* sk, struct socket_state* state) {
+/** Leaves out the payload that a connection moved before its first packet here, which this is. */
+static __always_inline void leave_out_past(struct __sk_buff* skb, struct bpf_sock* sk,
+                                           struct socket_state* state, enum way way) {
+    read_payload(kernel_address(sk), &state->received_before, &state->sent_before);
+    if (way == SENT) {
+        state->sent_before -= skb->len - stream_headers(skb);  // counted by TCP already
+    }
+}
+
+static __noinline int begin_stream(struct __sk_buff* skb, struct bpf_sock* sk, struct socket_state* state,
+                                   enum way way) {
     struct flow* flow = &state->flow.flow;
     struct socket_facts facts = {.type = SOCK_STREAM, .domain = sk->family, .protocol = IPPROTO_TCP};
     __u8 version = version_of(skb);
@@ -93,6 +108,9 @@ static __noinline int begin_stream(struct __sk_buff* skb, struct bpf_sock* sk, s
     begin_flow(flow, state, &facts, version, state->direction);
     if (state->parent) {
         take_handshake(state, flow);
+    }
+    if (!state->is_new) {
+        leave_out_past(skb, sk, state, way);
     }
     return 0;
 }
@@ -134,19 +152,15 @@ static __always_inline void count_stream(struct __sk_buff* skb, struct bpf_sock*
         }
         leave_listener(state);
     }
-    __u32 headers = plain_stream_headers(skb);
-    if (!headers) {
-        headers = stream_headers(skb);
-    }
     if (!state->flow.flow.id) {
-        begin_stream(skb, sk, state);
+        begin_stream(skb, sk, state, way);
     }
-    struct amount amount = amount_of(skb, headers);
-    count(&state->flow.flow, way, &amount);
-}
-
-static __always_inline __u32 netns_of(struct sock* sk) {
-    return BPF_CORE_READ(sk, __sk_common.skc_net.net, ns.inum);
+    __u64 wire = skb->len;
+    if (skb->gso_size) {
+        wire += repeated_headers(skb, stream_headers(skb));
+    }
+    struct flow* flow = &state->flow.flow;
+    __sync_fetch_and_add(way == SENT ? &flow->sent.wire : &flow->received.wire, wire);
 }
 
 SEC("tp_btf/inet_sock_set_state")
@@ -164,9 +178,12 @@ int BPF_PROG(on_state, struct sock* sk, int before, int after) {
             before == TCP_FIN_WAIT1 || before == TCP_FIN_WAIT2 || before == TCP_CLOSING;
         return 0;
     }
-    end_flow(&state->flow, netns_of(sk));  // connected before, then disconnected
+    end_flow(state, sk);  // connected before, then disconnected
     state->parent = 0;
-    note_user(state);
+    state->is_new = 1;
+    state->received_before = 0;
+    state->sent_before = 0;
+    note_user(state, sk);
     state->kind = after == TCP_LISTEN ? KIND_LISTENER : KIND_STREAM;
     state->direction = after == TCP_LISTEN ? DIRECTION_INPUT : DIRECTION_OUTPUT;
     return 0;
@@ -176,7 +193,7 @@ SEC("tp_btf/tcp_destroy_sock")
 int BPF_PROG(on_destroy, struct sock* sk) {
     struct socket_state* state = bpf_sk_storage_get(&sockets, sk, 0, 0);
     if (state) {
-        end_flow(&state->flow, netns_of(sk));
+        end_flow(state, sk);
     }
     return 0;
 }

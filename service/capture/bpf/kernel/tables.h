@@ -38,11 +38,13 @@ static __always_inline int report(struct seq_file* sequence, struct tracked_flow
 SEC("iter/bpf_sk_storage_map")
 int read_sockets(struct bpf_iter__bpf_sk_storage_map* context) {
     struct socket_state* state = context->value;
-    if (!state) {
+    struct sock* sk = context->sk;
+    if (!state || !sk) {
         return 0;
     }
     ++occupancy.sockets;
     state->new_flows = 0;
+    refresh_payload(state, sk);
     const int ends_by_quiet = state->kind != KIND_STREAM;
     if (state->flow.flow.id && report(context->meta->seq, &state->flow, ends_by_quiet)) {
         __builtin_memset(&state->flow, 0, sizeof(state->flow));

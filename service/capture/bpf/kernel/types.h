@@ -90,6 +90,7 @@ struct sock_common {
     __u16 skc_num;
     unsigned short skc_family;
     volatile unsigned char skc_state;
+    unsigned long skc_flags;
     possible_net_t skc_net;
     struct in6_addr skc_v6_daddr;
     struct in6_addr skc_v6_rcv_saddr;
@@ -100,6 +101,12 @@ struct sock {
     __u8 sk_kern_sock : 1;
     __u16 sk_type;
     __u16 sk_protocol;
+};
+
+struct tcp_sock {
+    __u64 bytes_received;
+    __u64 bytes_sent;
+    __u64 bytes_retrans;
 };
 
 struct socket {
@@ -125,6 +132,7 @@ struct sk_buff {
     struct sock* sk;
     char cb[48];
     unsigned int len;
+    int skb_iif;
     __be16 protocol;
     __u16 network_header;
     unsigned char* head;
@@ -164,6 +172,10 @@ struct bpf_iter__task_file {
     struct task_struct* task;
     __u32 fd;
     struct file* file;
+};
+
+enum sock_flags {
+    SOCK_DONE,
 };
 
 enum skb_drop_reason {

@@ -179,6 +179,7 @@ bool BpfPrograms::attach(std::string& error) {
     const bool counts = ownersKnown && toGroup(links.on_egress, programs.on_egress) &&
                         toGroup(links.on_ingress, programs.on_ingress) &&
                         toTracepoint(links.on_drop, programs.on_drop) &&
+                        toTracepoint(links.on_consume, programs.on_consume) &&
                         toTracepoint(links.on_transmit, programs.on_transmit);
     if (!counts) {
         error = "the programs can't be attached: " + reason();

@@ -20,28 +20,19 @@ static __always_inline int is_echo_reply(const struct packet* packet) {
            (packet->protocol == IPPROTO_ICMPV6 && packet->icmp_type == ICMPV6_ECHO_REPLY);
 }
 
-/** The identifier of the echo request that an ICMP error tells of. */
-static __always_inline __u16 echo_inside(struct __sk_buff* skb, const struct packet* packet) {
-    __u16 echo = 0;
-    __u32 inner = packet->transport + 8 + (packet->version == 4 ? IPV4_BYTES : IPV6_BYTES);
-    bpf_skb_load_bytes(skb, inner + 4, &echo, sizeof(echo));
-    return echo;
-}
-
 /**
  * Whether a raw socket got a packet that is meant for it. It gets a copy of every packet of its protocol: those of
- * TCP and UDP are counted at their own sockets, and of ICMP's it wants the answers to what it asked.
+ * TCP and UDP are counted at their own sockets, and of ICMP's it wants the replies to what it asked; the others are
+ * the kernel's.
  */
-static __always_inline int is_meant_for(struct socket_state* state, struct __sk_buff* skb,
-                                        const struct packet* packet) {
+static __always_inline int is_meant_for(const struct socket_state* state, const struct packet* packet) {
     if (packet->protocol == IPPROTO_TCP || packet->protocol == IPPROTO_UDP) {
         return 0;
     }
     if (packet->protocol != IPPROTO_ICMP && packet->protocol != IPPROTO_ICMPV6) {
         return 1;
     }
-    __u16 echo = is_echo_reply(packet) ? packet->echo : echo_inside(skb, packet);
-    return state->has_echo && !is_echo_request(packet) && echo == state->echo;
+    return is_echo_reply(packet) && state->has_echo && packet->echo == state->echo;
 }
 
 static __always_inline int same_peer(const struct flow* flow, const struct packet* packet) {
@@ -101,7 +92,7 @@ static __noinline int count_any_datagram(struct __sk_buff* skb, struct bpf_sock*
         LOSE(packets, 1);
         return 0;
     }
-    if (state->kind == KIND_RAW && way == RECEIVED && !is_meant_for(state, skb, &packet)) {
+    if (state->kind == KIND_RAW && way == RECEIVED && !is_meant_for(state, &packet)) {
         return 0;
     }
     if (state->kind == KIND_RAW && way == SENT && is_echo_request(&packet)) {
@@ -153,7 +144,7 @@ static __always_inline void count_datagram(struct __sk_buff* skb, struct bpf_soc
     count(flow, way, &amount);
 }
 
-/** The kernel's own packets. It takes echo requests without showing them, and answers with as many bytes. */
+/** The kernel's own packets. */
 static __noinline int count_control(struct __sk_buff* skb, struct bpf_sock* sk, enum way way) {
     struct packet packet = {};
     if (!read_packet(skb, read_from_cgroup_skb, way, &packet)) {
@@ -162,11 +153,7 @@ static __noinline int count_control(struct __sk_buff* skb, struct bpf_sock* sk, 
     }
     struct amount amount = amount_of(skb, packet.headers);
     amount.wire += fragment_overhead(skb, &packet, way);
-    __u32 class = rest_class(sk->family, packet.protocol);
-    count_rest(EXECUTABLE_KERNEL, class, &amount, way);
-    if (way == SENT && is_echo_reply(&packet)) {
-        count_rest(EXECUTABLE_KERNEL, class, &amount, RECEIVED);
-    }
+    count_rest(EXECUTABLE_KERNEL, rest_class(sk->family, packet.protocol), &amount, way);
     return 0;
 }
 

@@ -30,6 +30,8 @@
 /** More than any sender makes: RFC 8200 knows six kinds, one of which may stand twice. */
 #define MAX_EXTENSIONS 7
 
+#define TCP_FLAG_RST 0x04
+
 enum way { RECEIVED, SENT };
 
 struct packet {
@@ -39,7 +41,7 @@ struct packet {
     __u8 protocol;
     __u8 version; /* 4 or 6 */
     __u8 icmp_type;
-    __u8 unused;
+    __u8 tcp_flags;
     __u16 echo; /* identifier of an ICMP echo, network order */
 };
 
@@ -102,12 +104,13 @@ static __always_inline void read_ports(void* from, packet_reader read, enum way 
 static __always_inline __u32 read_transport(void* from, packet_reader read, enum way way,
                                             struct packet* packet) {
     __u8 icmp[6];
-    __u8 tcp_length = 0;
+    __u8 tcp[2] = {};
     switch (packet->protocol) {
         case IPPROTO_TCP:
             read_ports(from, read, way, packet);
-            read(from, packet->transport + 12, &tcp_length, 1);
-            return (tcp_length >> 4) * 4;
+            read(from, packet->transport + 12, tcp, sizeof(tcp));
+            packet->tcp_flags = tcp[1];
+            return (tcp[0] >> 4) * 4;
         case IPPROTO_SCTP:
             read_ports(from, read, way, packet);
             return SCTP_BYTES;

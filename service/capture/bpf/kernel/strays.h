@@ -85,6 +85,24 @@ int BPF_PROG(on_drop, struct sk_buff* buffer, void* location, enum skb_drop_reas
     return 0;
 }
 
+/** What the kernel has done with: among it are the ICMP messages that it takes itself. */
+SEC("tp_btf/consume_skb")
+int BPF_PROG(on_consume, struct sk_buff* buffer) {
+    // A socket's have one; what was sent or forwarded did not come from the device that it is at now.
+    if (buffer->sk || !buffer->skb_iif || !is_ip(buffer->protocol)) {
+        return 0;
+    }
+    struct packet packet = {};
+    __u32 length = 0;
+    if (buffer->skb_iif != BPF_CORE_READ(buffer, dev, ifindex) ||
+        !read_stray(buffer, RECEIVED, &packet, &length) || !is_icmp(&packet) || is_echo_reply(&packet)) {
+        return 0;
+    }
+    struct amount amount = stray_amount(&packet, length);
+    count_rest(EXECUTABLE_KERNEL, rest_class(domain_of(&packet), packet.protocol), &amount, RECEIVED);
+    return 0;
+}
+
 static __always_inline void count_frame(const struct packet* packet, struct sock* sk,
                                         const struct amount* amount) {
     struct socket_state* state = bpf_sk_storage_get(&sockets, sk, 0, BPF_SK_STORAGE_GET_F_CREATE);
@@ -108,13 +126,11 @@ static __always_inline int is_stacked(const struct net_device* device) {
     return lower->next != lower;
 }
 
-/** What the kernel says for a socket that is gone or never was: a reset, or an acknowledgement from TIME_WAIT. */
-static __always_inline int is_for_past(const struct sk_buff* buffer, struct sock* sk) {
-    if (sk) {
-        return sk->__sk_common.skc_state == TCP_TIME_WAIT;
-    }
-    // Without a socket leave IPv6 resets, and what another machine sent and this one forwards.
-    return buffer->skb_iif == 0 && buffer->protocol == bpf_htons(ETH_P_IPV6);
+/** Whether a packet is for a socket that is gone: an acknowledgement from TIME_WAIT, or maybe an IPv6 reset. */
+static __always_inline int may_be_for_past(const struct sk_buff* buffer, struct sock* sk) {
+    // What another machine sent and this one forwards has no socket either, but a device that it came from.
+    return sk ? sk->__sk_common.skc_state == TCP_TIME_WAIT
+              : buffer->skb_iif == 0 && buffer->protocol == bpf_htons(ETH_P_IPV6);
 }
 
 /** Every packet that leaves: of interest are those that passed the control groups by. */
@@ -122,7 +138,8 @@ SEC("tp_btf/net_dev_start_xmit")
 int BPF_PROG(on_transmit, const struct sk_buff* buffer, const struct net_device* device) {
     struct sock* sk = buffer->sk;
     const int from_packet_socket = sk && sk->__sk_common.skc_family == AF_PACKET;
-    if ((!from_packet_socket && !is_for_past(buffer, sk)) || !is_ip(buffer->protocol) || is_stacked(device)) {
+    if ((!from_packet_socket && !may_be_for_past(buffer, sk)) || !is_ip(buffer->protocol) ||
+        is_stacked(device)) {
         return 0;
     }
     struct packet packet = {};
@@ -133,7 +150,7 @@ int BPF_PROG(on_transmit, const struct sk_buff* buffer, const struct net_device*
     struct amount amount = stray_amount(&packet, length);
     if (from_packet_socket) {
         count_frame(&packet, sk, &amount);
-    } else if (packet.protocol == IPPROTO_TCP) {
+    } else if (packet.protocol == IPPROTO_TCP && (sk || packet.tcp_flags & TCP_FLAG_RST)) {
         count_late_or_kernels(&packet, BPF_CORE_READ(device, nd_net.net, ns.inum), &amount, SENT);
     }
     return 0;

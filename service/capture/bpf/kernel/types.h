@@ -123,6 +123,7 @@ struct adjacent_devices {
 
 struct net_device {
     unsigned int mtu;
+    int ifindex;
     struct adjacent_devices adj_list;
     possible_net_t nd_net;
 };

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "service/Daemon.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <iterator>
 #include <system_error>
 #include <utility>
 
@@ -10,9 +13,25 @@
 #include "service/demo/DemoHistory.h"
 #include "service/demo/DemoSource.h"
 #include "service/log/Log.h"
+#include "service/status/StatusText.h"
 #include "service/traffic/Clock.h"
 
 namespace service {
+
+namespace {
+
+/** Of a history on disk, with what waits in its log. */
+std::uintmax_t databaseBytes(const std::string& path) {
+    std::uintmax_t sum = 0;
+    for (const char* const part : {"", "-wal", "-shm"}) {
+        std::error_code missing;
+        const std::uintmax_t size = std::filesystem::file_size(path + part, missing);
+        sum += missing ? 0 : size;
+    }
+    return sum;
+}
+
+}  // namespace
 
 std::unique_ptr<Daemon> Daemon::start(const Options& options, std::string& error) {
     std::optional<Listener> listener =
@@ -69,22 +88,29 @@ bool Daemon::openHistory(std::string& error) {
         error = "cannot read the history: " + m_Store->lastError();
         return false;
     }
-    m_Source = makeSource(*state, error);
+    if (!makeSource(*state, error)) {
+        return false;
+    }
     m_Ledger = std::make_unique<Ledger>(std::move(*state), m_SettingsFile.read().rule());
     m_History = HistoryReader::open(m_DatabasePath, error);
     auto readerOfOrders = HistoryReader::open(m_DatabasePath, error);
-    if (!m_Source || !m_History || !readerOfOrders) {
+    if (!m_History || !readerOfOrders) {
         return false;
     }
     m_Orders.emplace(std::move(readerOfOrders));
     return true;
 }
 
-std::unique_ptr<TrafficSource> Daemon::makeSource(const LedgerState& history, std::string& error) const {
+bool Daemon::makeSource(const LedgerState& history, std::string& error) {
     if (m_Options.demo) {
-        return std::make_unique<DemoSource>(DemoScene::here(systemClock()), history.applications);
+        m_Source = std::make_unique<DemoSource>(DemoScene::here(systemClock()), history.applications);
+        m_SourceReason = "it was asked for";
+        return true;
     }
-    return makeCaptureSource(m_Options.capture.value_or(CaptureMode::Auto), error);
+    CaptureChoice choice = makeCaptureSource(m_Options.capture.value_or(CaptureMode::Auto));
+    m_Source = std::move(choice.source);
+    (m_Source ? m_SourceReason : error) = choice.reason;
+    return m_Source != nullptr;
 }
 
 void Daemon::goToWork(Listener listener) {
@@ -111,7 +137,26 @@ void Daemon::goToWork(Listener listener) {
     m_Writer->setRetention(m_SettingsFile.inForce().retention());
     m_Poller.emplace(*m_Source, *m_Ledger, polled);
     m_SettingsFollower.emplace(m_SettingsFile, std::bind_front(&Daemon::obey, this));
+    openStatus();
     logLine("listening on ", address, ", source ", m_Source->name(), ", history in ", m_DatabasePath);
+}
+
+void Daemon::openStatus() {
+    std::string error;
+    m_StatusSocket = StatusSocket::open(
+        m_Loop, m_DatabasePath, [this] { return status(); }, error);
+    if (!m_StatusSocket) {
+        logLine("--status does not find this daemon: ", error);
+    }
+}
+
+std::string Daemon::status() const {
+    std::vector<StatusLine> lines{
+        {"source", std::string(m_Source->name()) + ", because: " + m_SourceReason},
+        {"clients", std::to_string(m_Server->clientCount())},
+        {"history", m_DatabasePath + ", " + std::to_string(databaseBytes(m_DatabasePath)) + " bytes"}};
+    std::ranges::move(m_Source->status(), std::back_inserter(lines));
+    return statusText(lines);
 }
 
 void Daemon::serve() {

@@ -18,6 +18,7 @@
 #include "service/server/TextOrder.h"
 #include "service/settings/SettingsFile.h"
 #include "service/settings/SettingsFollower.h"
+#include "service/status/StatusSocket.h"
 #include "service/store/HistoryReader.h"
 #include "service/store/Store.h"
 #include "service/store/StoreWriter.h"
@@ -46,11 +47,13 @@ class Daemon {
 
     bool placeDatabase(std::string& error);
     bool openHistory(std::string& error);
-    std::unique_ptr<TrafficSource> makeSource(const LedgerState& history, std::string& error) const;
+    bool makeSource(const LedgerState& history, std::string& error);
     void goToWork(Listener listener);
 
     void stop();
     void announceNewApplications();
+    void openStatus();
+    std::string status() const;
     void obey(const Settings& settings, const std::stop_token& stop);
 
     const Options m_Options;
@@ -68,11 +71,13 @@ class Daemon {
     std::optional<ConnectionOrders> m_Orders;
     std::unique_ptr<Ledger> m_Ledger;
     std::unique_ptr<TrafficSource> m_Source;
+    std::string m_SourceReason;
     std::optional<StoreWriter> m_Writer;
     std::optional<Poller> m_Poller;
     std::optional<SettingsFollower> m_SettingsFollower;
     std::optional<HistoryCleaner> m_Cleaner;
     std::optional<Server> m_Server;
+    std::unique_ptr<StatusSocket> m_StatusSocket;
 };
 
 }  // namespace service

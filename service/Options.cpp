@@ -59,6 +59,9 @@ bool contains(const std::vector<std::string>& arguments, std::string_view text) 
  * "". */
 std::string parseOption(const std::vector<std::string>& arguments, std::size_t& position, Options& options) {
     const std::string& argument = arguments[position++];
+    if (argument == "--status") {
+        return "";  // seen to already
+    }
     if (argument == "--demo") {
         options.demo = true;
         return "";
@@ -103,6 +106,8 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
         line.action = CommandLine::Action::ShowVersion;
     } else if (line.error = parseOptions(arguments, line.options); !line.error.empty()) {
         line.action = CommandLine::Action::ShowError;
+    } else if (contains(arguments, "--status")) {
+        line.action = CommandLine::Action::ShowStatus;
     }
     return line;
 }
@@ -120,9 +125,12 @@ std::string usage() {
            "  --listen ADDRESS:PORT  wait for clients there (default: 127.0.0.1:10023)\n"
            "  --config FILE          obey the settings in FILE (default:\n"
            "                         /Library/Preferences/com.qv.Nevtora Meter.plist)\n"
-           "  --capture SOURCE       where the figures come from: diag (the kernel's socket diagnostics),\n"
-           "                         off, bpf (programs in the kernel; not in this version), or auto, the\n"
-           "                         best that works here (default)\n"
+           "  --capture SOURCE       where the figures come from: bpf (programs in the kernel, which see "
+           "every\n"
+           "                         packet), diag (the kernel's socket diagnostics: TCP, once a second), "
+           "off,\n"
+           "                         or auto, the best that works here (default)\n"
+           "  --status               ask the daemon that keeps the history in FILE how it is doing\n"
            "  --help                 show this text\n"
            "  --version              show the version\n";
 }

@@ -21,10 +21,10 @@ struct Options {
 
 /** A command line as it was understood. */
 struct CommandLine {
-    enum class Action { Serve, ShowHelp, ShowVersion, ShowError };
+    enum class Action { Serve, ShowStatus, ShowHelp, ShowVersion, ShowError };
 
     Action action = Action::Serve;
-    Options options;    ///< for `Serve`
+    Options options;    ///< for `Serve`; of `ShowStatus` the database alone
     std::string error;  ///< for `ShowError`: what is wrong, for a person
 };
 

@@ -8,8 +8,10 @@
 #include <iostream>
 
 #include "service/Daemon.h"
+#include "service/DefaultDatabase.h"
 #include "service/Options.h"
 #include "service/log/Log.h"
+#include "service/status/StatusQuery.h"
 
 namespace {
 
@@ -43,6 +45,19 @@ int serve(const service::Options& options) {
     return 0;
 }
 
+int showStatus(const service::Options& options) {
+    const std::string path =
+        options.database.empty() ? service::defaultDatabasePath().value_or("") : options.database;
+    std::string error;
+    const std::optional<std::string> status = service::queryStatus(path, error);
+    if (!status) {
+        std::cerr << "nevtora-daemon: " << error << "\n";
+        return 1;
+    }
+    std::cout << *status;
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -52,6 +67,8 @@ int main(int argc, char** argv) {
     switch (line.action) {
         case Action::Serve:
             return serve(line.options);
+        case Action::ShowStatus:
+            return showStatus(line.options);
         case Action::ShowHelp:
             std::cout << service::usage();
             return 0;

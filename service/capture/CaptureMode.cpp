@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "service/capture/CaptureMode.h"
 
+#include <utility>
+
 #include "service/capture/DiagSource.h"
 #include "service/capture/bpf/BpfSource.h"
 #include "service/log/Log.h"
@@ -15,42 +17,40 @@ class NoTraffic : public TrafficSource {
     std::vector<TrafficSample> poll(Moment) override { return {}; }
 };
 
-std::unique_ptr<TrafficSource> makeDiagSource(std::string& error) {
-    auto source = DiagSource::create(error);
-    if (!source) {
-        error = "capture: no socket diagnostics: " + error;
+CaptureChoice makeDiagSource(const std::string& reason) {
+    std::string error;
+    if (auto source = DiagSource::create(error)) {
+        return {std::move(source), reason};
     }
-    return source;
+    return {nullptr, "no socket diagnostics: " + error};
 }
 
-std::unique_ptr<TrafficSource> makeBpfSource(std::string& error) {
-    auto source = BpfSource::create(error);
-    if (!source) {
-        error = "capture: no programs in the kernel: " + error;
+CaptureChoice makeBpfSource(const std::string& reason) {
+    std::string error;
+    if (auto source = BpfSource::create(error)) {
+        return {std::move(source), reason};
     }
-    return source;
+    return {nullptr, "no programs in the kernel: " + error};
 }
 
-std::unique_ptr<TrafficSource> makeBestSource(std::string& error) {
-    if (auto source = makeBpfSource(error)) {
-        return source;
-    }
-    logLine(error);
-    return makeDiagSource(error);
+CaptureChoice makeBestSource() {
+    CaptureChoice best = makeBpfSource("it sees most");
+    return best.source ? std::move(best) : makeDiagSource(best.reason);
 }
 
-std::unique_ptr<TrafficSource> makeSource(CaptureMode mode, std::string& error) {
+CaptureChoice makeSource(CaptureMode mode) {
+    constexpr char asked[] = "it was asked for";
     switch (mode) {
         case CaptureMode::Auto:
-            return makeBestSource(error);
+            return makeBestSource();
         case CaptureMode::Bpf:
-            return makeBpfSource(error);
+            return makeBpfSource(asked);
         case CaptureMode::Diag:
-            return makeDiagSource(error);
+            return makeDiagSource(asked);
         case CaptureMode::Off:
             break;
     }
-    return std::make_unique<NoTraffic>();
+    return {std::make_unique<NoTraffic>(), asked};
 }
 
 }  // namespace
@@ -71,12 +71,14 @@ std::optional<CaptureMode> captureModeFromText(std::string_view text) {
     return std::nullopt;
 }
 
-std::unique_ptr<TrafficSource> makeCaptureSource(CaptureMode mode, std::string& error) {
-    auto source = makeSource(mode, error);
-    if (source) {
-        logLine("capture: ", source->name());
+CaptureChoice makeCaptureSource(CaptureMode mode) {
+    CaptureChoice choice = makeSource(mode);
+    if (choice.source) {
+        logLine("capture: ", choice.source->name(), ", because: ", choice.reason);
+    } else {
+        choice.reason = "capture: " + choice.reason;
     }
-    return source;
+    return choice;
 }
 
 }  // namespace service

@@ -21,7 +21,12 @@ enum class CaptureMode {
 /** Reads "auto", "bpf", "diag" or "off"; nothing for any other text. */
 std::optional<CaptureMode> captureModeFromText(std::string_view text);
 
-/** Makes the source for a mode and logs which it is; null with the reason in `error` where it can't work. */
-std::unique_ptr<TrafficSource> makeCaptureSource(CaptureMode mode, std::string& error);
+struct CaptureChoice {
+    std::unique_ptr<TrafficSource> source;  ///< null where it can't work
+    std::string reason;                     ///< for the choice, or for there being none; one line
+};
+
+/** Makes the source for a mode and logs which it is. */
+CaptureChoice makeCaptureSource(CaptureMode mode);
 
 }  // namespace service

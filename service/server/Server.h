@@ -34,6 +34,8 @@ class Server {
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
+    std::size_t clientCount() const { return m_Clients.size(); }
+
     /** Sends an event to every client, behind the answers that wait for it already. */
     void broadcast(DaemonEvent event, std::int32_t param = 0);
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "service/traffic/Moment.h"
+#include "service/traffic/StatusLine.h"
 #include "service/traffic/TrafficSample.h"
 
 namespace service {
@@ -15,12 +16,15 @@ class TrafficSource {
   public:
     virtual ~TrafficSource() = default;
 
-    /** Short name for the log: "diag", "demo". */
+    /** Short name for the log: "bpf", "diag", "demo". */
     virtual std::string_view name() const = 0;
 
     /** Connections that are new, moved bytes or ended since the previous call; `now` is the moment of this
      * one. */
     virtual std::vector<TrafficSample> poll(Moment now) = 0;
+
+    /** How it is doing, for a person; any thread. */
+    virtual std::vector<StatusLine> status() const { return {}; }
 };
 
 }  // namespace service

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <iterator>
 #include <utility>
 
 #include "service/log/Log.h"
@@ -30,6 +31,34 @@ IpAddress addressOf(const __u8 (&bytes)[16], __u16 port, __u8 version) {
 
 std::int64_t signedCount(__u64 count) {
     return static_cast<std::int64_t>(count);
+}
+
+std::string ofRoom(__u64 taken, __u64 room) {
+    return std::to_string(taken) + " of " + std::to_string(room);
+}
+
+/** What went wrong, as far as anything did. */
+std::vector<StatusLine> linesOf(const losses& lost) {
+    std::vector<StatusLine> lines;
+    const auto add = [&lines](const char* name, __u64 count, const char* meaning) {
+        if (count != 0) {
+            lines.push_back({name, std::to_string(count) + meaning});
+        }
+    };
+    add("lost", lost.bytes, " bytes");
+    add("no room for a flow", lost.flows, " packets, counted without it");
+    add("no room for a handshake", lost.handshakes, " packets, counted without it");
+    add("no room for an end", lost.events, " connections, counted without it");
+    add("no memory for a socket", lost.sockets, " packets");
+    add("no room for a name", lost.executables, " times");
+    add("in nobody's hands", lost.strangers, " sockets, counted for the unknown application");
+    add("not understood", lost.packets, " packets");
+    return lines;
+}
+
+__u64 sumOf(const losses& lost) {
+    return lost.sockets + lost.flows + lost.handshakes + lost.events + lost.executables + lost.bytes +
+           lost.packets + lost.strangers;
 }
 
 /** Whether the flow's end was told before: what comes now are packets that were late for it. */
@@ -59,7 +88,7 @@ std::vector<TrafficSample> BpfSource::poll(Moment now) {
         m_Samples.push_back(std::move(sample));
     }
     m_Closing = std::move(m_ClosingNext);
-    logLosses();
+    noteStatus();
     return std::exchange(m_Samples, {});
 }
 
@@ -107,17 +136,31 @@ void BpfSource::enterLate(TrafficSample& sample) {
     m_Samples.push_back(std::move(sample));
 }
 
-void BpfSource::logLosses() {
+void BpfSource::noteStatus() {
     const losses now = m_Programs->countedLosses();
-    if (std::memcmp(&now, &m_Logged, sizeof(now)) == 0) {
+    {
+        const std::lock_guard lock(m_StatusMutex);
+        m_Losses = now;
+        m_Occupancy = m_Programs->tableOccupancy();
+    }
+    if (sumOf(now) <= m_NextLogged) {
         return;
     }
-    logPeerLine("bpf: lost so far ", now.bytes,
-                " bytes; without a connection of their own, but counted, are the "
-                "bytes of ",
-                now.flows, " packets, ", now.handshakes, " handshakes and ", now.events, " ends; not named ",
-                now.executables, " executables, not understood ", now.packets, " packets");
-    m_Logged = now;
+    m_NextLogged = 2 * sumOf(now);
+    for (const StatusLine& line : linesOf(now)) {
+        logLine("bpf: ", line.name, ": ", line.value);
+    }
+}
+
+std::vector<StatusLine> BpfSource::status() const {
+    const std::lock_guard lock(m_StatusMutex);
+    std::vector<StatusLine> lines{
+        {"sockets", std::to_string(m_Occupancy.sockets)},
+        {"flow table", ofRoom(m_Occupancy.flows, MAX_FLOWS)},
+        {"handshake table", ofRoom(m_Occupancy.handshakes, MAX_HANDSHAKES)},
+    };
+    std::ranges::move(linesOf(m_Losses), std::back_inserter(lines));
+    return lines;
 }
 
 }  // namespace service

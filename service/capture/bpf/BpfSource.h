@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -26,6 +27,7 @@ class BpfSource : public TrafficSource {
 
     std::string_view name() const override { return "bpf"; }
     std::vector<TrafficSample> poll(Moment now) override;
+    std::vector<StatusLine> status() const override;
 
   private:
     explicit BpfSource(std::unique_ptr<BpfPrograms> programs);
@@ -33,7 +35,7 @@ class BpfSource : public TrafficSource {
     TrafficSample sampleOf(const flow& reported);
     void enter(const flow& reported);
     void enterLate(TrafficSample& sample);
-    void logLosses();
+    void noteStatus();
 
     const std::unique_ptr<BpfPrograms> m_Programs;
     ExecutableNames m_Names;
@@ -46,7 +48,13 @@ class BpfSource : public TrafficSource {
     std::uint64_t m_Monotonic = 0;  ///< the same, as the kernel's programs count it, in ns
     std::uint64_t m_NextLateKey = firstLateKey;
     std::vector<TrafficSample> m_Samples;
-    losses m_Logged{};
+
+    /** The sum of all losses from which on they are logged again: each time that it has doubled. */
+    std::uint64_t m_NextLogged = 0;
+
+    mutable std::mutex m_StatusMutex;  ///< guards the two below
+    losses m_Losses{};
+    occupancy m_Occupancy{};
 
     static constexpr std::uint64_t firstLateKey = 1ull << 63;  ///< the kernel's own keys stay below
 };

@@ -23,25 +23,6 @@
 
 char bpf_license[] SEC("license") = "GPL";
 
-/** Storage for a socket that no hook has seen: the kernel's own, or one that no process holds or ever used. */
-static __noinline struct socket_state* adopt(struct bpf_sock* sk) {
-    struct socket_state* state = state_of_bpf_sock(sk);
-    struct sock* kernel_sk = kernel_address(sk);
-    if (!state) {
-        LOSE(sockets, 1);
-        return 0;
-    }
-    if (sk->state == TCP_LISTEN && state->kind == KIND_STREAM) {
-        state->kind = KIND_LISTENER;
-    }
-    if (BPF_CORE_READ_BITFIELD_PROBED(kernel_sk, sk_kern_sock)) {
-        state->executable = EXECUTABLE_KERNEL;
-        state->grade = OWNER_SURE;
-        state->kind = state->kind == KIND_DATAGRAM || state->kind == KIND_RAW ? KIND_CONTROL : state->kind;
-    }
-    return state;
-}
-
 static __always_inline int count_packet(struct __sk_buff* skb, enum way way) {
     struct bpf_sock* sk = skb->sk;
     sk = sk ? bpf_sk_fullsock(sk) : 0;

@@ -38,7 +38,9 @@ enum flow_end {
 enum {
     COMPONENT_BYTES = 256, /* the longest file name, with its NUL */
     PATH_BYTES = 1024,     /* of a path; what is longer loses its front, the folders next to the root */
-    SCAN_OWNERS = 0,       /* passes over the sockets that are older than the capture */
+    MAX_FLOWS = 65536,     /* entries of the tables */
+    MAX_HANDSHAKES = 16384,
+    SCAN_OWNERS = 0, /* passes over the sockets that are older than the capture */
     SCAN_DIRECTIONS = 1,
 };
 
@@ -138,11 +140,12 @@ struct executable {
 
 /** What went wrong in the kernel since the start. Every field is a count. */
 struct losses {
-    __u64 sockets;     /* that no memory was to be had for; their bytes are in `bytes` */
-    __u64 flows;       /* for which there was no room: their bytes stay with the executable */
-    __u64 handshakes;  /* likewise */
-    __u64 events;      /* that found the ring full: likewise */
+    __u64 sockets;     /* packets of sockets that no memory was to be had for; their bytes are in `bytes` */
+    __u64 flows;       /* packets for whose flow there was no room: their bytes stay with the executable */
+    __u64 handshakes;  /* likewise, for a connection that does not exist yet */
+    __u64 events;      /* flows that ended with the ring full: likewise */
     __u64 executables; /* whose path could not be kept */
-    __u64 bytes;       /* wire bytes that are in no count at all */
+    __u64 strangers;   /* sockets that no process was seen with, and not the kernel's: older, and given up */
     __u64 packets;     /* with headers that make no sense; in no count */
+    __u64 bytes;       /* wire bytes that are in no count at all */
 };

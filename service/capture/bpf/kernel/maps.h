@@ -29,8 +29,9 @@ struct socket_state {
     __u8 grade;
     __u8 direction;
     __u8 is_new; /* was seen before it moved anything */
+    __u8 is_kernels;
     __u8 has_echo;
-    __u8 unused[3];
+    __u8 unused[2];
     __u64 received_before; /* payload of a TCP socket that is older than its flow */
     __u64 sent_before;
     __u16 echo;      /* identifier of the echo requests that it sends, network order */
@@ -48,7 +49,7 @@ struct {
 /** The flows of sockets that talk to several peers. */
 struct {
     __uint(type, BPF_MAP_TYPE_HASH);
-    __uint(max_entries, 65536);
+    __uint(max_entries, MAX_FLOWS);
     __uint(map_flags, BPF_F_NO_PREALLOC);
     __type(key, struct flow_key);
     __type(value, struct tracked_flow);
@@ -56,7 +57,7 @@ struct {
 
 struct {
     __uint(type, BPF_MAP_TYPE_HASH);
-    __uint(max_entries, 16384);
+    __uint(max_entries, MAX_HANDSHAKES);
     __uint(map_flags, BPF_F_NO_PREALLOC);
     __type(key, struct handshake_key);
     __type(value, struct handshake);
@@ -133,8 +134,8 @@ struct {
     __uint(max_entries, 4 << 20);
 } events SEC(".maps");
 
-/** Local ports with a listener, while older sockets are looked through. */
-struct listening_key {
+/** Local ports that were listened on when the capture began, and by what executable. */
+struct port_key {
     __u32 netns;
     __u32 port;
 };
@@ -143,8 +144,8 @@ struct {
     __uint(type, BPF_MAP_TYPE_HASH);
     __uint(max_entries, 16384);
     __uint(map_flags, BPF_F_NO_PREALLOC);
-    __type(key, struct listening_key);
-    __type(value, __u8);
+    __type(key, struct port_key);
+    __type(value, __u64);
 } listening SEC(".maps");
 
 const volatile __u64 path_seed = 0; /* so that nobody can make a path with the hash of another */

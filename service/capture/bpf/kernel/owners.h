@@ -37,7 +37,7 @@ static __noinline int own_surely(struct socket_state* state, void* sk) {
 static __always_inline void note_user(struct socket_state* state, void* sk) {
     struct image image = {};
     image_of(bpf_get_current_task_btf(), &image);
-    if (state->grade != OWNER_SURE || !same_image(&state->image, &image)) {
+    if (!state->is_kernels && (state->grade != OWNER_SURE || !same_image(&state->image, &image))) {
         own_surely(state, sk);
     }
 }
@@ -50,26 +50,47 @@ static __always_inline void note_heir(struct socket_state* state, void* sk) {
     }
 }
 
-static __always_inline __u8 kind_of(__u32 type, __u32 protocol) {
-    return protocol == IPPROTO_TCP && type == SOCK_STREAM ? KIND_STREAM
-           : type == SOCK_RAW                             ? KIND_RAW
-                                                          : KIND_DATAGRAM;
+static __always_inline __u8 kind_of(__u32 family, __u32 type, __u32 protocol) {
+    return family == AF_PACKET                              ? KIND_PACKET
+           : protocol == IPPROTO_TCP && type == SOCK_STREAM ? KIND_STREAM
+           : type == SOCK_RAW                               ? KIND_RAW
+                                                            : KIND_DATAGRAM;
 }
 
-/** The storage of a socket of the Internet's, made now if need be; null when there is no memory. */
+/** Whether the kernel made the socket for itself; those below an MPTCP socket are their program's. */
+static __always_inline int is_kernels(struct sock* sk) {
+    struct tcp_sock* tcp = (void*)sk;
+    if (!BPF_CORE_READ_BITFIELD_PROBED(sk, sk_kern_sock)) {
+        return 0;
+    }
+    return BPF_CORE_READ(sk, sk_protocol) != IPPROTO_TCP || BPF_CORE_READ(sk, sk_type) != SOCK_STREAM ||
+           !bpf_core_field_exists(tcp->is_mptcp) || !BPF_CORE_READ(tcp, is_mptcp);
+}
+
+static __noinline int introduce(struct socket_state* state, struct sock* sk) {
+    if (!state) {
+        return 0;
+    }
+    state->kind = kind_of(BPF_CORE_READ(sk, __sk_common.skc_family), BPF_CORE_READ(sk, sk_type),
+                          BPF_CORE_READ(sk, sk_protocol));
+    state->direction = DIRECTION_UNDEFINED;
+    if (is_kernels(sk)) {
+        state->kind = state->kind == KIND_STREAM ? KIND_STREAM : KIND_CONTROL;
+        state->executable = EXECUTABLE_KERNEL;
+        state->grade = OWNER_SURE;
+        state->is_kernels = 1;
+    }
+    state->id = new_id();
+    return 0;
+}
+
+/** The storage of a socket, made now if need be; null when there is no memory. */
 static __always_inline struct socket_state* state_of(struct sock* sk) {
     struct socket_state* state = bpf_sk_storage_get(&sockets, sk, 0, BPF_SK_STORAGE_GET_F_CREATE);
     if (state && !state->id) {
-        state->kind =
-            sk->__sk_common.skc_family == AF_PACKET ? KIND_PACKET : kind_of(sk->sk_type, sk->sk_protocol);
-        state->direction = DIRECTION_UNDEFINED;
-        state->id = new_id();
+        introduce(state, sk);
     }
     return state;
-}
-
-static __always_inline int is_internet(__u16 family) {
-    return family == AF_INET || family == AF_INET6;
 }
 
 /** What a hook's context or socket is to the kernel itself. The detour, since no offset may be added to the former. */
@@ -79,15 +100,17 @@ static __always_inline void* kernel_address(void* seen) {
     return address;
 }
 
-/** The socket of a control group's hook. */
+/** The same, for the socket of a control group's hook. */
 static __always_inline struct socket_state* state_of_bpf_sock(struct bpf_sock* sk) {
     struct socket_state* state = bpf_sk_storage_get(&sockets, sk, 0, BPF_SK_STORAGE_GET_F_CREATE);
     if (state && !state->id) {
-        state->kind = kind_of(sk->type, sk->protocol);
-        state->direction = DIRECTION_UNDEFINED;
-        state->id = new_id();
+        introduce(state, kernel_address(sk));
     }
     return state;
+}
+
+static __always_inline int is_internet(__u16 family) {
+    return family == AF_INET || family == AF_INET6;
 }
 
 SEC("cgroup/sock_create")

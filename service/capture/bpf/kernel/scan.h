@@ -8,18 +8,33 @@ static __always_inline struct sock* internet_socket(struct file* file) {
     return sk && is_internet(sk->__sk_common.skc_family) ? sk : 0;
 }
 
-static __always_inline void scan_owner(struct socket_state* state, struct task_struct* task, int listens,
-                                       const struct listening_key* port) {
-    if (listens) {
-        __u8 yes = 1;
-        state->kind = KIND_LISTENER;
-        state->direction = DIRECTION_INPUT;
-        bpf_map_update_elem(&listening, port, &yes, BPF_ANY);
-    }
+static __always_inline struct port_key port_of(struct sock* sk) {
+    struct port_key key = {.netns = BPF_CORE_READ(sk, __sk_common.skc_net.net, ns.inum),
+                           .port = BPF_CORE_READ(sk, __sk_common.skc_num)};
+    return key;
+}
+
+static __always_inline void scan_owner(struct socket_state* state, struct task_struct* task,
+                                       struct sock* sk) {
     if (state->grade == OWNER_UNKNOWN) {
         image_of(task, &state->image);
         state->executable = name_executable(task);
         state->grade = OWNER_LIKELY;
+    }
+    if (state->kind == KIND_STREAM && BPF_CORE_READ(sk, __sk_common.skc_state) == TCP_LISTEN) {
+        struct port_key key = port_of(sk);
+        __u64 executable = state->executable;
+        state->kind = KIND_LISTENER;
+        state->direction = DIRECTION_INPUT;
+        bpf_map_update_elem(&listening, &key, &executable, BPF_ANY);
+    }
+}
+
+static __always_inline void scan_direction(struct socket_state* state, struct sock* sk) {
+    if (state->kind == KIND_STREAM && state->direction == DIRECTION_UNDEFINED &&
+        BPF_CORE_READ(sk, __sk_common.skc_state) != TCP_CLOSE) {
+        struct port_key key = port_of(sk);
+        state->direction = bpf_map_lookup_elem(&listening, &key) ? DIRECTION_INPUT : DIRECTION_OUTPUT;
     }
 }
 
@@ -32,14 +47,35 @@ int scan(struct bpf_iter__task_file* context) {
     if (!state) {
         return 0;
     }
-    struct listening_key port = {.netns = BPF_CORE_READ(sk, __sk_common.skc_net.net, ns.inum),
-                                 .port = BPF_CORE_READ(sk, __sk_common.skc_num)};
-    const __u8 tcp_state = BPF_CORE_READ(sk, __sk_common.skc_state);
     if (scan_pass == SCAN_OWNERS) {
-        scan_owner(state, task, state->kind == KIND_STREAM && tcp_state == TCP_LISTEN, &port);
-    } else if (state->kind == KIND_STREAM && state->direction == DIRECTION_UNDEFINED &&
-               tcp_state != TCP_CLOSE) {
-        state->direction = bpf_map_lookup_elem(&listening, &port) ? DIRECTION_INPUT : DIRECTION_OUTPUT;
+        scan_owner(state, task, sk);
+    } else {
+        scan_direction(state, sk);
     }
     return 0;
+}
+
+/** Storage for a socket that no hook and no scan has seen. */
+static __noinline struct socket_state* adopt(struct bpf_sock* sk) {
+    struct socket_state* state = state_of_bpf_sock(sk);
+    if (!state) {
+        LOSE(sockets, 1);
+        return 0;
+    }
+    if (sk->state == TCP_LISTEN) {
+        state->kind = KIND_LISTENER;
+    }
+    if (state->is_kernels) {
+        return state;
+    }
+    struct port_key key = port_of(kernel_address(sk));
+    __u64* listener = state->kind == KIND_STREAM ? bpf_map_lookup_elem(&listening, &key) : 0;
+    if (!listener) {
+        LOSE(strangers, 1);  // given up by its process, but not at its end yet
+        return state;
+    }
+    state->executable = *listener;  // which has not accepted it yet
+    state->grade = OWNER_LIKELY;
+    state->direction = DIRECTION_INPUT;
+    return state;
 }

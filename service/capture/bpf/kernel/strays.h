@@ -105,15 +105,13 @@ int BPF_PROG(on_consume, struct sk_buff* buffer) {
 
 static __always_inline void count_frame(const struct packet* packet, struct sock* sk,
                                         const struct amount* amount) {
-    struct socket_state* state = bpf_sk_storage_get(&sockets, sk, 0, BPF_SK_STORAGE_GET_F_CREATE);
+    struct socket_state* state = state_of(sk);
     if (!state) {
         LOSE(sockets, 1);
         LOSE(bytes, amount->wire);
         return;
     }
-    if (!state->id) {
-        state->kind = KIND_PACKET;
-        state->id = new_id();
+    if (state->grade == OWNER_UNKNOWN) {
         note_heir(state, sk);  // it runs in the sender's context, unless the device's queue was full
     }
     struct socket_facts facts = {.type = SOCK_RAW, .domain = domain_of(packet), .protocol = packet->protocol};

@@ -107,6 +107,7 @@ struct tcp_sock {
     __u64 bytes_received;
     __u64 bytes_sent;
     __u64 bytes_retrans;
+    _Bool is_mptcp;
 };
 
 struct socket {

@@ -1,0 +1,190 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "service/capture/bpf/BpfSource.h"
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <net/if.h>
+#include <netinet/in.h>
+#include <sched.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <thread>
+
+#include "service/server/FileDescriptor.h"
+#include "service/traffic/Clock.h"
+
+namespace service {
+namespace {
+
+constexpr int payloadBytes = 100'000;
+
+std::string ownPath() {
+    return std::filesystem::read_symlink("/proc/self/exe").string();
+}
+
+/** A socket on 127.0.0.1, of this process's network namespace. */
+FileDescriptor socketAt(int type, std::uint16_t port) {
+    FileDescriptor socket(::socket(AF_INET, type | SOCK_CLOEXEC, 0));
+    const sockaddr_in address{AF_INET, htons(port), {htonl(INADDR_LOOPBACK)}, {}};
+    const int yes = 1;
+    ::setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &yes, sizeof(yes));
+    EXPECT_EQ(::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
+    return socket;
+}
+
+FileDescriptor connectTo(int type, std::uint16_t port) {
+    FileDescriptor socket(::socket(AF_INET, type | SOCK_CLOEXEC, 0));
+    const sockaddr_in address{AF_INET, htons(port), {htonl(INADDR_LOOPBACK)}, {}};
+    EXPECT_EQ(::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
+    return socket;
+}
+
+/** Sends all of `payloadBytes` and waits for the other end to have read them and closed. */
+void sendPayload(const FileDescriptor& socket) {
+    const std::vector<char> payload(payloadBytes, 'p');
+    EXPECT_EQ(::send(socket.get(), payload.data(), payload.size(), 0), payloadBytes);
+    ::shutdown(socket.get(), SHUT_WR);
+    char last = 0;
+    EXPECT_EQ(::recv(socket.get(), &last, 1, 0), 0);
+}
+
+void readToEnd(const FileDescriptor& socket) {
+    std::array<char, 4096> piece;
+    while (::recv(socket.get(), piece.data(), piece.size(), 0) > 0) {
+    }
+}
+
+void moveBothWays(const FileDescriptor& listener, const FileDescriptor& client) {
+    std::thread server(
+        [&listener] { readToEnd(FileDescriptor(::accept(listener.get(), nullptr, nullptr))); });
+    sendPayload(client);
+    server.join();
+}
+
+/** In a network namespace of its own: it counts for the whole machine, and is to see nothing else there. */
+class BpfSourceTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        if (::unshare(CLONE_NEWNET) != 0) {
+            GTEST_SKIP() << "no network namespace can be made: needs CAP_SYS_ADMIN";
+        }
+        ifreq loopback{};
+        std::string("lo").copy(loopback.ifr_name, IFNAMSIZ);
+        loopback.ifr_flags = IFF_UP;
+        const FileDescriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+        ASSERT_EQ(::ioctl(socket.get(), SIOCSIFFLAGS, &loopback), 0);
+    }
+
+    void startSource() {
+        std::string error;
+        m_Source = BpfSource::create(error);
+        if (!m_Source) {
+            GTEST_SKIP() << error;
+        }
+    }
+
+    /** What was found of an application, by direction; each poll stands for a second. */
+    std::map<Direction, TrafficSample> pollFor(const std::string& path, int polls = 3) {
+        std::map<Direction, TrafficSample> found;
+        for (int i = 0; i < polls; ++i) {
+            for (const TrafficSample& sample : m_Source->poll(systemClock())) {
+                if (sample.application->path == path) {
+                    TrafficSample sum = sample;
+                    sum.moved += found[sample.direction].moved;
+                    sum.payload += found[sample.direction].payload;
+                    found[sample.direction] = sum;
+                }
+            }
+        }
+        return found;
+    }
+
+    std::unique_ptr<BpfSource> m_Source;
+};
+
+TEST_F(BpfSourceTest, CountsEachByteAsSentByOneAndReceivedByTheOther) {
+    startSource();
+    const FileDescriptor listener = socketAt(SOCK_STREAM, 4001);
+    ASSERT_EQ(::listen(listener.get(), 1), 0);
+    {
+        const FileDescriptor client = connectTo(SOCK_STREAM, 4001);
+        moveBothWays(listener, client);
+    }
+    auto found = pollFor(ownPath());
+    const TrafficSample& client = found[Direction::Output];
+    const TrafficSample& server = found[Direction::Input];
+    EXPECT_EQ(client.payload, (ByteCount{0, payloadBytes}));
+    EXPECT_EQ(server.payload, (ByteCount{payloadBytes, 0}));
+    EXPECT_GT(client.moved.sent, payloadBytes + 4 * 40);  // at least SYN, ACK, data and FIN
+    EXPECT_EQ(client.moved.sent, server.moved.received);
+    EXPECT_EQ(client.moved.received, server.moved.sent);
+    EXPECT_TRUE(client.closed && server.closed);
+    EXPECT_EQ(client.remote.port, 4001);
+    EXPECT_EQ(client.local, server.remote);
+}
+
+TEST_F(BpfSourceTest, KnowsSocketsThatAreOlder) {
+    const FileDescriptor listener = socketAt(SOCK_STREAM, 4002);
+    ASSERT_EQ(::listen(listener.get(), 1), 0);
+    const FileDescriptor client = connectTo(SOCK_STREAM, 4002);
+    startSource();
+    if (IsSkipped()) {
+        return;
+    }
+    moveBothWays(listener, client);
+    auto found = pollFor(ownPath());
+    EXPECT_EQ(found[Direction::Output].payload.sent, payloadBytes);
+    EXPECT_EQ(found[Direction::Input].payload.received, payloadBytes);
+}
+
+TEST_F(BpfSourceTest, NamesAProgramThatIsGoneAndWasDeletedWhileItRan) {
+    startSource();
+    if (IsSkipped()) {
+        return;
+    }
+    const std::string program = ::testing::TempDir() + "bpf_source_test_" + std::to_string(::getpid());
+    std::filesystem::copy_file("/bin/bash", program);
+    const FileDescriptor receiver = socketAt(SOCK_DGRAM, 4003);
+    const std::string script = "rm " + program + "; echo -n 12345 > /dev/udp/127.0.0.1/4003";
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::execl(program.c_str(), program.c_str(), "-c", script.c_str(), nullptr);
+        ::_exit(127);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    ASSERT_EQ(status, 0);
+    auto found = pollFor(program);
+    EXPECT_EQ(found[Direction::Output].payload, (ByteCount{0, 5}));
+    EXPECT_EQ(found[Direction::Output].moved, (ByteCount{0, 5 + 8 + 20}));
+    EXPECT_EQ(found[Direction::Output].socketProtocol, IPPROTO_UDP);
+    EXPECT_TRUE(found[Direction::Output].closed);
+}
+
+TEST_F(BpfSourceTest, LeavesToTheKernelWhatTheKernelSays) {
+    startSource();
+    if (IsSkipped()) {
+        return;
+    }
+    pollFor("");
+    const FileDescriptor sender(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    const sockaddr_in nobody{AF_INET, htons(4004), {htonl(INADDR_LOOPBACK)}, {}};
+    EXPECT_EQ(::sendto(sender.get(), "123", 3, 0, reinterpret_cast<const sockaddr*>(&nobody), sizeof(nobody)),
+              3);
+    const auto found = pollFor("", 1);
+    ASSERT_TRUE(found.contains(Direction::Undefined));
+    constexpr int datagram = 20 + 8 + 3;
+    constexpr int unreachable =
+        20 + 8 + datagram;  // the ICMP message, which comes back to the kernel as well
+    EXPECT_GE(found.at(Direction::Undefined).moved.received, datagram + unreachable);
+    EXPECT_GE(found.at(Direction::Undefined).moved.sent, unreachable);
+}
+
+}  // namespace
+}  // namespace service

@@ -124,24 +124,44 @@ static __always_inline void remember_past(const struct flow* flow, __u32 netns) 
     bpf_map_update_elem(&pasts, &key, &past, BPF_ANY);
 }
 
-/** What a TCP socket gave to and took from its program, without what it had to send again; for any pointer to it. */
-static __always_inline void read_payload(void* sk, __u64* received, __u64* sent) {
+/** Payload that a TCP socket took in order, for any pointer to it. */
+static __always_inline __u64 payload_received(void* sk) {
     struct tcp_sock* tcp = sk;
     struct sock* address = sk;
     const int has_fin =
         BPF_CORE_READ(address, __sk_common.skc_flags) >> bpf_core_enum_value(enum sock_flags, SOCK_DONE) & 1;
-    *received = BPF_CORE_READ(tcp, bytes_received) - has_fin;  // which TCP counts as if it were a byte
-    *sent = BPF_CORE_READ(tcp, bytes_sent) - BPF_CORE_READ(tcp, bytes_retrans);
+    return BPF_CORE_READ(tcp, bytes_received) - has_fin;  // which TCP counts as if it were a byte
 }
 
-/** Brings the payload of the flow in a socket's storage up to date: TCP keeps count of it itself. */
+/** Payload that a TCP socket handed down, each byte once however often it was sent again. */
+static __always_inline __u64 payload_handed_down(void* sk) {
+    struct tcp_sock* tcp = sk;
+    return BPF_CORE_READ(tcp, bytes_sent) - BPF_CORE_READ(tcp, bytes_retrans);
+}
+
+/** The same, without what a device refused and got once more; that would count SYN and FIN as bytes by itself. */
+static __always_inline __u64 payload_sent(void* sk) {
+    struct tcp_sock* tcp = sk;
+    const __u64 handed_down = payload_handed_down(sk);
+    const __u32 on_its_way = BPF_CORE_READ(tcp, snd_nxt) - BPF_CORE_READ(tcp, snd_una);
+    const __u64 sequence = BPF_CORE_READ(tcp, bytes_acked) + on_its_way;
+    return handed_down < sequence ? handed_down : sequence;
+}
+
+static __always_inline void raise_to(__u64* count, __u64 value) {
+    if ((__s64)(value - *count) > 0) {
+        *count = value;
+    }
+}
+
+/**
+ * Brings the payload of the flow in a socket's storage up to date: TCP keeps count of it itself, until the socket is
+ * disconnected.
+ */
 static __always_inline void refresh_payload(struct socket_state* state, void* sk) {
-    __u64 received = 0;
-    __u64 sent = 0;
     if (state->kind == KIND_STREAM && state->flow.flow.id) {
-        read_payload(sk, &received, &sent);
-        state->flow.flow.received.payload = received - state->received_before;
-        state->flow.flow.sent.payload = sent - state->sent_before;
+        raise_to(&state->flow.flow.received.payload, payload_received(sk) - state->received_before);
+        raise_to(&state->flow.flow.sent.payload, payload_sent(sk) - state->sent_before);
     }
 }
 

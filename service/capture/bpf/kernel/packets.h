@@ -25,6 +25,7 @@
 #define IPV6_BYTES 40
 #define UDP_BYTES 8
 #define SCTP_BYTES 12
+#define ICMP_BYTES 8
 #define FRAGMENT_HEADER_BYTES 8
 
 /** More than any sender makes: RFC 8200 knows six kinds, one of which may stand twice. */
@@ -124,9 +125,9 @@ static __always_inline __u32 read_transport(void* from, packet_reader read, enum
                 packet->icmp_type = icmp[0];
                 __builtin_memcpy(&packet->echo, icmp + 4, 2);
             }
-            break;
+            return ICMP_BYTES;
     }
-    return 0;  // raw and ping sockets take and give the transport header too
+    return 0;
 }
 
 /** Fills `packet`; 0 when it is no IP packet. */

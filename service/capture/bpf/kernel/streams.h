@@ -93,7 +93,9 @@ static __always_inline __u8 version_of(struct __sk_buff* skb) {
 /** Leaves out the payload that a connection moved before its first packet here, which this is. */
 static __always_inline void leave_out_past(struct __sk_buff* skb, struct bpf_sock* sk,
                                            struct socket_state* state, enum way way) {
-    read_payload(kernel_address(sk), &state->received_before, &state->sent_before);
+    void* address = kernel_address(sk);
+    state->received_before = payload_received(address);
+    state->sent_before = payload_handed_down(address);
     if (way == SENT) {
         state->sent_before -= skb->len - stream_headers(skb);  // counted by TCP already
     }
@@ -174,6 +176,7 @@ int BPF_PROG(on_state, struct sock* sk, int before, int after) {
         return 0;
     }
     if (after == TCP_CLOSE) {
+        refresh_payload(state, sk);
         state->flow.flow.lingers =
             before == TCP_FIN_WAIT1 || before == TCP_FIN_WAIT2 || before == TCP_CLOSING;
         return 0;

@@ -107,6 +107,9 @@ struct tcp_sock {
     __u64 bytes_received;
     __u64 bytes_sent;
     __u64 bytes_retrans;
+    __u64 bytes_acked;
+    __u32 snd_nxt;
+    __u32 snd_una;
     _Bool is_mptcp;
 };
 

@@ -38,6 +38,9 @@ int keepFirstWarning(libbpf_print_level level, const char* format, va_list argum
 }
 
 std::string reason() {
+    if (errno == EPERM) {
+        return "it takes root, or CAP_BPF, CAP_PERFMON and CAP_NET_ADMIN";
+    }
     const std::string cause = std::strerror(errno);
     return firstWarning.empty() ? cause : cause + " (" + firstWarning + ")";
 }

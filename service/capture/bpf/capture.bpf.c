@@ -25,22 +25,19 @@ char bpf_license[] SEC("license") = "GPL";
 
 static __always_inline int count_packet(struct __sk_buff* skb, enum way way) {
     struct bpf_sock* sk = skb->sk;
-    sk = sk ? bpf_sk_fullsock(sk) : 0;
-    if (!sk) {
-        return 1;
-    }
-    struct socket_state* state = bpf_sk_storage_get(&sockets, sk, 0, 0);
-    if (!state || !state->id) {
-        state = adopt(sk);
+    struct socket_state* state = sk ? bpf_sk_storage_get(&sockets, sk, 0, 0) : 0;
+    if (sk && (!state || !state->id)) {
+        state = adopt(skb);
     }
     if (!state) {
-        LOSE(bytes, skb->len);
-    } else if (state->kind == KIND_STREAM || state->kind == KIND_LISTENER) {
-        count_stream(skb, sk, state, way);
+        return 1;
+    }
+    if (state->kind == KIND_STREAM || state->kind == KIND_LISTENER) {
+        count_stream(skb, state, way);
     } else if (state->kind == KIND_CONTROL) {
-        count_control(skb, sk, way);
+        count_control(skb, way);
     } else {
-        count_datagram(skb, sk, state, way);
+        count_datagram(skb, state, way);
     }
     return 1;
 }

@@ -85,10 +85,10 @@ static __always_inline void count_peer(struct socket_state* state, const struct 
     count(&flow->flow, way, amount);
 }
 
-static __noinline int count_any_datagram(struct __sk_buff* skb, struct bpf_sock* sk,
-                                         struct socket_state* state, enum way way) {
+static __noinline int count_any_datagram(struct __sk_buff* skb, struct socket_state* state, enum way way) {
+    struct bpf_sock* sk = full_socket(skb);
     struct packet packet = {};
-    if (!read_packet(skb, read_from_cgroup_skb, way, &packet)) {
+    if (!sk || !read_packet(skb, read_from_cgroup_skb, way, &packet)) {
         LOSE(packets, 1);
         return 0;
     }
@@ -132,12 +132,11 @@ static __always_inline __u32 headers_in_place(struct __sk_buff* skb, const struc
                : 0;
 }
 
-static __always_inline void count_datagram(struct __sk_buff* skb, struct bpf_sock* sk,
-                                           struct socket_state* state, enum way way) {
+static __always_inline void count_datagram(struct __sk_buff* skb, struct socket_state* state, enum way way) {
     struct flow* flow = &state->flow.flow;
     __u32 headers = flow->id && state->kind == KIND_DATAGRAM ? headers_in_place(skb, flow, way) : 0;
     if (!headers || skb->len > SMALLEST_MTU) {
-        count_any_datagram(skb, sk, state, way);
+        count_any_datagram(skb, state, way);
         return;
     }
     struct amount amount = {.wire = skb->len, .payload = skb->len - headers};
@@ -145,9 +144,10 @@ static __always_inline void count_datagram(struct __sk_buff* skb, struct bpf_soc
 }
 
 /** The kernel's own packets. */
-static __noinline int count_control(struct __sk_buff* skb, struct bpf_sock* sk, enum way way) {
+static __noinline int count_control(struct __sk_buff* skb, enum way way) {
+    struct bpf_sock* sk = full_socket(skb);
     struct packet packet = {};
-    if (!read_packet(skb, read_from_cgroup_skb, way, &packet)) {
+    if (!sk || !read_packet(skb, read_from_cgroup_skb, way, &packet)) {
         LOSE(packets, 1);
         return 0;
     }

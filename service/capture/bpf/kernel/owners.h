@@ -93,6 +93,12 @@ static __always_inline struct socket_state* state_of(struct sock* sk) {
     return state;
 }
 
+/** The socket of a packet at a control group's hook; null when it has none. */
+static __always_inline struct bpf_sock* full_socket(struct __sk_buff* skb) {
+    struct bpf_sock* sk = skb->sk;
+    return sk ? bpf_sk_fullsock(sk) : 0;
+}
+
 /** What a hook's context or socket is to the kernel itself. The detour, since no offset may be added to the former. */
 static __always_inline void* kernel_address(void* seen) {
     void* address = 0;
@@ -100,7 +106,7 @@ static __always_inline void* kernel_address(void* seen) {
     return address;
 }
 
-/** The same, for the socket of a control group's hook. */
+/** As `state_of`, for the socket of a control group's hook. */
 static __always_inline struct socket_state* state_of_bpf_sock(struct bpf_sock* sk) {
     struct socket_state* state = bpf_sk_storage_get(&sockets, sk, 0, BPF_SK_STORAGE_GET_F_CREATE);
     if (state && !state->id) {

@@ -56,10 +56,12 @@ int scan(struct bpf_iter__task_file* context) {
 }
 
 /** Storage for a socket that no hook and no scan has seen. */
-static __noinline struct socket_state* adopt(struct bpf_sock* sk) {
-    struct socket_state* state = state_of_bpf_sock(sk);
-    if (!state) {
+static __noinline struct socket_state* adopt(struct __sk_buff* skb) {
+    struct bpf_sock* sk = full_socket(skb);
+    struct socket_state* state = sk ? state_of_bpf_sock(sk) : 0;
+    if (!sk || !state) {
         LOSE(sockets, 1);
+        LOSE(bytes, skb->len);
         return 0;
     }
     if (sk->state == TCP_LISTEN) {

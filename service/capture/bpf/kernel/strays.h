@@ -85,11 +85,20 @@ int BPF_PROG(on_drop, struct sk_buff* buffer, void* location, enum skb_drop_reas
     return 0;
 }
 
+/** By its first header's look alone: most packets are of no interest, and this is cheap. */
+static __always_inline int may_be_icmp(const struct sk_buff* buffer) {
+    const int is_ipv4 = buffer->protocol == bpf_htons(ETH_P_IP);
+    unsigned char* header = buffer->head + buffer->network_header;
+    __u8 protocol = 0;
+    bpf_probe_read_kernel(&protocol, sizeof(protocol), header + (is_ipv4 ? 9 : 6));
+    return is_ipv4 ? protocol == IPPROTO_ICMP : protocol == IPPROTO_ICMPV6 || is_extension(protocol);
+}
+
 /** What the kernel has done with: among it are the ICMP messages that it takes itself. */
 SEC("tp_btf/consume_skb")
 int BPF_PROG(on_consume, struct sk_buff* buffer) {
-    // A socket's have one; what was sent or forwarded did not come from the device that it is at now.
-    if (buffer->sk || !buffer->skb_iif || !is_ip(buffer->protocol)) {
+    // What is sent has a socket, and what is forwarded did not come from the device that it is at now.
+    if (buffer->sk || !buffer->skb_iif || !is_ip(buffer->protocol) || !may_be_icmp(buffer)) {
         return 0;
     }
     struct packet packet = {};

@@ -101,22 +101,6 @@ static __always_inline void leave_out_past(struct __sk_buff* skb, struct bpf_soc
     }
 }
 
-static __noinline int begin_stream(struct __sk_buff* skb, struct bpf_sock* sk, struct socket_state* state,
-                                   enum way way) {
-    struct flow* flow = &state->flow.flow;
-    struct socket_facts facts = {.type = SOCK_STREAM, .domain = sk->family, .protocol = IPPROTO_TCP};
-    __u8 version = version_of(skb);
-    ends_of(sk, version, &flow->ends);
-    begin_flow(flow, state, &facts, version, state->direction);
-    if (state->parent) {
-        take_handshake(state, flow);
-    }
-    if (!state->is_new) {
-        leave_out_past(skb, sk, state, way);
-    }
-    return 0;
-}
-
 /** Counts a packet at a listener for the connection that it may lead to. */
 static __noinline int count_handshake(struct __sk_buff* skb, struct bpf_sock* sk, struct socket_state* state,
                                       enum way way) {
@@ -145,23 +129,47 @@ static __noinline int count_handshake(struct __sk_buff* skb, struct bpf_sock* sk
     return 0;
 }
 
-static __always_inline void count_stream(struct __sk_buff* skb, struct bpf_sock* sk,
+static __always_inline void begin_stream(struct __sk_buff* skb, struct bpf_sock* sk,
                                          struct socket_state* state, enum way way) {
+    struct flow* flow = &state->flow.flow;
+    struct socket_facts facts = {.type = SOCK_STREAM, .domain = sk->family, .protocol = IPPROTO_TCP};
+    __u8 version = version_of(skb);
+    ends_of(sk, version, &flow->ends);
+    begin_flow(flow, state, &facts, version, state->direction);
+    if (state->parent) {
+        take_handshake(state, flow);
+    }
+    if (!state->is_new) {
+        leave_out_past(skb, sk, state, way);
+    }
+}
+
+/** Finds the flow of a packet that has none yet; 0 when it belongs to a handshake, and is counted there. */
+static __noinline int find_stream(struct __sk_buff* skb, struct socket_state* state, enum way way) {
+    struct bpf_sock* sk = full_socket(skb);
+    if (!sk) {
+        return 0;
+    }
     if (state->kind == KIND_LISTENER) {
         if (sk->state == TCP_LISTEN) {
             count_handshake(skb, sk, state, way);
-            return;
+            return 0;
         }
         leave_listener(state);
     }
-    if (!state->flow.flow.id) {
-        begin_stream(skb, sk, state, way);
+    begin_stream(skb, sk, state, way);
+    return 1;
+}
+
+static __always_inline void count_stream(struct __sk_buff* skb, struct socket_state* state, enum way way) {
+    struct flow* flow = &state->flow.flow;
+    if (!flow->id && !find_stream(skb, state, way)) {
+        return;
     }
     __u64 wire = skb->len;
     if (skb->gso_size) {
         wire += repeated_headers(skb, stream_headers(skb));
     }
-    struct flow* flow = &state->flow.flow;
     __sync_fetch_and_add(way == SENT ? &flow->sent.wire : &flow->received.wire, wire);
 }
 

@@ -18,6 +18,12 @@ TEST(Options, AreTakenInBothForms) {
     EXPECT_TRUE(parseCommandLine({"--demo"}).options.demo);
 }
 
+TEST(Options, StatusIsAskedOfTheHistorysDaemon) {
+    const CommandLine line = parseCommandLine({"--status", "--database", "/a/b"});
+    EXPECT_EQ(line.action, CommandLine::Action::ShowStatus);
+    EXPECT_EQ(line.options.database, "/a/b");
+}
+
 TEST(Options, WrongOnesAreNamed) {
     struct Case {
         std::vector<std::string> arguments;

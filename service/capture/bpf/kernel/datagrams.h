@@ -135,7 +135,7 @@ static __always_inline __u32 headers_in_place(struct __sk_buff* skb, const struc
 static __always_inline void count_datagram(struct __sk_buff* skb, struct socket_state* state, enum way way) {
     struct flow* flow = &state->flow.flow;
     __u32 headers = flow->id && state->kind == KIND_DATAGRAM ? headers_in_place(skb, flow, way) : 0;
-    if (!headers || skb->len > SMALLEST_MTU) {
+    if (!headers || skb->len > SMALLEST_MTU || skb->gso_size) {
         count_any_datagram(skb, state, way);
         return;
     }

@@ -142,12 +142,9 @@ void BpfPrograms::leaveOutWhatKernelLacks() {
         bpf_program__set_autoload(m_Skeleton->progs.on_receive, false);
     }
     constexpr int withReceiver = 4;
-    if (tracepointArguments(types.get(), "kfree_skb") != withReceiver) {
-        logLine(
-            "bpf: this kernel does not tell who a dropped packet was for; packets that no socket takes are "
-            "not counted");
-        bpf_program__set_autoload(m_Skeleton->progs.on_drop, false);
-    }
+    const bool tellsReceiver = tracepointArguments(types.get(), "kfree_skb") == withReceiver;
+    bpf_program__set_autoload(m_Skeleton->progs.on_drop, tellsReceiver);
+    bpf_program__set_autoload(m_Skeleton->progs.on_untold_drop, !tellsReceiver);
 }
 
 bool BpfPrograms::attach(std::string& error) {
@@ -182,6 +179,7 @@ bool BpfPrograms::attach(std::string& error) {
     const bool counts = ownersKnown && toGroup(links.on_egress, programs.on_egress) &&
                         toGroup(links.on_ingress, programs.on_ingress) &&
                         toTracepoint(links.on_drop, programs.on_drop) &&
+                        toTracepoint(links.on_untold_drop, programs.on_untold_drop) &&
                         toTracepoint(links.on_consume, programs.on_consume) &&
                         toTracepoint(links.on_transmit, programs.on_transmit);
     if (!counts) {

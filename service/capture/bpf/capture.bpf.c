@@ -13,6 +13,8 @@
 #include "kernel/executables.h"
 #include "kernel/packets.h"
 #include "kernel/flows.h"
+#include "kernel/pasts.h"
+#include "kernel/ends.h"
 #include "kernel/owners.h"
 #include "kernel/streams.h"
 #include "kernel/datagrams.h"

@@ -153,6 +153,11 @@ static __noinline int count_control(struct __sk_buff* skb, enum way way) {
     }
     struct amount amount = amount_of(skb, packet.headers);
     amount.wire += fragment_overhead(skb, &packet, way);
+    if (packet.protocol == IPPROTO_TCP) {
+        struct sock* address = kernel_address(sk);  // it speaks for sockets that are gone, as in TIME_WAIT
+        return count_late_or_kernels(&packet, BPF_CORE_READ(address, __sk_common.skc_net.net, ns.inum),
+                                     &amount, way);
+    }
     count_rest(EXECUTABLE_KERNEL, rest_class(sk->family, packet.protocol), &amount, way);
     return 0;
 }

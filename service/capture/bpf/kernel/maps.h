@@ -87,7 +87,8 @@ struct past {
     __u8 domain;
     __u8 type;
     __u8 direction;
-    __u8 unused[5];
+    __u8 lingers;
+    __u8 unused[4];
 };
 
 struct {

@@ -25,64 +25,50 @@ static __always_inline struct amount stray_amount(const struct packet* packet, _
     return amount;
 }
 
-/** Tells of a packet that came too late for its flow; false when nobody has had such a flow lately. */
-static __always_inline int count_late(const struct packet* packet, __u32 netns, const struct amount* amount,
-                                      enum way way) {
-    struct past_key key = {.netns = netns, .protocol = packet->protocol, .ends = packet->ends};
-    struct past* past = bpf_map_lookup_elem(&pasts, &key);
-    if (!past) {
-        return 0;
-    }
-    struct tracked_flow late = {};
-    late.flow.id = past->id;
-    late.flow.socket = past->socket;
-    late.flow.executable = past->executable;
-    late.flow.opened = past->opened;
-    late.flow.ends = packet->ends;
-    late.flow.protocol = packet->protocol;
-    late.flow.domain = past->domain;
-    late.flow.version = packet->version;
-    late.flow.type = past->type;
-    late.flow.grade = OWNER_SURE;
-    late.flow.direction = past->direction;
-    count(&late.flow, way, amount);
-    tell(&late, FLOW_LATE);
-    return 1;
-}
-
-static __always_inline __u16 domain_of(const struct packet* packet) {
-    return packet->version == 4 ? AF_INET : AF_INET6;
-}
-
 static __always_inline int is_icmp(const struct packet* packet) {
     return packet->protocol == IPPROTO_ICMP || packet->protocol == IPPROTO_ICMPV6;
 }
 
-static __always_inline void count_late_or_kernels(const struct packet* packet, __u32 netns,
-                                                  const struct amount* amount, enum way way) {
-    if (!count_late(packet, netns, amount, way)) {
-        count_rest(EXECUTABLE_KERNEL, rest_class(domain_of(packet), packet->protocol), amount, way);
-    }
+static __always_inline int is_for_nobody(enum skb_drop_reason reason) {
+    return reason == bpf_core_enum_value(enum skb_drop_reason, SKB_DROP_REASON_NO_SOCKET);
 }
 
-/** A packet that came in and that no socket took. */
+/**
+ * A packet that came in and that no socket took. ICMP is left out: a reply that no ping socket takes may well have
+ * been for a raw one.
+ */
+static __always_inline int count_dropped(struct sk_buff* buffer, int only_lingering) {
+    struct packet packet = {};
+    __u32 length = 0;
+    if (!is_ip(buffer->protocol) || !read_stray(buffer, RECEIVED, &packet, &length) || is_icmp(&packet)) {
+        return 0;
+    }
+    const __u32 netns = BPF_CORE_READ(buffer, dev, nd_net.net, ns.inum);
+    struct amount amount = stray_amount(&packet, length);
+    if (only_lingering) {
+        struct past* past = find_past(&packet, netns);
+        if (!past || !past->lingers) {
+            return 0;
+        }
+    }
+    return count_late_or_kernels(&packet, netns, &amount, RECEIVED);
+}
+
 SEC("tp_btf/kfree_skb")
 int BPF_PROG(on_drop, struct sk_buff* buffer, void* location, enum skb_drop_reason reason,
              struct sock* receiver) {
     const int for_past = receiver && BPF_CORE_READ(receiver, __sk_common.skc_state) == TCP_TIME_WAIT;
-    const int for_nobody =
-        !receiver && reason == bpf_core_enum_value(enum skb_drop_reason, SKB_DROP_REASON_NO_SOCKET);
-    if ((!for_past && !for_nobody) || !is_ip(buffer->protocol)) {
-        return 0;  // what a socket dropped was counted on its way there
-    }
-    struct packet packet = {};
-    __u32 length = 0;
-    if (!read_stray(buffer, RECEIVED, &packet, &length) || is_icmp(&packet)) {
-        return 0;  // an ICMP reply that no ping socket takes may well have been for a raw one
-    }
-    struct amount amount = stray_amount(&packet, length);
-    count_late_or_kernels(&packet, BPF_CORE_READ(buffer, dev, nd_net.net, ns.inum), &amount, RECEIVED);
-    return 0;
+    const int for_nobody = !receiver && is_for_nobody(reason);
+    return for_past || for_nobody ? count_dropped(buffer, 0)
+                                  : 0;  // others were counted on their way to a socket
+}
+
+/** For kernels before 6.11, which do not tell who a packet was for: in TIME_WAIT it is dropped without a reason. */
+SEC("tp_btf/kfree_skb")
+int BPF_PROG(on_untold_drop, struct sk_buff* buffer, void* location, enum skb_drop_reason reason) {
+    const int without_reason =
+        reason == bpf_core_enum_value(enum skb_drop_reason, SKB_DROP_REASON_NOT_SPECIFIED);
+    return without_reason || is_for_nobody(reason) ? count_dropped(buffer, without_reason) : 0;
 }
 
 /** By its first header's look alone: most packets are of no interest, and this is cheap. */

@@ -184,6 +184,7 @@ enum sock_flags {
 };
 
 enum skb_drop_reason {
+    SKB_DROP_REASON_NOT_SPECIFIED,
     SKB_DROP_REASON_NO_SOCKET,
 };
 

@@ -1,0 +1,59 @@
+/* SPDX-License-Identifier: GPL-3.0-or-later */
+/* The payload of TCP's sockets, and the end of the flow in a socket's storage. */
+#pragma once
+
+/** Payload that a TCP socket took in order, for any pointer to it. */
+static __always_inline __u64 payload_received(void* sk) {
+    struct tcp_sock* tcp = sk;
+    struct sock* address = sk;
+    const int has_fin =
+        BPF_CORE_READ(address, __sk_common.skc_flags) >> bpf_core_enum_value(enum sock_flags, SOCK_DONE) & 1;
+    return BPF_CORE_READ(tcp, bytes_received) - has_fin;  // which TCP counts as if it were a byte
+}
+
+/** Payload that a TCP socket handed down, each byte once however often it was sent again. */
+static __always_inline __u64 payload_handed_down(void* sk) {
+    struct tcp_sock* tcp = sk;
+    return BPF_CORE_READ(tcp, bytes_sent) - BPF_CORE_READ(tcp, bytes_retrans);
+}
+
+/** The same, without what a device refused and got once more; that would count SYN and FIN as bytes by itself. */
+static __always_inline __u64 payload_sent(void* sk) {
+    struct tcp_sock* tcp = sk;
+    const __u64 handed_down = payload_handed_down(sk);
+    const __u32 on_its_way = BPF_CORE_READ(tcp, snd_nxt) - BPF_CORE_READ(tcp, snd_una);
+    const __u64 sequence = BPF_CORE_READ(tcp, bytes_acked) + on_its_way;
+    return handed_down < sequence ? handed_down : sequence;
+}
+
+static __always_inline void raise_to(__u64* count, __u64 value) {
+    if ((__s64)(value - *count) > 0) {
+        *count = value;
+    }
+}
+
+/**
+ * Brings the payload of the flow in a socket's storage up to date: TCP keeps count of it itself, until the socket is
+ * disconnected.
+ */
+static __always_inline void refresh_payload(struct socket_state* state, void* sk) {
+    if (state->kind == KIND_STREAM && state->flow.flow.id) {
+        raise_to(&state->flow.flow.received.payload, payload_received(sk) - state->received_before);
+        raise_to(&state->flow.flow.sent.payload, payload_sent(sk) - state->sent_before);
+    }
+}
+
+/** Ends the flow in a socket's storage, whose place is free then. */
+static __always_inline void end_flow(struct socket_state* state, void* sk) {
+    struct tracked_flow* tracked = &state->flow;
+    struct sock* address = sk;
+    if (!tracked->flow.id) {
+        return;
+    }
+    refresh_payload(state, sk);
+    tell(tracked, FLOW_ENDED);
+    if (tracked->flow.protocol == IPPROTO_TCP || tracked->flow.protocol == IPPROTO_UDP) {
+        remember_past(&tracked->flow, BPF_CORE_READ(address, __sk_common.skc_net.net, ns.inum));
+    }
+    __builtin_memset(tracked, 0, sizeof(*tracked));
+}

@@ -1,0 +1,68 @@
+/* SPDX-License-Identifier: GPL-3.0-or-later */
+/* Flows that have ended lately: packets that come after the end are still those of the last owner. */
+#pragma once
+
+static __always_inline void remember_past(const struct flow* flow, __u32 netns) {
+    struct past_key key = {.netns = netns, .protocol = flow->protocol, .ends = flow->ends};
+    struct past past = {
+        .id = flow->id,
+        .socket = flow->socket,
+        .executable = flow->executable,
+        .opened = flow->opened,
+        .domain = flow->domain,
+        .type = flow->type,
+        .direction = flow->direction,
+        .lingers = flow->lingers,
+    };
+    bpf_map_update_elem(&pasts, &key, &past, BPF_ANY);
+}
+
+static __always_inline struct past* find_past(const struct packet* packet, __u32 netns) {
+    struct past_key key = {.netns = netns, .protocol = packet->protocol, .ends = packet->ends};
+    return bpf_map_lookup_elem(&pasts, &key);
+}
+
+/** Tells of a packet that came too late for its flow. */
+static __always_inline void tell_late(const struct past* past, const struct packet* packet,
+                                      const struct amount* amount, enum way way) {
+    struct flow* late = bpf_ringbuf_reserve(&events, sizeof(*late), 0);
+    if (!late) {
+        LOSE(events, 1);
+        count_rest(past->executable, rest_class(past->domain, packet->protocol), amount, way);
+        return;
+    }
+    __builtin_memset(late, 0, sizeof(*late));
+    late->id = past->id;
+    late->socket = past->socket;
+    late->executable = past->executable;
+    late->opened = past->opened;
+    late->ends = packet->ends;
+    late->protocol = packet->protocol;
+    late->domain = past->domain;
+    late->version = packet->version;
+    late->type = past->type;
+    late->grade = OWNER_SURE;
+    late->direction = past->direction;
+    late->ended = FLOW_LATE;
+    *(way == SENT ? &late->sent : &late->received) = *amount;
+    bpf_ringbuf_submit(late, BPF_RB_NO_WAKEUP);
+}
+
+static __always_inline __u16 domain_of(const struct packet* packet) {
+    return packet->version == 4 ? AF_INET : AF_INET6;
+}
+
+/** Counts a packet that belongs to no socket: for the last owner of its flow, else for the kernel. */
+static __noinline int count_late_or_kernels(const struct packet* packet, __u32 netns,
+                                            const struct amount* amount, enum way way) {
+    if (!packet || !amount) {
+        return 0;
+    }
+    struct past* past = find_past(packet, netns);
+    if (past) {
+        tell_late(past, packet, amount, way);
+    } else {
+        count_rest(EXECUTABLE_KERNEL, rest_class(domain_of(packet), packet->protocol), amount, way);
+    }
+    return 0;
+}

@@ -143,7 +143,7 @@ struct losses {
     __u64 sockets;     /* packets of sockets that no memory was to be had for; their bytes are in `bytes` */
     __u64 flows;       /* packets for whose flow there was no room: their bytes stay with the executable */
     __u64 handshakes;  /* likewise, for a connection that does not exist yet */
-    __u64 events;      /* flows that ended with the ring full: likewise */
+    __u64 events;      /* flows whose end could not be told: likewise */
     __u64 executables; /* whose path could not be kept */
     __u64 strangers;   /* sockets that no process was seen with, and not the kernel's: older, and given up */
     __u64 packets;     /* with headers that make no sense; in no count */

@@ -48,7 +48,7 @@ static __always_inline struct tracked_flow* flow_beside(struct socket_state* sta
                                                         const struct packet* packet, __u8 direction) {
     struct flow_key key = {.socket = state->id,
                            .remote_port = packet->ends.remote_port,
-                           .protocol = facts->protocol,
+                           .protocol = packet->protocol,
                            .version = packet->version};
     __builtin_memcpy(key.remote, packet->ends.remote, sizeof(key.remote));
     struct tracked_flow* flow = bpf_map_lookup_elem(&flows, &key);

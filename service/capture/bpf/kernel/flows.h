@@ -72,7 +72,23 @@ static __always_inline int was_told(const struct tracked_flow* tracked) {
     return tracked->told_received.wire + tracked->told_sent.wire != 0;
 }
 
-/** Tells at once of a flow that ends or passes into other hands. With the ring full its bytes go to the rest. */
+static __always_inline struct flow_key key_of(const struct flow* flow) {
+    struct flow_key key = {.socket = flow->socket,
+                           .remote_port = flow->ends.remote_port,
+                           .protocol = flow->protocol,
+                           .version = flow->version};
+    __builtin_memcpy(key.remote, flow->ends.remote, sizeof(key.remote));
+    return key;
+}
+
+/** Puts a flow that ends where the daemon finds it when it reads the tables next; 0 when there is no room either. */
+static __always_inline int put_aside(struct tracked_flow* tracked, enum flow_end ended) {
+    struct flow_key key = key_of(&tracked->flow);
+    tracked->flow.ended = ended;
+    return ended != FLOW_LIVES && bpf_map_update_elem(&flows, &key, tracked, BPF_NOEXIST) == 0;
+}
+
+/** Tells at once of a flow that ends or passes into other hands. Where it can't, its bytes go to the rest. */
 static __noinline int tell(struct tracked_flow* tracked, enum flow_end ended) {
     struct flow told;
     if (!tracked || (!whats_new(tracked, &told) && !(ended && was_told(tracked)))) {
@@ -80,6 +96,9 @@ static __noinline int tell(struct tracked_flow* tracked, enum flow_end ended) {
     }
     told.ended = ended;
     if (bpf_ringbuf_output(&events, &told, sizeof(told), BPF_RB_NO_WAKEUP)) {
+        if (put_aside(tracked, ended)) {
+            return 0;
+        }
         LOSE(events, 1);
         __u32 class = rest_class(told.domain, told.protocol);
         count_rest(told.executable, class, &told.received, RECEIVED);

@@ -129,10 +129,10 @@ struct {
     __type(value, struct workbench);
 } workbenches SEC(".maps");
 
-/** Flows that can't wait for the next reading of the tables. Room for 25,000: ends and late packets of a second. */
+/** Flows that can't wait for the next reading of the tables: ends and late packets, some 13,000. */
 struct {
     __uint(type, BPF_MAP_TYPE_RINGBUF);
-    __uint(max_entries, 4 << 20);
+    __uint(max_entries, 2 << 20);
 } events SEC(".maps");
 
 /** Local ports that were listened on when the capture began, and by what executable. */

@@ -15,7 +15,14 @@
 static __always_inline int report(struct seq_file* sequence, struct tracked_flow* tracked,
                                   int ends_by_quiet) {
     struct flow told;
-    if (!whats_new(tracked, &told)) {
+    const __u64 news = whats_new(tracked, &told);
+    if (told.ended) {  // put aside when there was no room to tell of its end
+        if (bpf_seq_write(sequence, &told, sizeof(told)) == 0) {
+            mark_told(tracked, &told);
+        }
+        return 0;
+    }
+    if (!news) {
         const __u32 quiet = tracked->quiet + 1;
         told.ended = ends_by_quiet && quiet >= QUIET_READINGS;
         if (told.ended && bpf_seq_write(sequence, &told, sizeof(told))) {

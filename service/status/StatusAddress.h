@@ -10,8 +10,8 @@
 namespace service {
 
 /**
- * Where a daemon tells of itself: a local socket beside its history, named like that with ".status" behind. Only who
- * may enter the folder and owns the socket can ask.
+ * Where a daemon tells of itself: a local socket beside its history, named like that with ".status" behind.
+ * Only who may enter the folder and owns the socket can ask.
  */
 class StatusAddress {
   public:
@@ -20,7 +20,10 @@ class StatusAddress {
 
     bool isValid() const { return m_Folder.isValid(); }
 
-    /** For bind(2) and connect(2), as long as this exists: it goes by the open folder, since a path may be too long. */
+    /**
+     * For bind(2) and connect(2), as long as this exists: it goes by the open folder, since a path may be too
+     * long.
+     */
     const sockaddr_un& address() const { return m_Address; }
 
     /** Removes the socket, if there is one. */

@@ -6,7 +6,10 @@
 
 namespace service {
 
-/** Asks the daemon that keeps this history for its status; nothing with the reason in `error`. Waits 5 s at most. */
+/**
+ * Asks the daemon that keeps this history for its status; nothing with the reason in `error`. Waits 5 s at
+ * most.
+ */
 std::optional<std::string> queryStatus(const std::string& databasePath, std::string& error);
 
 }  // namespace service

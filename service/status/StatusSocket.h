@@ -11,12 +11,14 @@
 
 namespace service {
 
-/** Gives the daemon's status to whoever connects to its local socket, and closes. On the event loop's thread. */
+/**
+ * Gives the daemon's status to whoever connects to its local socket, and closes. On the event loop's thread.
+ */
 class StatusSocket {
   public:
     /**
-     * The socket replaces one that a daemon left behind that died; nobody but the history's only user may call this.
-     * Null with the reason in `error`. `loop` must outlive the socket.
+     * The socket replaces one that a daemon left behind that died; nobody but the history's only user may
+     * call this. Null with the reason in `error`. `loop` must outlive the socket.
      *
      * @param status gives the text, of a few KiB
      */

@@ -24,7 +24,9 @@ namespace service {
 
 namespace {
 
-/** What the library says of a failure comes as text for a person; the first line is the one with the reason. */
+/**
+ * What the library says of a failure comes as text for a person; the first line is the one with the reason.
+ */
 std::string firstWarning;
 
 int keepFirstWarning(libbpf_print_level level, const char* format, va_list arguments) {
@@ -152,8 +154,8 @@ bool BpfPrograms::attach(std::string& error) {
     if (!group.isValid()) {
         return false;
     }
-    // Owners first, then a look at the sockets that are older, then the counting: so nothing is counted before its
-    // owner can be known.
+    // Owners first, then a look at the sockets that are older, then the counting: so nothing is counted
+    // before its owner can be known.
     const auto toGroup = [&](bpf_link*& link, const bpf_program* program) {
         link = bpf_program__attach_cgroup(program, group.get());
         return link != nullptr;

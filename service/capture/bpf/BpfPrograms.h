@@ -16,8 +16,8 @@ struct ring_buffer;
 namespace service {
 
 /**
- * The programs in the kernel and their tables: loaded and attached while this exists, and not a moment longer,
- * since the kernel itself detaches them from a process that is gone. One thread at a time.
+ * The programs in the kernel and their tables: loaded and attached while this exists, and not a moment
+ * longer, since the kernel itself detaches them from a process that is gone. One thread at a time.
  */
 class BpfPrograms {
   public:
@@ -33,7 +33,9 @@ class BpfPrograms {
     BpfPrograms(const BpfPrograms&) = delete;
     BpfPrograms& operator=(const BpfPrograms&) = delete;
 
-    /** Visits what could not wait since the last call: flows that ended or changed hands, and late packets. */
+    /**
+     * Visits what could not wait since the last call: flows that ended or changed hands, and late packets.
+     */
     void readEvents(const FlowVisitor& visit);
 
     /** Visits every flow that moved bytes since it was visited before, or ended by its quiet. */

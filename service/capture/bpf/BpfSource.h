@@ -15,10 +15,12 @@
 namespace service {
 
 /**
- * All IP traffic of the machine's sockets, in every network namespace, counted in the kernel packet by packet.
+ * All IP traffic of the machine's sockets, in every network namespace, counted in the kernel packet by
+ * packet.
  *
- * A flow with a single peer is a connection; what an executable moved besides is one with empty addresses. A byte
- * between two programs of this machine is counted twice: as sent by the one and as received by the other.
+ * A flow with a single peer is a connection; what an executable moved besides is one with empty addresses. A
+ * byte between two programs of this machine is counted twice: as sent by the one and as received by the
+ * other.
  */
 class BpfSource : public TrafficSource {
   public:
@@ -40,7 +42,9 @@ class BpfSource : public TrafficSource {
     const std::unique_ptr<BpfPrograms> m_Programs;
     ExecutableNames m_Names;
 
-    /** Connections that ended before this poll, to be closed at its end: their last packets may still come. */
+    /**
+     * Connections that ended before this poll, to be closed at its end: their last packets may still come.
+     */
     std::unordered_map<std::uint64_t, TrafficSample> m_Closing;
     std::unordered_map<std::uint64_t, TrafficSample> m_ClosingNext;
 

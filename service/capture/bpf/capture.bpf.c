@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The programs in the kernel that count every IP byte for the executable that moved it. Each header has one job.
+// The programs in the kernel that count every IP byte for the executable that moved it. Each header has one
+// job.
 #include <linux/bpf.h>
 #include <linux/if_ether.h>
 // clang-format off

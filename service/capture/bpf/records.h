@@ -108,7 +108,7 @@ struct rest_key {
     __u64 executable;
     __u16 protocol;
     __u16 domain;
-    __u32 unused;
+    __u32 direction;
 };
 
 /** Packets that reached a listening socket: they belong to a connection that does not exist yet. */

@@ -21,9 +21,9 @@ static __always_inline int is_echo_reply(const struct packet* packet) {
 }
 
 /**
- * Whether a raw socket got a packet that is meant for it. It gets a copy of every packet of its protocol: those of
- * TCP and UDP are counted at their own sockets, and of ICMP's it wants the replies to what it asked; the others are
- * the kernel's.
+ * Whether a raw socket got a packet that is meant for it. It gets a copy of every packet of its protocol:
+ * those of TCP and UDP are counted at their own sockets, and of ICMP's it wants the replies to what it asked;
+ * the others are the kernel's.
  */
 static __always_inline int is_meant_for(const struct socket_state* state, const struct packet* packet) {
     if (packet->protocol == IPPROTO_TCP || packet->protocol == IPPROTO_UDP) {
@@ -73,7 +73,9 @@ static __always_inline void count_peer(struct socket_state* state, const struct 
         flow = flow_beside(state, facts, packet, direction);
         if (!flow) {
             LOSE(flows, 1);
-            count_rest(state->executable, rest_class(facts->domain, facts->protocol), amount, way);
+            struct rest_key rest =
+                rest_of(state->executable, facts->domain, facts->protocol, DIRECTION_UNDEFINED);
+            count_rest(&rest, amount, way);
             return;
         }
         flow->flow.executable = state->executable;
@@ -106,7 +108,10 @@ static __noinline int count_any_datagram(struct __sk_buff* skb, struct socket_st
     return 0;
 }
 
-/** Bytes of the headers of a whole UDP packet without options to or from the peer of the flow in place; else 0. */
+/**
+ * Bytes of the headers of a whole UDP packet without options to or from the peer of the flow in place; else
+ * 0.
+ */
 static __always_inline __u32 headers_in_place(struct __sk_buff* skb, const struct flow* flow, enum way way) {
     const __u8* data = (void*)(long)skb->data;
     const __u8* end = (void*)(long)skb->data_end;
@@ -158,7 +163,7 @@ static __noinline int count_control(struct __sk_buff* skb, enum way way) {
         return count_late_or_kernels(&packet, BPF_CORE_READ(address, __sk_common.skc_net.net, ns.inum),
                                      &amount, way);
     }
-    count_rest(EXECUTABLE_KERNEL, rest_class(sk->family, packet.protocol), &amount, way);
+    count_kernels(sk->family, packet.protocol, &amount, way);
     return 0;
 }
 

@@ -17,7 +17,9 @@ static __always_inline __u64 payload_handed_down(void* sk) {
     return BPF_CORE_READ(tcp, bytes_sent) - BPF_CORE_READ(tcp, bytes_retrans);
 }
 
-/** The same, without what a device refused and got once more; that would count SYN and FIN as bytes by itself. */
+/**
+ * The same, without what a device refused and got once more; that would count SYN and FIN as bytes by itself.
+ */
 static __always_inline __u64 payload_sent(void* sk) {
     struct tcp_sock* tcp = sk;
     const __u64 handed_down = payload_handed_down(sk);
@@ -33,8 +35,8 @@ static __always_inline void raise_to(__u64* count, __u64 value) {
 }
 
 /**
- * Brings the payload of the flow in a socket's storage up to date: TCP keeps count of it itself, until the socket is
- * disconnected.
+ * Brings the payload of the flow in a socket's storage up to date: TCP keeps count of it itself, until the
+ * socket is disconnected.
  */
 static __always_inline void refresh_payload(struct socket_state* state, void* sk) {
     if (state->kind == KIND_STREAM && state->flow.flow.id) {

@@ -1,5 +1,8 @@
 /* SPDX-License-Identifier: GPL-3.0-or-later */
-/* Which file a process runs: the path is walked here, because the process may be gone before anyone else looks. */
+/*
+ * Which file a process runs: the path is walked here, because the process may be gone before anyone else
+ * looks.
+ */
 #pragma once
 
 #define PF_KTHREAD 0x00200000

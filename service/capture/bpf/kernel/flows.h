@@ -13,28 +13,31 @@ static __always_inline void count(struct flow* flow, enum way way, const struct 
     add(way == SENT ? &flow->sent : &flow->received, amount);
 }
 
+static __always_inline struct rest_key rest_of(__u64 executable, __u16 domain, __u16 protocol,
+                                               enum flow_direction direction) {
+    struct rest_key key = {
+        .executable = executable, .protocol = protocol, .domain = domain, .direction = direction};
+    return key;
+}
+
 /** Counts what has no flow of its own. */
-static __noinline int count_rest(__u64 executable, __u32 domain_and_protocol, const struct amount* amount,
-                                 enum way way) {
-    if (!amount || !amount->wire) {
+static __noinline int count_rest(const struct rest_key* key, const struct amount* amount, enum way way) {
+    if (!key || !amount || !amount->wire) {
         return 0;
     }
-    __u16 domain = domain_and_protocol >> 16;
-    __u16 protocol = domain_and_protocol;
-    struct rest_key key = {.executable = executable, .protocol = protocol, .domain = domain};
-    struct tracked_flow* rest = bpf_map_lookup_elem(&rests, &key);
+    struct tracked_flow* rest = bpf_map_lookup_elem(&rests, key);
     if (!rest) {
         struct tracked_flow fresh = {};
         fresh.flow.id = new_id();
-        fresh.flow.executable = executable;
+        fresh.flow.executable = key->executable;
         fresh.flow.opened = bpf_ktime_get_ns();
-        fresh.flow.protocol = protocol;
-        fresh.flow.domain = domain;
-        fresh.flow.type = protocol == IPPROTO_TCP ? SOCK_STREAM : SOCK_RAW;
+        fresh.flow.protocol = key->protocol;
+        fresh.flow.domain = key->domain;
+        fresh.flow.type = key->protocol == IPPROTO_TCP ? SOCK_STREAM : SOCK_RAW;
         fresh.flow.grade = OWNER_SURE;
-        fresh.flow.direction = DIRECTION_UNDEFINED;
-        bpf_map_update_elem(&rests, &key, &fresh, BPF_NOEXIST);
-        rest = bpf_map_lookup_elem(&rests, &key);
+        fresh.flow.direction = key->direction;
+        bpf_map_update_elem(&rests, key, &fresh, BPF_NOEXIST);
+        rest = bpf_map_lookup_elem(&rests, key);
     }
     if (rest) {
         count(&rest->flow, way, amount);
@@ -44,8 +47,10 @@ static __noinline int count_rest(__u64 executable, __u32 domain_and_protocol, co
     return 0;
 }
 
-static __always_inline __u32 rest_class(__u16 domain, __u16 protocol) {
-    return (__u32)domain << 16 | protocol;
+static __always_inline int count_kernels(__u16 domain, __u16 protocol, const struct amount* amount,
+                                         enum way way) {
+    struct rest_key key = rest_of(EXECUTABLE_KERNEL, domain, protocol, DIRECTION_UNDEFINED);
+    return count_rest(&key, amount, way);
 }
 
 static __always_inline struct amount since(struct amount now, const struct amount* told) {
@@ -81,7 +86,10 @@ static __always_inline struct flow_key key_of(const struct flow* flow) {
     return key;
 }
 
-/** Puts a flow that ends where the daemon finds it when it reads the tables next; 0 when there is no room either. */
+/**
+ * Puts a flow that ends where the daemon finds it when it reads the tables next; 0 when there is no room
+ * either.
+ */
 static __always_inline int put_aside(struct tracked_flow* tracked, enum flow_end ended) {
     struct flow_key key = key_of(&tracked->flow);
     tracked->flow.ended = ended;
@@ -100,9 +108,9 @@ static __noinline int tell(struct tracked_flow* tracked, enum flow_end ended) {
             return 0;
         }
         LOSE(events, 1);
-        __u32 class = rest_class(told.domain, told.protocol);
-        count_rest(told.executable, class, &told.received, RECEIVED);
-        count_rest(told.executable, class, &told.sent, SENT);
+        struct rest_key rest = rest_of(told.executable, told.domain, told.protocol, told.direction);
+        count_rest(&rest, &told.received, RECEIVED);
+        count_rest(&rest, &told.sent, SENT);
     }
     mark_told(tracked, &told);
     return 0;

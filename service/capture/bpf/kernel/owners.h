@@ -1,12 +1,17 @@
 /* SPDX-License-Identifier: GPL-3.0-or-later */
-/* Whose a socket is, and the hooks that tell it: in all of them the process that acts is the one that runs. */
+/*
+ * Whose a socket is, and the hooks that tell it: in all of them the process that acts is the one that runs.
+ */
 #pragma once
 
 static __always_inline int same_image(const struct image* left, const struct image* right) {
     return left->started == right->started && left->process == right->process && left->execs == right->execs;
 }
 
-/** Makes the process that runs the owner of a socket that the kernel knows at `sk`. Bytes so far stay with the owner before, if that one was sure. */
+/**
+ * Makes the process that runs the owner of a socket that the kernel knows at `sk`. Bytes so far stay with the
+ * owner before, if that one was sure.
+ */
 static __always_inline void own(struct socket_state* state, void* sk, const struct image* image, __u8 grade) {
     __u64 executable = current_executable(image);
     if (executable == EXECUTABLE_UNKNOWN) {
@@ -99,7 +104,10 @@ static __always_inline struct bpf_sock* full_socket(struct __sk_buff* skb) {
     return sk ? bpf_sk_fullsock(sk) : 0;
 }
 
-/** What a hook's context or socket is to the kernel itself. The detour, since no offset may be added to the former. */
+/**
+ * What a hook's context or socket is to the kernel itself. The detour, since no offset may be added to the
+ * former.
+ */
 static __always_inline void* kernel_address(void* seen) {
     void* address = 0;
     bpf_probe_read_kernel(&address, sizeof(address), &seen);

@@ -183,8 +183,9 @@ static __always_inline struct amount amount_of(struct __sk_buff* skb, __u32 head
 #define SMALLEST_MTU 576
 
 /**
- * The largest piece, header and all, that a datagram was or will be cut into; 0 when it is whole. What comes in was
- * put together before it gets here, and the kernel has noted this; what leaves is cut afterwards, to the device's MTU.
+ * The largest piece, header and all, that a datagram was or will be cut into; 0 when it is whole. What comes
+ * in was put together before it gets here, and the kernel has noted this; what leaves is cut afterwards, to
+ * the device's MTU.
  */
 static __always_inline __u32 largest_fragment(struct __sk_buff* skb, __u8 version, enum way way) {
     struct sk_buff* buffer = (void*)skb;
@@ -199,7 +200,9 @@ static __always_inline __u32 largest_fragment(struct __sk_buff* skb, __u8 versio
     return noted;
 }
 
-/** Bytes of the headers that all fragments but the first have of their own, and of the IPv6 fragment headers. */
+/**
+ * Bytes of the headers that all fragments but the first have of their own, and of the IPv6 fragment headers.
+ */
 static __always_inline __u32 fragment_overhead(struct __sk_buff* skb, const struct packet* packet,
                                                enum way way) {
     __u32 length = skb->len;

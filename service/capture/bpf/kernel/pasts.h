@@ -28,7 +28,8 @@ static __always_inline void tell_late(const struct past* past, const struct pack
     struct flow* late = bpf_ringbuf_reserve(&events, sizeof(*late), 0);
     if (!late) {
         LOSE(events, 1);
-        count_rest(past->executable, rest_class(past->domain, packet->protocol), amount, way);
+        struct rest_key rest = rest_of(past->executable, past->domain, packet->protocol, past->direction);
+        count_rest(&rest, amount, way);
         return;
     }
     __builtin_memset(late, 0, sizeof(*late));
@@ -62,7 +63,7 @@ static __noinline int count_late_or_kernels(const struct packet* packet, __u32 n
     if (past) {
         tell_late(past, packet, amount, way);
     } else {
-        count_rest(EXECUTABLE_KERNEL, rest_class(domain_of(packet), packet->protocol), amount, way);
+        count_kernels(domain_of(packet), packet->protocol, amount, way);
     }
     return 0;
 }

@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: GPL-3.0-or-later */
 /*
- * Packets that pass the control groups by: those for sockets that are gone or in TIME_WAIT, those for no socket at
- * all, and those of packet sockets, which enter below IP.
+ * Packets that pass the control groups by: those for sockets that are gone or in TIME_WAIT, those for no
+ * socket at all, and those of packet sockets, which enter below IP.
  */
 #pragma once
 
@@ -34,8 +34,8 @@ static __always_inline int is_for_nobody(enum skb_drop_reason reason) {
 }
 
 /**
- * A packet that came in and that no socket took. ICMP is left out: a reply that no ping socket takes may well have
- * been for a raw one.
+ * A packet that came in and that no socket took. ICMP is left out: a reply that no ping socket takes may well
+ * have been for a raw one.
  */
 static __always_inline int count_dropped(struct sk_buff* buffer, int only_lingering) {
     struct packet packet = {};
@@ -63,7 +63,10 @@ int BPF_PROG(on_drop, struct sk_buff* buffer, void* location, enum skb_drop_reas
                                   : 0;  // others were counted on their way to a socket
 }
 
-/** For kernels before 6.11, which do not tell who a packet was for: in TIME_WAIT it is dropped without a reason. */
+/**
+ * For kernels before 6.11, which do not tell who a packet was for: in TIME_WAIT it is dropped without a
+ * reason.
+ */
 SEC("tp_btf/kfree_skb")
 int BPF_PROG(on_untold_drop, struct sk_buff* buffer, void* location, enum skb_drop_reason reason) {
     const int without_reason =
@@ -94,7 +97,7 @@ int BPF_PROG(on_consume, struct sk_buff* buffer) {
         return 0;
     }
     struct amount amount = stray_amount(&packet, length);
-    count_rest(EXECUTABLE_KERNEL, rest_class(domain_of(&packet), packet.protocol), &amount, RECEIVED);
+    count_kernels(domain_of(&packet), packet.protocol, &amount, RECEIVED);
     return 0;
 }
 
@@ -119,7 +122,9 @@ static __always_inline int is_stacked(const struct net_device* device) {
     return lower->next != lower;
 }
 
-/** Whether a packet is for a socket that is gone: an acknowledgement from TIME_WAIT, or maybe an IPv6 reset. */
+/**
+ * Whether a packet is for a socket that is gone: an acknowledgement from TIME_WAIT, or maybe an IPv6 reset.
+ */
 static __always_inline int may_be_for_past(const struct sk_buff* buffer, struct sock* sk) {
     // What another machine sent and this one forwards has no socket either, but a device that it came from.
     return sk ? sk->__sk_common.skc_state == TCP_TIME_WAIT

@@ -125,7 +125,8 @@ static __noinline int count_handshake(struct __sk_buff* skb, struct bpf_sock* sk
         return 0;
     }
     LOSE(handshakes, 1);
-    count_rest(state->executable, rest_class(sk->family, IPPROTO_TCP), &amount, way);
+    struct rest_key rest = rest_of(state->executable, sk->family, IPPROTO_TCP, DIRECTION_INPUT);
+    count_rest(&rest, &amount, way);
     return 0;
 }
 

@@ -1,5 +1,8 @@
 /* SPDX-License-Identifier: GPL-3.0-or-later */
-/* Reading the tables: the daemon reads these iterators once a second, and gets `struct flow` after `struct flow`. */
+/*
+ * Reading the tables: the daemon reads these iterators once a second, and gets `struct flow` after `struct
+ * flow`.
+ */
 #pragma once
 
 /** Readings for which a flow waits for a sure owner: accepted by one process, it may be served by another. */
@@ -11,7 +14,9 @@
 /** Longer than a handshake takes whose packets were lost once or twice. Later ones are counted anew. */
 #define MAX_HANDSHAKE_NS (10 * 1000000000ull)
 
-/** Tells of what is new; 1 when the flow has ended by its quiet. A full page is written again from the start. */
+/**
+ * Tells of what is new; 1 when the flow has ended by its quiet. A full page is written again from the start.
+ */
 static __always_inline int report(struct seq_file* sequence, struct tracked_flow* tracked,
                                   int ends_by_quiet) {
     struct flow told;
@@ -70,7 +75,10 @@ int read_flows(struct bpf_iter__bpf_map_elem* context) {
     return 0;
 }
 
-/** Handshakes that lead to nothing: their bytes go to the listener's rest, their keys to the daemon, to take out. */
+/**
+ * Handshakes that lead to nothing: their bytes go to the listener's rest, their keys to the daemon, to take
+ * out.
+ */
 SEC("iter/bpf_map_elem")
 int read_handshakes(struct bpf_iter__bpf_map_elem* context) {
     const struct handshake_key* key = context->key;
@@ -86,8 +94,10 @@ int read_handshakes(struct bpf_iter__bpf_map_elem* context) {
         struct amount received = handshake->received;
         struct amount sent = handshake->sent;
         __builtin_memset(&handshake->received, 0, 2 * sizeof(struct amount));
-        count_rest(handshake->executable, rest_class(handshake->domain, IPPROTO_TCP), &received, RECEIVED);
-        count_rest(handshake->executable, rest_class(handshake->domain, IPPROTO_TCP), &sent, SENT);
+        struct rest_key rest =
+            rest_of(handshake->executable, handshake->domain, IPPROTO_TCP, DIRECTION_INPUT);
+        count_rest(&rest, &received, RECEIVED);
+        count_rest(&rest, &sent, SENT);
     }
     return 0;
 }

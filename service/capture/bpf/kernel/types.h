@@ -1,8 +1,8 @@
 /* SPDX-License-Identifier: GPL-3.0-or-later */
 /*
- * The kernel's own types, cut down to what is read of them. Where a field lies is put right when the programs are
- * loaded, for the kernel that runs (preserve_access_index): the order and the gaps here mean nothing, and no
- * kernel is needed to build.
+ * The kernel's own types, cut down to what is read of them. Where a field lies is put right when the programs
+ * are loaded, for the kernel that runs (preserve_access_index): the order and the gaps here mean nothing, and
+ * no kernel is needed to build.
  */
 #pragma once
 

@@ -72,26 +72,29 @@ static __always_inline __u32 walk_path(struct task_struct* task, struct file* fi
 struct path_hash {
     __u64 hash;
     __u32 bench;
-    __u32 length;
 };
 
-static long hash_byte(__u32 index, struct path_hash* hashing) {
+static long hash_word(__u32 index, struct path_hash* hashing) {
     struct executable* out = executable_on(hashing->bench);
     if (!out) {
         return 1;
     }
-    __u64 byte = (__u8)out->path[index & (PATH_BYTES - 1)];
-    hashing->hash = (hashing->hash ^ byte) * 0x9E3779B97F4A7C15ull;  // 2^64 divided by the golden ratio
+    __u64 word = *(__u64*)&out->path[(index * sizeof(word)) & (PATH_BYTES - 1)];
+    hashing->hash = (hashing->hash ^ word) * 0x9E3779B97F4A7C15ull;  // 2^64 divided by the golden ratio
     hashing->hash ^= hashing->hash >> 29;
     return 0;
 }
 
-static __always_inline __u64 hash_path(const struct executable* out, __u32 bench) {
+static __always_inline __u64 hash_path(struct executable* out, __u32 bench) {
+    const __u64 zero = 0;
     struct path_hash hashing = {
         .hash = path_seed ^ ((__u64)out->mount_namespace << 32 | out->length),
         .bench = bench,
     };
-    bpf_loop(out->length < PATH_BYTES ? out->length : PATH_BYTES, hash_byte, &hashing, 0);
+    const __u32 length = out->length < PATH_BYTES ? out->length : PATH_BYTES;
+    bpf_probe_read_kernel(&out->path[length & (2 * PATH_BYTES - 1)], sizeof(zero),
+                          &zero);  // fills the last word
+    bpf_loop((length + sizeof(zero) - 1) / sizeof(zero), hash_word, &hashing, 0);
     return hashing.hash < EXECUTABLE_FIRST ? EXECUTABLE_FIRST : hashing.hash;
 }
 

@@ -14,8 +14,8 @@ static __always_inline int same_image(const struct image* left, const struct ima
  */
 static __always_inline void own(struct socket_state* state, void* sk, const struct image* image, __u8 grade) {
     __u64 executable = current_executable(image);
-    if (executable == EXECUTABLE_UNKNOWN) {
-        return;  // it is ending, and the owner before is the better guess
+    if (executable == EXECUTABLE_UNKNOWN || (grade == OWNER_LIKELY && executable == EXECUTABLE_KERNEL)) {
+        return;  // it is ending, or it only tidies up: the owner before is the better one
     }
     if (state->flow.flow.id && state->grade == OWNER_SURE && state->executable != executable) {
         refresh_payload(state, sk);

@@ -3,10 +3,7 @@
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <net/if.h>
 #include <netinet/in.h>
-#include <sched.h>
-#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -18,6 +15,7 @@
 
 #include "service/server/FileDescriptor.h"
 #include "service/traffic/Clock.h"
+#include "tests/support/PrivateNetwork.h"
 
 namespace service {
 namespace {
@@ -71,14 +69,9 @@ void moveBothWays(const FileDescriptor& listener, const FileDescriptor& client) 
 class BpfSourceTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        if (::unshare(CLONE_NEWNET) != 0) {
-            GTEST_SKIP() << "no network namespace can be made: needs CAP_SYS_ADMIN";
+        if (!enterPrivateNetwork()) {
+            GTEST_SKIP() << "no network namespace can be made here";
         }
-        ifreq loopback{};
-        std::string("lo").copy(loopback.ifr_name, IFNAMSIZ);
-        loopback.ifr_flags = IFF_UP;
-        const FileDescriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-        ASSERT_EQ(::ioctl(socket.get(), SIOCSIFFLAGS, &loopback), 0);
     }
 
     void startSource() {
@@ -89,12 +82,16 @@ class BpfSourceTest : public ::testing::Test {
         }
     }
 
-    /** What was found of an application, by direction; each poll stands for a second. */
-    std::map<Direction, TrafficSample> pollFor(const std::string& path, int polls = 3) {
+    /**
+     * What was found of an application at a port, by direction; each poll stands for a second. Other tests of
+     * this program may run beside it; they use other ports.
+     */
+    std::map<Direction, TrafficSample> pollFor(const std::string& path, std::uint16_t port, int polls = 3) {
         std::map<Direction, TrafficSample> found;
         for (int i = 0; i < polls; ++i) {
             for (const TrafficSample& sample : m_Source->poll(systemClock())) {
-                if (sample.application->path == path) {
+                const bool isAtPort = sample.local.port == port || sample.remote.port == port;
+                if (sample.application->path == path && isAtPort) {
                     TrafficSample sum = sample;
                     sum.moved += found[sample.direction].moved;
                     sum.payload += found[sample.direction].payload;
@@ -116,7 +113,7 @@ TEST_F(BpfSourceTest, CountsEachByteAsSentByOneAndReceivedByTheOther) {
         const FileDescriptor client = connectTo(SOCK_STREAM, 4001);
         moveBothWays(listener, client);
     }
-    auto found = pollFor(ownPath());
+    auto found = pollFor(ownPath(), 4001);
     const TrafficSample& client = found[Direction::Output];
     const TrafficSample& server = found[Direction::Input];
     EXPECT_EQ(client.payload, (ByteCount{0, payloadBytes}));
@@ -138,7 +135,7 @@ TEST_F(BpfSourceTest, KnowsSocketsThatAreOlder) {
         return;
     }
     moveBothWays(listener, client);
-    auto found = pollFor(ownPath());
+    auto found = pollFor(ownPath(), 4002);
     EXPECT_EQ(found[Direction::Output].payload.sent, payloadBytes);
     EXPECT_EQ(found[Direction::Input].payload.received, payloadBytes);
 }
@@ -160,7 +157,7 @@ TEST_F(BpfSourceTest, NamesAProgramThatIsGoneAndWasDeletedWhileItRan) {
     int status = -1;
     ::waitpid(child, &status, 0);
     ASSERT_EQ(status, 0);
-    auto found = pollFor(program);
+    auto found = pollFor(program, 4003);
     EXPECT_EQ(found[Direction::Output].payload, (ByteCount{0, 5}));
     EXPECT_EQ(found[Direction::Output].moved, (ByteCount{0, 5 + 8 + 20}));
     EXPECT_EQ(found[Direction::Output].socketProtocol, IPPROTO_UDP);
@@ -172,12 +169,13 @@ TEST_F(BpfSourceTest, LeavesToTheKernelWhatTheKernelSays) {
     if (IsSkipped()) {
         return;
     }
-    pollFor("");
+    constexpr std::uint16_t none = 0;  // what the kernel says is not kept by peers
+    pollFor("", none);
     const FileDescriptor sender(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     const sockaddr_in nobody{AF_INET, htons(4004), {htonl(INADDR_LOOPBACK)}, {}};
     EXPECT_EQ(::sendto(sender.get(), "123", 3, 0, reinterpret_cast<const sockaddr*>(&nobody), sizeof(nobody)),
               3);
-    const auto found = pollFor("", 1);
+    const auto found = pollFor("", none, 1);
     ASSERT_TRUE(found.contains(Direction::Undefined));
     constexpr int datagram = 20 + 8 + 3;
     constexpr int unreachable =

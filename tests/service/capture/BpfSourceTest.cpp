@@ -74,12 +74,10 @@ class BpfSourceTest : public ::testing::Test {
         }
     }
 
-    void startSource() {
-        std::string error;
-        m_Source = BpfSource::create(error);
-        if (!m_Source) {
-            GTEST_SKIP() << error;
-        }
+    /** False, with the reason in `m_Error`, where it may not. */
+    bool startSource() {
+        m_Source = BpfSource::create(m_Error);
+        return m_Source != nullptr;
     }
 
     /**
@@ -103,10 +101,13 @@ class BpfSourceTest : public ::testing::Test {
     }
 
     std::unique_ptr<BpfSource> m_Source;
+    std::string m_Error;
 };
 
 TEST_F(BpfSourceTest, CountsEachByteAsSentByOneAndReceivedByTheOther) {
-    startSource();
+    if (!startSource()) {
+        GTEST_SKIP() << m_Error;
+    }
     const FileDescriptor listener = socketAt(SOCK_STREAM, 4001);
     ASSERT_EQ(::listen(listener.get(), 1), 0);
     {
@@ -130,9 +131,8 @@ TEST_F(BpfSourceTest, KnowsSocketsThatAreOlder) {
     const FileDescriptor listener = socketAt(SOCK_STREAM, 4002);
     ASSERT_EQ(::listen(listener.get(), 1), 0);
     const FileDescriptor client = connectTo(SOCK_STREAM, 4002);
-    startSource();
-    if (IsSkipped()) {
-        return;
+    if (!startSource()) {
+        GTEST_SKIP() << m_Error;
     }
     moveBothWays(listener, client);
     auto found = pollFor(ownPath(), 4002);
@@ -141,9 +141,8 @@ TEST_F(BpfSourceTest, KnowsSocketsThatAreOlder) {
 }
 
 TEST_F(BpfSourceTest, NamesAProgramThatIsGoneAndWasDeletedWhileItRan) {
-    startSource();
-    if (IsSkipped()) {
-        return;
+    if (!startSource()) {
+        GTEST_SKIP() << m_Error;
     }
     const std::string program = ::testing::TempDir() + "bpf_source_test_" + std::to_string(::getpid());
     std::filesystem::copy_file("/bin/bash", program);
@@ -165,9 +164,8 @@ TEST_F(BpfSourceTest, NamesAProgramThatIsGoneAndWasDeletedWhileItRan) {
 }
 
 TEST_F(BpfSourceTest, LeavesToTheKernelWhatTheKernelSays) {
-    startSource();
-    if (IsSkipped()) {
-        return;
+    if (!startSource()) {
+        GTEST_SKIP() << m_Error;
     }
     constexpr std::uint16_t none = 0;  // what the kernel says is not kept by peers
     pollFor("", none);

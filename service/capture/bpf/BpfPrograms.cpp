@@ -154,47 +154,48 @@ bool BpfPrograms::attach(std::string& error) {
     if (!group.isValid()) {
         return false;
     }
+    const auto& programs = m_Skeleton->progs;
     // Owners first, then a look at the sockets that are older, then the counting: so nothing is counted
     // before its owner can be known.
-    const auto toGroup = [&](bpf_link*& link, const bpf_program* program) {
-        link = bpf_program__attach_cgroup(program, group.get());
-        return link != nullptr;
-    };
-    const auto toTracepoint = [&](bpf_link*& link, const bpf_program* program) {
-        link = bpf_program__autoload(program) ? bpf_program__attach(program) : nullptr;
-        return link != nullptr || !bpf_program__autoload(program);
-    };
-    auto& links = m_Skeleton->links;
-    const auto& programs = m_Skeleton->progs;
-    const bool ownersKnown =
-        toGroup(links.on_create, programs.on_create) && toGroup(links.on_release, programs.on_release) &&
-        toGroup(links.on_connect4, programs.on_connect4) &&
-        toGroup(links.on_connect6, programs.on_connect6) &&
-        toGroup(links.on_sendmsg4, programs.on_sendmsg4) &&
-        toGroup(links.on_sendmsg6, programs.on_sendmsg6) && toTracepoint(links.on_state, programs.on_state) &&
-        toTracepoint(links.on_destroy, programs.on_destroy) &&
-        toTracepoint(links.on_send, programs.on_send) &&
-        toTracepoint(links.on_receive, programs.on_receive) && toTracepoint(links.scan, programs.scan);
-    if (ownersKnown) {
-        scanSockets();
-    }
-    const bool counts = ownersKnown && toGroup(links.on_egress, programs.on_egress) &&
-                        toGroup(links.on_ingress, programs.on_ingress) &&
-                        toTracepoint(links.on_drop, programs.on_drop) &&
-                        toTracepoint(links.on_untold_drop, programs.on_untold_drop) &&
-                        toTracepoint(links.on_consume, programs.on_consume) &&
-                        toTracepoint(links.on_transmit, programs.on_transmit);
-    if (!counts) {
+    const bool attached =
+        attachEach(group, {programs.on_create, programs.on_release, programs.on_connect4,
+                           programs.on_connect6, programs.on_sendmsg4, programs.on_sendmsg6,
+                           programs.on_state, programs.on_destroy, programs.on_send, programs.on_receive}) &&
+        scanSockets() &&
+        attachEach(group, {programs.on_egress, programs.on_ingress, programs.on_drop, programs.on_untold_drop,
+                           programs.on_consume, programs.on_transmit});
+    if (!attached) {
         error = "the programs can't be attached: " + reason();
     }
-    return counts;
+    return attached;
 }
 
-void BpfPrograms::scanSockets() const {
+bool BpfPrograms::attachEach(const FileDescriptor& group,
+                             std::initializer_list<const bpf_program*> programs) {
+    for (const bpf_program* const program : programs) {
+        if (!bpf_program__autoload(program)) {
+            continue;
+        }
+        const bool isOfGroup = std::string_view(bpf_program__section_name(program)).starts_with("cgroup");
+        m_Attached.emplace_back(isOfGroup ? bpf_program__attach_cgroup(program, group.get())
+                                          : bpf_program__attach(program));
+        if (!m_Attached.back()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool BpfPrograms::scanSockets() const {
+    const Link scan(bpf_program__attach(m_Skeleton->progs.scan));
     for (const __u32 pass : {SCAN_OWNERS, SCAN_DIRECTIONS}) {
         m_Skeleton->bss->scan_pass = pass;
-        readRecords<char>(m_Skeleton->links.scan, [](char) {});  // it works by being read, and writes nothing
+        if (!scan ||
+            !readRecords<char>(scan.get(), [](char) {})) {  // it works by being read, and writes nothing
+            return false;
+        }
     }
+    return true;
 }
 
 bool BpfPrograms::openTables(std::string& error) {

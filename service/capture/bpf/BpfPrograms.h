@@ -2,15 +2,18 @@
 #pragma once
 
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "service/capture/bpf/records.h"
+#include "service/server/FileDescriptor.h"
 
 struct capture_bpf;
 struct bpf_link;
-struct bpf_map;
+struct bpf_program;
 struct ring_buffer;
 
 namespace service {
@@ -68,7 +71,10 @@ class BpfPrograms {
     void leaveOutWhatKernelLacks();
     bool attach(std::string& error);
     bool openTables(std::string& error);
-    void scanSockets() const;
+
+    /** Leaves out those that were not loaded; false with errno set. */
+    bool attachEach(const FileDescriptor& group, std::initializer_list<const bpf_program*> programs);
+    bool scanSockets() const;
     void readFlows(const Link& table, const FlowVisitor& visit);
     void forgetEnded(const flow& ended);
     void forgetHandshakes();
@@ -76,6 +82,7 @@ class BpfPrograms {
     const std::unique_ptr<capture_bpf, Unload> m_Skeleton;
     FlowVisitor m_EventVisitor;  ///< for the ring, while its events are read
     std::unique_ptr<ring_buffer, Free> m_Events;
+    std::vector<Link> m_Attached;
     Link m_Sockets;
     Link m_Flows;
     Link m_Rests;

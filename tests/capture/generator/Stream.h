@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace traffic {
+
+/**
+ * Moves exactly `bytes` through a stream socket in the way that `method` names: "plain", "sendfile", "splice",
+ * "zerocopy", "mmsg", "uring" or "uring-async" (by a worker of the kernel). Ways of sending that have no
+ * counterpart receive plainly.
+ */
+void sendStream(int socket, std::uint64_t bytes, const std::string& method);
+void receiveStream(int socket, std::uint64_t bytes, const std::string& method);
+
+}  // namespace traffic

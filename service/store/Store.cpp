@@ -58,6 +58,16 @@ void letFileShrink(SQLite::Database& database) {
     }
 }
 
+/** Also of a link to a file that is yet to be made: all who name the file in some way are to meet at one lock. */
+std::filesystem::path resolve(const std::string& path, std::error_code& failure) {
+    std::filesystem::path resolved = std::filesystem::weakly_canonical(path, failure);
+    while (!failure && std::filesystem::is_symlink(resolved)) {
+        const auto target = resolved.parent_path() / std::filesystem::read_symlink(resolved, failure);
+        resolved = std::filesystem::weakly_canonical(target, failure);
+    }
+    return resolved;
+}
+
 }  // namespace
 
 std::unique_ptr<Store> Store::open(const std::string& path, std::string& error) {
@@ -66,7 +76,7 @@ std::unique_ptr<Store> Store::open(const std::string& path, std::string& error) 
         return nullptr;
     };
     std::error_code failure;
-    const std::string resolvedPath = std::filesystem::weakly_canonical(path, failure);
+    const std::string resolvedPath = resolve(path, failure);
     if (failure) {
         return failed(failure.message());
     }

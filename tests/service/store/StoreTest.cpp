@@ -223,6 +223,18 @@ TEST_F(StoreTest, IsRefusedToASecondDaemonAndForForeignFiles) {
     EXPECT_NE(error.find("No such file"), std::string::npos) << error;
 }
 
+TEST_F(StoreTest, ALinkToAFileThatIsYetToBeMadeIsThatFile) {
+    std::filesystem::create_symlink("second", folder / "first");
+    std::filesystem::create_symlink(folder / "new.db", folder / "second");
+    std::string error;
+    const auto linked = Store::open(folder / "first", error);
+    ASSERT_TRUE(linked) << error;
+    EXPECT_FALSE(Store::open(folder / "new.db", error));
+    EXPECT_NE(error.find("held by another process"), std::string::npos) << error;
+    std::filesystem::create_symlink("loop", folder / "loop");
+    EXPECT_FALSE(Store::open(folder / "loop", error));
+}
+
 TEST_F(StoreTest, AnUpgradeThatFailsLeavesTheDatabaseAsItWas) {
     store.reset();
     interfere("ALTER TABLE series DROP COLUMN payload_received; PRAGMA user_version = 2");

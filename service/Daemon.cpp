@@ -66,9 +66,10 @@ bool Daemon::placeDatabase(std::string& error) {
     }
     m_DatabasePath = m_Options.database.empty() ? *defaultDatabasePath() : m_Options.database;
     std::error_code ignored;
+    const auto status = std::filesystem::status(m_DatabasePath, ignored);
     if (std::filesystem::path(m_DatabasePath).filename().empty() ||
-        std::filesystem::is_directory(m_DatabasePath, ignored)) {
-        error = "the history needs a file, not the folder " + m_DatabasePath;
+        (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))) {
+        error = "the history needs a file, which " + m_DatabasePath + " is not";
         return false;
     }
     return makeFolderOf(m_DatabasePath, error);

@@ -8,6 +8,7 @@
 #include "libs/utils/src/StringUtils.h"
 #include "service/log/Log.h"
 #include "service/store/Columns.h"
+#include "service/store/DamagedDatabase.h"
 
 namespace service {
 
@@ -77,7 +78,10 @@ ByteCount HistoryReader::totalUpTo(std::optional<ApplicationId> application,
         bytes = counters->total();
     }
     if (!bytes) {
-        logLine("store: cannot read a total: ", m_Database->GetLastError());
+        logPeerLine("store: cannot read a total: ", m_Database->GetLastError());
+        if (m_Database->IsDamaged()) {
+            DamagedDatabase(m_Database->GetPath(), true).note();
+        }
     }
     return bytes.value_or(ByteCount{});
 }

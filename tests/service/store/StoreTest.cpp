@@ -311,6 +311,31 @@ TEST_P(DamagedStoreTest, IsSetAsideWholeAndCountingBeginsAnew) {
     EXPECT_EQ(setAside().size(), 1u) << "the new one is sound";
 }
 
+TEST_F(StoreTest, DamageThatOnlyAReaderMeetsIsLookedForAtTheNextStart) {
+    Ledger ledger(store->load(at(0)).value());
+    StoreBatch batch(*store);
+    for (int second = 1; second < 1000; ++second) {
+        ledger.apply({sampleOf(1, "/a", {10, 0})}, at(second));
+        ASSERT_TRUE(batch.append(ledger.takeChanges(at(second))));
+    }
+    ASSERT_TRUE(batch.commit());
+    store.reset();
+    SQLite::Database database;
+    ASSERT_TRUE(database.Open(path, SQLite::OpenMode::ReadOnly));
+    SQLite::Query oldest(database, "SELECT pgoffset FROM dbstat WHERE name = 'series' AND pagetype = 'leaf'");
+    ASSERT_EQ(oldest.Step(), SQLite::StepResult::Row);
+    std::fstream(path).seekp(oldest.GetColumnAsInt64(0)) << std::string(512, '\xff');
+    oldest.Reset();
+    database.Close();
+
+    reopen();
+    EXPECT_EQ(store->load(at(1000))->applications.size(), 1u) << "the writer never comes there";
+    EXPECT_EQ(reader()->totalUpTo({}, {}, at(999)).received, 9990);
+    EXPECT_EQ(reader()->totalUpTo({}, {}, at(1)), ByteCount{});
+    reopen();
+    EXPECT_TRUE(store->load(at(1000))->applications.empty()) << "a new history";
+}
+
 TEST_F(StoreTest, AFileThatWasNeverADatabaseOfOursIsLeftAlone) {
     path = folder / "letter.txt";
     std::ofstream(path) << std::string(5000, 'x');

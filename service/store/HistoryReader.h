@@ -34,8 +34,7 @@ class HistoryReader {
 
     /**
      * Cumulative bytes of one application (or of all, without an id) in one protocol class (or in all) up to
-     * and including `moment`: the last kept row at or before it, one index seek per class; 0 before the
-     * first. Moments before the history is kept count as the first kept one, see `SeriesReader`.
+     * and including `moment`, as `SeriesReader::upTo` tells; one index seek per class.
      */
     ByteCount totalUpTo(std::optional<ApplicationId> application, std::optional<ProtocolClass> protocolClass,
                         Moment moment);

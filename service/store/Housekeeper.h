@@ -12,7 +12,8 @@ namespace service {
 
 /**
  * Knows when what is too old in a store has to go: at the start, when the retention changes, and once a day of the
- * history, which is never ahead of the clock. In between it has the series made coarser as they age. A disk that refuses is asked again after a minute. For the thread of its store.
+ * history, which is never ahead of the clock. In between it has the series made coarser as they age. A disk that
+ * refuses is asked again after a minute. For the thread of its store.
  */
 class Housekeeper {
   public:

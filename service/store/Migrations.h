@@ -10,8 +10,8 @@ class Database;
 namespace service {
 
 /**
- * Brings a database, also an empty new one, up to the tables that this program knows, in one transaction. False with the reason in
- * `error`, also for a database that a later program has written or another one altogether.
+ * Brings a database, also an empty new one, up to the tables that this program knows, in one transaction. False with
+ * the reason in `error`, also for a database that a later program has written or another one altogether.
  */
 bool migrate(SQLite::Database& database, std::string& error);
 

@@ -18,7 +18,7 @@ namespace service {
 /**
  * The one thread that writes the history: once a second it takes what changed in the ledger and appends it.
  * What the disk does not take is kept and tried again each second, so a bad disk delays the history and costs
- * none of it. What is left of a second goes to the pruning of what is too old, in steps that are short beside it.
+ * none of it. What is left of a second goes to the `Housekeeper`, in steps that are short beside it.
  * The destructor writes what is left, then ends the thread.
  */
 class StoreWriter {

@@ -37,12 +37,18 @@ constexpr char compact[] = "VACUUM; PRAGMA wal_checkpoint(TRUNCATE);";
 /** By how much the clock may be set back while the series only wait for it. */
 constexpr std::chrono::minutes longestWait{1};
 
+/** A clock that is before this program was written is wrong. */
+constexpr Moment earliestPresent = std::chrono::sys_days(std::chrono::year(2026) / 1 / 1);
+
 /**
  * Whether the clock was ahead when the latest rows were written. A clock that says it is before the counting began
- * is the one that is wrong, as on a machine that starts in 1970 until it asks the network: the history waits.
+ * is the one that is wrong, as on a machine that starts in 1970 until it asks the network: the history waits. Unless
+ * the counting itself began with a clock that was never trusted: the history could wait for years.
  */
-bool isPastFuture(const LedgerChanges& changes, Moment latest) {
-    return changes.moment >= changes.totals.start && latest - changes.moment > longestWait;
+bool isPastFuture(const LedgerChanges& changes, Moment latest, const TrustedPresent& present) {
+    const Moment start = changes.totals.start;
+    const bool beganInFuture = present.moment() < start && changes.moment >= earliestPresent;
+    return (changes.moment >= start || beganInFuture) && latest - changes.moment > longestWait;
 }
 
 /**
@@ -130,11 +136,14 @@ std::unique_ptr<Store> Store::openLocked(const std::string& path, std::string& e
 Store::Store(std::unique_ptr<SQLite::Database> database)
     : m_Database(std::move(database)),
       m_Series(*m_Database),
-      m_WriteCounting(*m_Database,
-                      "INSERT OR REPLACE INTO counting (only_row, start, latest, next_application, "
-                      "next_connection, trusted, credible_from, kept_since, thinned_tens, thinned_minutes, "
-                      "thinned_hours) "
-                      "VALUES (1, ?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10)"),
+      m_WriteCounting(
+          *m_Database,
+          "INSERT OR REPLACE INTO counting (only_row, start, latest, next_application, "
+          "next_connection, trusted, credible_from, kept_since, thinned_tens, thinned_minutes, "
+          "thinned_hours) "
+          // The ledger of a count that began with a clock ahead goes on to tell of that beginning.
+          "VALUES (1, min(?1, ?2, coalesce((SELECT start FROM counting), ?1)), ?2, ?3, ?4, ?5, ?6, ?7, ?8, "
+          "?9, ?10)"),
       m_WriteApplication(*m_Database,
                          "INSERT INTO applications (id, path, name, first_seen, last_seen) "
                          "VALUES (?1, ?2, ?3, ?4, ?5) "
@@ -305,7 +314,7 @@ bool Store::write(const LedgerChanges& changes, Progress& progress) {
         }
     }
     const Moment before = progress.latest;
-    if (isPastFuture(changes, progress.latest)) {
+    if (isPastFuture(changes, progress.latest, progress.present)) {
         if (!redateSeries(changes.moment, progress)) {
             return false;
         }

@@ -134,6 +134,29 @@ TEST_F(StoreTest, AClockThatWasAheadDoesNotHoldTheHistoryUp) {
     EXPECT_EQ(history->totalUpTo({}, {}, at(60)).received, 60);
 }
 
+TEST_F(StoreTest, ACountThatBeganWithAClockAheadDoesNotWaitForItsBeginning) {
+    constexpr int today = 80'000'000;  // of 2026
+    const auto move = [&](Ledger& ledger, int second) {
+        ledger.apply({sampleOf(1, "/a", {10, 0})}, at(second));
+        ASSERT_TRUE(store->append(ledger.takeChanges(at(second)))) << store->lastError();
+    };
+    Ledger ahead(store->load(at(today + 30'000'000)).value());
+    move(ahead, today + 30'000'000);
+    move(ahead, today);
+    move(ahead, today + 100);
+    EXPECT_EQ(reader()->totalUpTo({}, {}, at(today + 99)).received, 20);
+    EXPECT_EQ(reader()->totalUpTo({}, {}, at(today + 100)).received, 30);
+
+    reopen();
+    const LedgerState state = store->load(at(today + 101)).value();
+    EXPECT_EQ(state.totals.start, at(today));
+    Ledger trusted(state);
+    move(trusted, today + 100'000);
+    move(trusted, today - 1'000);  // after a day of a right clock it is this one that is wrong
+    EXPECT_EQ(reader()->totalUpTo({}, {}, at(today + 100)).received, 30);
+    EXPECT_EQ(reader()->totalUpTo({}, {}, at(today + 100'000)).received, 50);
+}
+
 TEST_F(StoreTest, ABatchIsWrittenWholeOrNotAtAll) {
     Ledger ledger(store->load(at(0)).value());
     std::vector<LedgerChanges> seconds;

@@ -250,7 +250,7 @@ void BpfPrograms::forgetEnded(const flow& ended) {
     std::memcpy(key.remote, ended.ends.remote, sizeof(key.remote));
     key.remote_port = ended.ends.remote_port;
     key.protocol = ended.protocol;
-    key.version = ended.version;
+    key.version = ended.ends.version;
     bpf_map__delete_elem(m_Skeleton->maps.flows, &key, sizeof(key), 0);
 }
 

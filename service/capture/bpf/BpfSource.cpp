@@ -21,7 +21,7 @@ std::uint64_t monotonicNow() {
     return static_cast<std::uint64_t>(now.tv_sec) * 1'000'000'000 + static_cast<std::uint64_t>(now.tv_nsec);
 }
 
-IpAddress addressOf(const __u8 (&bytes)[16], __u16 port, __u8 version) {
+IpAddress addressOf(const __u8 (&bytes)[16], __u16 port, __u32 version) {
     IpAddress address;
     address.family = version == 6 ? IpAddress::IPv6 : IpAddress::IPv4;
     address.port = port;
@@ -102,8 +102,8 @@ TrafficSample BpfSource::sampleOf(const flow& reported) {
     sample.socketType = reported.type;
     sample.socketProtocol = reported.protocol;
     sample.direction = static_cast<Direction>(reported.direction);
-    sample.local = addressOf(reported.ends.local, reported.ends.local_port, reported.version);
-    sample.remote = addressOf(reported.ends.remote, reported.ends.remote_port, reported.version);
+    sample.local = addressOf(reported.ends.local, reported.ends.local_port, reported.ends.version);
+    sample.remote = addressOf(reported.ends.remote, reported.ends.remote_port, reported.ends.version);
     sample.opened = m_Now - duration_cast<seconds>(age);
     sample.moved = {signedCount(reported.received.wire), signedCount(reported.sent.wire)};
     sample.payload = {signedCount(reported.received.payload), signedCount(reported.sent.payload)};

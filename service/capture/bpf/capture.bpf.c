@@ -28,12 +28,15 @@ char bpf_license[] SEC("license") = "GPL";
 
 static __always_inline int count_packet(struct __sk_buff* skb, enum way way) {
     struct bpf_sock* sk = skb->sk;
-    struct socket_state* state = sk ? bpf_sk_storage_get(&sockets, sk, 0, 0) : 0;
-    if (sk && (!state || !state->id)) {
-        state = adopt(skb);
-    }
-    if (!state) {
+    if (!sk) {
         return 1;
+    }
+    struct socket_state* state = bpf_sk_storage_get(&sockets, sk, 0, 0);
+    if (!LIKELY(state && state->kind)) {
+        state = adopt(skb);
+        if (!state) {
+            return 1;
+        }
     }
     if (state->kind == KIND_STREAM || state->kind == KIND_LISTENER) {
         count_stream(skb, state, way);

@@ -50,32 +50,31 @@ struct amount {
     __u64 payload; /* what the program gave or got */
 };
 
+/** Who is at either end. What a packet is compared with comes first. */
 struct endpoints {
-    __u8 local[16];
     __u8 remote[16];
-    __u16 local_port;
     __u16 remote_port;
-    __u32 unused;
+    __u16 local_port;
+    __u32 version; /* the packets': 4 or 6; 0: no single peer */
+    __u8 local[16];
 } __attribute__((aligned(8)));
 
 /** A TCP connection, or what a socket exchanges with one peer. */
 struct flow {
-    __u64 id;     /* unique until the next start; 0: there is no flow in this place */
-    __u64 socket; /* likewise; 0: none, the flow stands for the rest of an executable's traffic */
+    __u64 id; /* unique until the next start; 0: there is no flow in this place */
+    struct endpoints ends;
+    __u64 socket; /* unique likewise; 0: none, the flow stands for the rest of an executable's traffic */
     __u64 executable;
     __u64 opened;
-    struct amount received; /* as told to the daemon: since it was told before */
-    struct amount sent;
-    struct endpoints ends;
     __u16 protocol;
-    __u8 domain;  /* the socket's: AF_INET or AF_INET6 */
-    __u8 version; /* the packets': 4 or 6; 0: no single peer */
-    __u8 type;    /* SOCK_STREAM, ... */
+    __u8 domain; /* the socket's: AF_INET or AF_INET6 */
+    __u8 type;   /* SOCK_STREAM, ... */
     __u8 grade;
     __u8 direction;
-    __u8 ended;   /* one of flow_end */
-    __u8 lingers; /* packets may still come after its end */
-    __u8 unused[3];
+    __u8 ended;             /* one of flow_end */
+    __u8 lingers;           /* packets may still come after its end */
+    struct amount received; /* as told to the daemon: since it was told before */
+    struct amount sent;
 };
 
 /** A flow in its place in the kernel. Its bytes there are those since it began, and only ever grow. */

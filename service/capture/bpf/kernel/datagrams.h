@@ -38,7 +38,7 @@ static __always_inline int is_meant_for(const struct socket_state* state, const 
 static __always_inline int same_peer(const struct flow* flow, const struct packet* packet) {
     const __u64* left = (const __u64*)flow->ends.remote;
     const __u64* right = (const __u64*)packet->ends.remote;
-    return flow->version == packet->version && flow->ends.remote_port == packet->ends.remote_port &&
+    return flow->ends.version == packet->ends.version && flow->ends.remote_port == packet->ends.remote_port &&
            left[0] == right[0] && left[1] == right[1];
 }
 
@@ -49,7 +49,7 @@ static __always_inline struct tracked_flow* flow_beside(struct socket_state* sta
     struct flow_key key = {.socket = state->id,
                            .remote_port = packet->ends.remote_port,
                            .protocol = packet->protocol,
-                           .version = packet->version};
+                           .version = packet->ends.version};
     __builtin_memcpy(key.remote, packet->ends.remote, sizeof(key.remote));
     struct tracked_flow* flow = bpf_map_lookup_elem(&flows, &key);
     if (flow || state->new_flows >= MAX_NEW_FLOWS) {
@@ -58,7 +58,7 @@ static __always_inline struct tracked_flow* flow_beside(struct socket_state* sta
     ++state->new_flows;
     struct tracked_flow fresh = {};
     fresh.flow.ends = packet->ends;
-    begin_flow(&fresh.flow, state, facts, packet->version, direction);
+    begin_flow(&fresh.flow, state, facts, direction);
     bpf_map_update_elem(&flows, &key, &fresh, BPF_NOEXIST);
     return bpf_map_lookup_elem(&flows, &key);
 }
@@ -82,7 +82,7 @@ static __always_inline void count_peer(struct socket_state* state, const struct 
         flow->flow.grade = state->grade;
     } else if (!flow->flow.id) {
         flow->flow.ends = packet->ends;
-        begin_flow(&flow->flow, state, facts, packet->version, direction);
+        begin_flow(&flow->flow, state, facts, direction);
     }
     count(&flow->flow, way, amount);
 }
@@ -109,43 +109,48 @@ static __noinline int count_any_datagram(struct __sk_buff* skb, struct socket_st
 }
 
 /**
- * Bytes of the headers of a whole UDP packet without options to or from the peer of the flow in place; else
- * 0.
+ * Bytes of the headers of a UDP packet without options to or from the peer of the flow in place; else 0.
  */
-static __always_inline __u32 headers_in_place(struct __sk_buff* skb, const struct flow* flow, enum way way) {
+static __always_inline __u32 headers_in_place(struct __sk_buff* skb, const struct endpoints* ends,
+                                              enum way way) {
     const __u8* data = (void*)(long)skb->data;
     const __u8* end = (void*)(long)skb->data_end;
-    if (flow->version == 4) {
-        if (data + IPV4_BYTES + UDP_BYTES > end || data[0] != 0x45 || data[9] != IPPROTO_UDP) {
-            return 0;
-        }
-        const __u8* port = data + IPV4_BYTES + (way == SENT ? 2 : 0);
-        const __u8* remote = data + (way == SENT ? 16 : 12);
-        return *(const __u32*)remote == *(const __u32*)flow->ends.remote &&
-                       port_at(port) == flow->ends.remote_port
+    const __u32 behind_source = way == SENT ? 1 : 0;  // where the peer's address and port stand
+    const __u64* peer = (const __u64*)ends->remote;
+    if (data + IPV4_BYTES + UDP_BYTES > end) {
+        return 0;
+    }
+    if (data[0] == 0x45) {  // version 4, five words
+        const __u32* address = (const __u32*)(data + 12) + behind_source;
+        const __be16* port = (const __be16*)(data + IPV4_BYTES) + behind_source;
+        return data[9] == IPPROTO_UDP && *address == *(const __u32*)peer &&
+                       bpf_ntohs(*port) == ends->remote_port && ends->version == 4
                    ? IPV4_BYTES + UDP_BYTES
                    : 0;
     }
     if (data + IPV6_BYTES + UDP_BYTES > end || data[0] >> 4 != 6 || data[6] != IPPROTO_UDP) {
         return 0;
     }
-    const __u8* port = data + IPV6_BYTES + (way == SENT ? 2 : 0);
-    const __u64* remote = (const __u64*)(data + (way == SENT ? 24 : 8));
-    const __u64* peer = (const __u64*)flow->ends.remote;
-    return remote[0] == peer[0] && remote[1] == peer[1] && port_at(port) == flow->ends.remote_port
+    const __u64* address = (const __u64*)(data + 8) + 2 * behind_source;
+    const __be16* port = (const __be16*)(data + IPV6_BYTES) + behind_source;
+    return address[0] == peer[0] && address[1] == peer[1] && bpf_ntohs(*port) == ends->remote_port &&
+                   ends->version == 6
                ? IPV6_BYTES + UDP_BYTES
                : 0;
 }
 
 static __always_inline void count_datagram(struct __sk_buff* skb, struct socket_state* state, enum way way) {
     struct flow* flow = &state->flow.flow;
-    __u32 headers = flow->id && state->kind == KIND_DATAGRAM ? headers_in_place(skb, flow, way) : 0;
-    if (!headers || skb->len > SMALLEST_MTU || skb->gso_size) {
+    __u32 length = skb->len;
+    __u32 headers = length <= SMALLEST_MTU && state->kind == KIND_DATAGRAM && !skb->gso_size
+                        ? headers_in_place(skb, &flow->ends, way)
+                        : 0;
+    if (LIKELY(headers && flow->id)) {
+        struct amount amount = {.wire = length, .payload = length - headers};
+        count(flow, way, &amount);
+    } else {
         count_any_datagram(skb, state, way);
-        return;
     }
-    struct amount amount = {.wire = skb->len, .payload = skb->len - headers};
-    count(flow, way, &amount);
 }
 
 /** The kernel's own packets. */

@@ -81,7 +81,7 @@ static __always_inline struct flow_key key_of(const struct flow* flow) {
     struct flow_key key = {.socket = flow->socket,
                            .remote_port = flow->ends.remote_port,
                            .protocol = flow->protocol,
-                           .version = flow->version};
+                           .version = flow->ends.version};
     __builtin_memcpy(key.remote, flow->ends.remote, sizeof(key.remote));
     return key;
 }
@@ -124,7 +124,7 @@ struct socket_facts {
 };
 
 static __always_inline void begin_flow(struct flow* flow, const struct socket_state* state,
-                                       const struct socket_facts* facts, __u8 version, __u8 direction) {
+                                       const struct socket_facts* facts, __u8 direction) {
     flow->socket = state->id;
     flow->executable = state->executable;
     flow->grade = state->grade;
@@ -132,7 +132,6 @@ static __always_inline void begin_flow(struct flow* flow, const struct socket_st
     flow->protocol = facts->protocol;
     flow->domain = facts->domain;
     flow->type = facts->type;
-    flow->version = version;
     flow->direction = direction;
     flow->id = new_id();
 }

@@ -19,24 +19,29 @@ struct image {
     __u32 execs;
 };
 
-/** What is kept with a socket, and copied by the kernel to the sockets that a listener begets. */
+/**
+ * What is kept with a socket, and copied by the kernel to the sockets that a listener begets.
+ *
+ * The order is that of the processor's cache, whose line of 64 bytes begins 8 bytes before this, as the kernel
+ * lays out the storage: what every packet and every call reads is in the first line, up to the flow's peer; what
+ * is received is counted in the second one, what is sent in the third, since different processors do it.
+ */
 struct socket_state {
-    __u64 id;     /* unique until the next start */
-    __u64 parent; /* the listener whose handshake it has not taken over yet; else 0 */
-    struct image image;
-    __u64 executable;
-    __u8 kind;
+    __u8 kind; /* one of socket_kind; 0: not introduced yet */
     __u8 grade;
     __u8 direction;
     __u8 is_new; /* was seen before it moved anything */
     __u8 is_kernels;
     __u8 has_echo;
-    __u8 unused[2];
+    __u16 echo; /* identifier of the echo requests that it sends, network order */
+    struct image image;
+    struct tracked_flow flow;
+    __u64 id;     /* unique until the next start */
+    __u64 parent; /* the listener whose handshake it has not taken over yet; else 0 */
+    __u64 executable;
     __u64 received_before; /* payload of a TCP socket that is older than its flow */
     __u64 sent_before;
-    __u16 echo;      /* identifier of the echo requests that it sends, network order */
-    __u16 new_flows; /* since the latest reading of the tables */
-    struct tracked_flow flow;
+    __u64 new_flows; /* since the latest reading of the tables */
 };
 
 struct {
@@ -159,5 +164,8 @@ struct occupancy occupancy = {}; /* set to zero by the daemon before each readin
 static __always_inline __u64 new_id(void) {
     return __sync_fetch_and_add(&next_id, 1);
 }
+
+/** For conditions on the way that nearly every packet takes, whose code then stands in one piece. */
+#define LIKELY(condition) __builtin_expect(!!(condition), 1)
 
 #define LOSE(what, count) __sync_fetch_and_add(&losses.what, (count))

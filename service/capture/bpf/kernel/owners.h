@@ -76,23 +76,25 @@ static __noinline int introduce(struct socket_state* state, struct sock* sk) {
     if (!state) {
         return 0;
     }
-    state->kind = kind_of(BPF_CORE_READ(sk, __sk_common.skc_family), BPF_CORE_READ(sk, sk_type),
-                          BPF_CORE_READ(sk, sk_protocol));
+    __u8 kind = kind_of(BPF_CORE_READ(sk, __sk_common.skc_family), BPF_CORE_READ(sk, sk_type),
+                        BPF_CORE_READ(sk, sk_protocol));
     state->direction = DIRECTION_UNDEFINED;
     if (is_kernels(sk)) {
-        state->kind = state->kind == KIND_STREAM ? KIND_STREAM : KIND_CONTROL;
+        kind = kind == KIND_STREAM ? KIND_STREAM : KIND_CONTROL;
         state->executable = EXECUTABLE_KERNEL;
         state->grade = OWNER_SURE;
         state->is_kernels = 1;
     }
     state->id = new_id();
+    barrier();
+    state->kind = kind;  // last: from now on other processors take it for introduced
     return 0;
 }
 
 /** The storage of a socket, made now if need be; null when there is no memory. */
 static __always_inline struct socket_state* state_of(struct sock* sk) {
     struct socket_state* state = bpf_sk_storage_get(&sockets, sk, 0, BPF_SK_STORAGE_GET_F_CREATE);
-    if (state && !state->id) {
+    if (state && !LIKELY(state->kind)) {
         introduce(state, sk);
     }
     return state;
@@ -117,7 +119,7 @@ static __always_inline void* kernel_address(void* seen) {
 /** As `state_of`, for the socket of a control group's hook. */
 static __always_inline struct socket_state* state_of_bpf_sock(struct bpf_sock* sk) {
     struct socket_state* state = bpf_sk_storage_get(&sockets, sk, 0, BPF_SK_STORAGE_GET_F_CREATE);
-    if (state && !state->id) {
+    if (state && !LIKELY(state->kind)) {
         introduce(state, kernel_address(sk));
     }
     return state;

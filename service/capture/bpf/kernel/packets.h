@@ -40,7 +40,6 @@ struct packet {
     __u32 headers;   /* bytes of IP and transport headers */
     __u16 transport; /* where the transport header begins */
     __u8 protocol;
-    __u8 version; /* 4 or 6 */
     __u8 icmp_type;
     __u8 tcp_flags;
     __u16 echo; /* identifier of an ICMP echo, network order */
@@ -134,10 +133,10 @@ static __always_inline __u32 read_transport(void* from, packet_reader read, enum
 static __always_inline int read_packet(void* from, packet_reader read, enum way way, struct packet* packet) {
     __u8 first = 0;
     read(from, 0, &first, 1);
-    packet->version = first >> 4;
-    int known = packet->version == 4   ? read_ipv4(from, read, way, packet)
-                : packet->version == 6 ? read_ipv6(from, read, way, packet)
-                                       : 0;
+    packet->ends.version = first >> 4;
+    int known = packet->ends.version == 4   ? read_ipv4(from, read, way, packet)
+                : packet->ends.version == 6 ? read_ipv6(from, read, way, packet)
+                                            : 0;
     if (!known) {
         return 0;
     }
@@ -196,7 +195,7 @@ static __always_inline struct amount amount_of(struct __sk_buff* skb, __u32 head
  * in was put together before it gets here, and the kernel has noted this; what leaves is cut afterwards, to
  * the device's MTU.
  */
-static __always_inline __u32 largest_fragment(struct __sk_buff* skb, __u8 version, enum way way) {
+static __always_inline __u32 largest_fragment(struct __sk_buff* skb, __u32 version, enum way way) {
     struct sk_buff* buffer = (void*)skb;
     __u16 noted = 0;
     if (way == SENT) {
@@ -218,14 +217,14 @@ static __always_inline __u32 fragment_overhead(struct __sk_buff* skb, const stru
     if (length <= SMALLEST_MTU || packet->protocol == IPPROTO_TCP || skb->gso_size) {
         return 0;
     }
-    __u32 piece = largest_fragment(skb, packet->version, way);
-    __u32 header = packet->version == 4 ? IPV4_BYTES : IPV6_BYTES + FRAGMENT_HEADER_BYTES;
+    __u32 piece = largest_fragment(skb, packet->ends.version, way);
+    __u32 header = packet->ends.version == 4 ? IPV4_BYTES : IPV6_BYTES + FRAGMENT_HEADER_BYTES;
     if (piece < header + 8 || length <= piece) {
         return 0;
     }
     __u32 room = (piece - header) & ~7u;  // offsets of fragments count in units of eight bytes
-    __u32 whole = length - (packet->version == 4 ? IPV4_BYTES : IPV6_BYTES);
+    __u32 whole = length - (packet->ends.version == 4 ? IPV4_BYTES : IPV6_BYTES);
     __u32 fragments = (whole + room - 1) / room;
-    return packet->version == 4 ? (fragments - 1) * IPV4_BYTES
-                                : fragments * FRAGMENT_HEADER_BYTES + (fragments - 1) * IPV6_BYTES;
+    return packet->ends.version == 4 ? (fragments - 1) * IPV4_BYTES
+                                     : fragments * FRAGMENT_HEADER_BYTES + (fragments - 1) * IPV6_BYTES;
 }

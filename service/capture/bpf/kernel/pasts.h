@@ -40,7 +40,6 @@ static __always_inline void tell_late(const struct past* past, const struct pack
     late->ends = packet->ends;
     late->protocol = packet->protocol;
     late->domain = past->domain;
-    late->version = packet->version;
     late->type = past->type;
     late->grade = OWNER_SURE;
     late->direction = past->direction;
@@ -50,7 +49,7 @@ static __always_inline void tell_late(const struct past* past, const struct pack
 }
 
 static __always_inline __u16 domain_of(const struct packet* packet) {
-    return packet->version == 4 ? AF_INET : AF_INET6;
+    return packet->ends.version == 4 ? AF_INET : AF_INET6;
 }
 
 /** Counts a packet that belongs to no socket: for the last owner of its flow, else for the kernel. */

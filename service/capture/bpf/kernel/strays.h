@@ -74,12 +74,29 @@ int BPF_PROG(on_untold_drop, struct sk_buff* buffer, void* location, enum skb_dr
     return without_reason || is_for_nobody(reason) ? count_dropped(buffer, without_reason) : 0;
 }
 
+/** Lets a program look at memory as it looks at the kernel's types: for the price of a load, not of a call. */
+extern void* bpf_rdonly_cast(void* memory, __u32 type) __ksym __weak;
+
+/** What the IP header says comes next, of a packet of IPv4 or IPv6. */
+static __always_inline __u8 next_protocol(const struct sk_buff* buffer, int is_ipv4) {
+    unsigned char* header = buffer->head + buffer->network_header;
+    if (!bpf_rdonly_cast) {  // kernels before 6.2
+        __u8 protocol = 0;
+        bpf_probe_read_kernel(&protocol, sizeof(protocol), header + (is_ipv4 ? 9 : 6));
+        return protocol;
+    }
+    if (is_ipv4) {
+        struct iphdr* ipv4 = bpf_rdonly_cast(header, bpf_core_type_id_kernel(struct iphdr));
+        return ipv4->protocol;
+    }
+    struct ipv6hdr* ipv6 = bpf_rdonly_cast(header, bpf_core_type_id_kernel(struct ipv6hdr));
+    return ipv6->nexthdr;
+}
+
 /** By its first header's look alone: most packets are of no interest, and this is cheap. */
 static __always_inline int may_be_icmp(const struct sk_buff* buffer) {
     const int is_ipv4 = buffer->protocol == bpf_htons(ETH_P_IP);
-    unsigned char* header = buffer->head + buffer->network_header;
-    __u8 protocol = 0;
-    bpf_probe_read_kernel(&protocol, sizeof(protocol), header + (is_ipv4 ? 9 : 6));
+    const __u8 protocol = next_protocol(buffer, is_ipv4);
     return is_ipv4 ? protocol == IPPROTO_ICMP : protocol == IPPROTO_ICMPV6 || is_extension(protocol);
 }
 

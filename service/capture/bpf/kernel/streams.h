@@ -66,7 +66,8 @@ static __always_inline void take_handshake(struct socket_state* state, struct fl
 }
 
 /** The socket's own ends: address translation may have changed the packet's. */
-static __always_inline void ends_of(struct bpf_sock* sk, __u8 version, struct endpoints* ends) {
+static __always_inline void ends_of(struct bpf_sock* sk, __u32 version, struct endpoints* ends) {
+    ends->version = version;
     ends->local_port = sk->src_port;
     ends->remote_port = bpf_ntohs(sk->dst_port);
     __u32* local = (__u32*)ends->local;
@@ -86,7 +87,7 @@ static __always_inline void ends_of(struct bpf_sock* sk, __u8 version, struct en
     remote[3] = sk->dst_ip6[3];
 }
 
-static __always_inline __u8 version_of(struct __sk_buff* skb) {
+static __always_inline __u32 version_of(struct __sk_buff* skb) {
     return skb->protocol == bpf_htons(ETH_P_IPV6) ? 6 : 4;
 }
 
@@ -134,9 +135,8 @@ static __always_inline void begin_stream(struct __sk_buff* skb, struct bpf_sock*
                                          struct socket_state* state, enum way way) {
     struct flow* flow = &state->flow.flow;
     struct socket_facts facts = {.type = SOCK_STREAM, .domain = sk->family, .protocol = IPPROTO_TCP};
-    __u8 version = version_of(skb);
-    ends_of(sk, version, &flow->ends);
-    begin_flow(flow, state, &facts, version, state->direction);
+    ends_of(sk, version_of(skb), &flow->ends);
+    begin_flow(flow, state, &facts, state->direction);
     if (state->parent) {
         take_handshake(state, flow);
     }
@@ -164,7 +164,7 @@ static __noinline int find_stream(struct __sk_buff* skb, struct socket_state* st
 
 static __always_inline void count_stream(struct __sk_buff* skb, struct socket_state* state, enum way way) {
     struct flow* flow = &state->flow.flow;
-    if (!flow->id && !find_stream(skb, state, way)) {
+    if (!LIKELY(flow->id) && !find_stream(skb, state, way)) {
         return;
     }
     __u64 wire = skb->len;

@@ -144,6 +144,14 @@ struct sk_buff {
     unsigned char* data;
 };
 
+struct iphdr {
+    __u8 protocol;
+};
+
+struct ipv6hdr {
+    __u8 nexthdr;
+};
+
 struct inet_skb_parm {
     __u16 frag_max_size;
 };

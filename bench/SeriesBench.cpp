@@ -13,10 +13,10 @@
 #include <string>
 #include <vector>
 
-#include "service/store/Columns.h"
 #include "service/store/HistoryReader.h"
 #include "service/store/Store.h"
 #include "service/store/StoreBatch.h"
+#include "service/store/columns/Columns.h"
 
 namespace {
 

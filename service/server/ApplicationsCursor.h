@@ -8,7 +8,7 @@
 
 #include "service/ledger/Ledger.h"
 #include "service/server/TextOrder.h"
-#include "service/store/ConnectionQuery.h"
+#include "service/store/connections/ConnectionQuery.h"
 
 namespace service {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "service/server/ApplicationsCursor.h"
-#include "service/store/ConnectionQuery.h"
+#include "service/store/connections/ConnectionQuery.h"
 
 namespace service {
 

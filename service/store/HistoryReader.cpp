@@ -7,8 +7,8 @@
 #include "libs/sqlite/Snapshot.h"
 #include "libs/utils/src/StringUtils.h"
 #include "service/log/Log.h"
-#include "service/store/Columns.h"
-#include "service/store/DamagedDatabase.h"
+#include "service/store/columns/Columns.h"
+#include "service/store/file/DamagedDatabase.h"
 
 namespace service {
 

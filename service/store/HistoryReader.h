@@ -13,9 +13,9 @@
 #include "libs/sqlite/Query.h"
 #include "protocol/DaemonConnectionInfo.h"
 #include "service/ledger/Records.h"
-#include "service/store/ConnectionLister.h"
-#include "service/store/ConnectionQuery.h"
-#include "service/store/SeriesReader.h"
+#include "service/store/connections/ConnectionLister.h"
+#include "service/store/connections/ConnectionQuery.h"
+#include "service/store/series/SeriesReader.h"
 #include "service/traffic/Moment.h"
 
 namespace service {

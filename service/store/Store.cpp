@@ -10,10 +10,10 @@
 
 #include "libs/sqlite/Transaction.h"
 #include "service/log/Log.h"
-#include "service/store/Columns.h"
-#include "service/store/DamagedDatabase.h"
-#include "service/store/Migrations.h"
 #include "service/store/StoreBatch.h"
+#include "service/store/columns/Columns.h"
+#include "service/store/file/DamagedDatabase.h"
+#include "service/store/file/Migrations.h"
 
 namespace service {
 
@@ -144,10 +144,11 @@ Store::Store(std::unique_ptr<SQLite::Database> database)
           // The ledger of a count that began with a clock ahead goes on to tell of that beginning.
           "VALUES (1, min(?1, ?2, coalesce((SELECT start FROM counting), ?1)), ?2, ?3, ?4, ?5, ?6, ?7, ?8, "
           "?9, ?10)"),
-      m_WriteApplication(*m_Database,
-                         "INSERT INTO applications (id, path, name, first_seen, last_seen) "
-                         "VALUES (?1, ?2, ?3, ?4, ?5) "
-                         "ON CONFLICT (id) DO UPDATE SET name = excluded.name, last_seen = excluded.last_seen"),
+      m_WriteApplication(
+          *m_Database,
+          "INSERT INTO applications (id, path, name, first_seen, last_seen) "
+          "VALUES (?1, ?2, ?3, ?4, ?5) "
+          "ON CONFLICT (id) DO UPDATE SET name = excluded.name, last_seen = excluded.last_seen"),
       m_WriteConnection(
           *m_Database,
           "INSERT INTO connections (id, application, started, ended, life, direction, domain, type, "

@@ -16,10 +16,10 @@
 #include <thread>
 
 #include "service/ledger/Ledger.h"
-#include "service/store/HistoryAudit.h"
 #include "service/store/Housekeeper.h"
 #include "service/store/StoreWriter.h"
 #include "service/traffic/Clock.h"
+#include "tests/service/store/HistoryAudit.h"
 #include "tests/service/store/StoreFixture.h"
 
 namespace service {

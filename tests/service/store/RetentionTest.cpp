@@ -2,8 +2,8 @@
 #include <random>
 
 #include "service/demo/DemoHistory.h"
-#include "service/store/Columns.h"
 #include "service/store/Housekeeper.h"
+#include "service/store/columns/Columns.h"
 #include "tests/service/store/StoreFixture.h"
 
 namespace service {

@@ -3,9 +3,9 @@
 #include <random>
 
 #include "service/ledger/Ledger.h"
-#include "service/store/Columns.h"
-#include "service/store/HistoryAudit.h"
 #include "service/store/Housekeeper.h"
+#include "service/store/columns/Columns.h"
+#include "tests/service/store/HistoryAudit.h"
 #include "tests/service/store/StoreFixture.h"
 
 namespace service {

@@ -8,8 +8,8 @@
 #include "libs/sqlite/Database.h"
 #include "libs/sqlite/Query.h"
 #include "service/ledger/Records.h"
-#include "service/store/SeriesGrain.h"
-#include "service/store/SeriesReader.h"
+#include "service/store/series/SeriesGrain.h"
+#include "service/store/series/SeriesReader.h"
 #include "service/traffic/Moment.h"
 
 namespace service {

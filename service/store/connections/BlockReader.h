@@ -6,7 +6,7 @@
 
 #include "libs/sqlite/Database.h"
 #include "libs/sqlite/Query.h"
-#include "service/store/ConnectionBlock.h"
+#include "service/store/connections/ConnectionBlock.h"
 
 namespace service {
 

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "service/ledger/Records.h"
-#include "service/store/PackedNumbers.h"
-#include "service/store/Slots.h"
+#include "service/store/connections/PackedNumbers.h"
+#include "service/store/connections/Slots.h"
 
 namespace SQLite {
 class Query;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "service/store/DamagedDatabase.h"
+#include "service/store/file/DamagedDatabase.h"
 
 #include <algorithm>
 #include <array>

@@ -8,7 +8,7 @@
 #include <span>
 #include <vector>
 
-#include "service/store/Slots.h"
+#include "service/store/connections/Slots.h"
 
 namespace service {
 

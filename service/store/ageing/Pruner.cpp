@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "service/store/Pruner.h"
+#include "service/store/ageing/Pruner.h"
 
 #include <chrono>
 #include <string>
 
-#include "service/store/Columns.h"
-#include "service/store/SeriesReader.h"
+#include "service/store/columns/Columns.h"
+#include "service/store/series/SeriesReader.h"
 
 namespace service {
 

@@ -12,9 +12,9 @@
 
 #include "libs/sqlite/Database.h"
 #include "libs/sqlite/Query.h"
-#include "service/store/BlockReader.h"
-#include "service/store/ConnectionBlock.h"
-#include "service/store/ConnectionQuery.h"
+#include "service/store/connections/BlockReader.h"
+#include "service/store/connections/ConnectionBlock.h"
+#include "service/store/connections/ConnectionQuery.h"
 
 namespace service {
 

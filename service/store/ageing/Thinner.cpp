@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "service/store/Thinner.h"
+#include "service/store/ageing/Thinner.h"
 
 #include <chrono>
 
-#include "service/store/Columns.h"
+#include "service/store/columns/Columns.h"
 
 namespace service {
 

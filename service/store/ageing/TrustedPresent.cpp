@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "service/store/TrustedPresent.h"
+#include "service/store/ageing/TrustedPresent.h"
 
 #include <algorithm>
 

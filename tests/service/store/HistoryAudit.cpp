@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "service/store/HistoryAudit.h"
+#include "tests/service/store/HistoryAudit.h"
 
 #include <array>
 #include <map>
@@ -7,9 +7,9 @@
 #include <utility>
 
 #include "libs/sqlite/Query.h"
-#include "service/store/Columns.h"
-#include "service/store/SeriesGrain.h"
-#include "service/store/SeriesReader.h"
+#include "service/store/columns/Columns.h"
+#include "service/store/series/SeriesGrain.h"
+#include "service/store/series/SeriesReader.h"
 
 namespace service {
 

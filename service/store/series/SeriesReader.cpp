@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "service/store/SeriesReader.h"
+#include "service/store/series/SeriesReader.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
-#include "service/store/Columns.h"
-#include "service/store/SeriesGrain.h"
+#include "service/store/columns/Columns.h"
+#include "service/store/series/SeriesGrain.h"
 
 namespace service {
 

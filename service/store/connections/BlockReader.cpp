@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "service/store/BlockReader.h"
+#include "service/store/connections/BlockReader.h"
 
 #include <limits>
 #include <string>

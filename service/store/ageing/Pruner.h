@@ -7,7 +7,7 @@
 #include "libs/sqlite/Database.h"
 #include "libs/sqlite/Query.h"
 #include "service/ledger/Records.h"
-#include "service/store/ConnectionBlocks.h"
+#include "service/store/connections/ConnectionBlocks.h"
 #include "service/traffic/Moment.h"
 
 namespace service {

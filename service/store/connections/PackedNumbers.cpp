@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "service/store/PackedNumbers.h"
+#include "service/store/connections/PackedNumbers.h"
 
 #include <algorithm>
 #include <bit>

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "service/store/ConnectionBlocks.h"
+#include "service/store/connections/ConnectionBlocks.h"
 
 #include <algorithm>
 #include <string>
 
-#include "service/store/Columns.h"
+#include "service/store/columns/Columns.h"
 
 namespace service {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "service/store/ConnectionLister.h"
+#include "service/store/connections/ConnectionLister.h"
 
 #include <algorithm>
 #include <limits>
@@ -7,8 +7,8 @@
 #include <span>
 #include <tuple>
 
-#include "service/store/Columns.h"
-#include "service/store/SortEntries.h"
+#include "service/store/columns/Columns.h"
+#include "service/store/connections/SortEntries.h"
 
 namespace service {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "service/store/FileLock.h"
+#include "service/store/file/FileLock.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

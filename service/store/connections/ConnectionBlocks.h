@@ -8,7 +8,7 @@
 
 #include "libs/sqlite/Database.h"
 #include "libs/sqlite/Query.h"
-#include "service/store/ConnectionBlock.h"
+#include "service/store/connections/ConnectionBlock.h"
 #include "service/traffic/Moment.h"
 
 namespace service {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "service/store/Columns.h"
+#include "service/store/columns/Columns.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "service/store/Migrations.h"
+#include "service/store/file/Migrations.h"
 
 #include <array>
 #include <cstddef>
@@ -7,7 +7,7 @@
 #include "libs/sqlite/Database.h"
 #include "libs/sqlite/Query.h"
 #include "libs/sqlite/Transaction.h"
-#include "service/store/ConnectionBlocks.h"
+#include "service/store/connections/ConnectionBlocks.h"
 
 namespace service {
 

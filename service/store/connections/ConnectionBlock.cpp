@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "service/store/ConnectionBlock.h"
+#include "service/store/connections/ConnectionBlock.h"
 
 #include <algorithm>
 

@@ -3,8 +3,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstddef>
-#include <filesystem>
 #include <system_error>
 #include <utility>
 
@@ -13,26 +11,11 @@
 #include "service/store/StoreBatch.h"
 #include "service/store/columns/Columns.h"
 #include "service/store/file/DamagedDatabase.h"
-#include "service/store/file/Migrations.h"
+#include "service/store/file/DatabaseFile.h"
 
 namespace service {
 
 namespace {
-
-/**
- * With WAL and NORMAL a crash of the daemon loses nothing and a loss of power the last moments at most; the
- * limit gives the log's space back after a burst. Debian builds SQLite so that it overwrites with zeros what
- * is deleted: a wipe would write the whole database into the log once, only for the `VACUUM` after it to leave
- * those pages behind anyway, and would want that much room on a disk that may be full.
- */
-constexpr char settings[] =
-    "PRAGMA journal_mode = WAL;"
-    "PRAGMA synchronous = NORMAL;"
-    "PRAGMA secure_delete = OFF;"
-    "PRAGMA journal_size_limit = 8388608;";
-
-/** Writes the database anew, as small as it can be, in the layout that `migrate` asks for. */
-constexpr char compact[] = "VACUUM; PRAGMA wal_checkpoint(TRUNCATE);";
 
 /** By how much the clock may be set back while the series only wait for it. */
 constexpr std::chrono::minutes longestWait{1};
@@ -51,29 +34,6 @@ bool isPastFuture(const LedgerChanges& changes, Moment latest, const TrustedPres
     return (changes.moment >= start || beganInFuture) && latest - changes.moment > longestWait;
 }
 
-/**
- * A database of before files could shrink is laid out anew, once, before anybody uses it: that takes as much room
- * again and about a second for 100 MB. Where it fails the history goes on, and free pages wait for new rows.
- */
-void letFileShrink(SQLite::Database& database) {
-    SQLite::Query canShrink(database, "SELECT auto_vacuum = 2 FROM pragma_auto_vacuum");
-    const bool isLaidOut = canShrink.Step() == SQLite::StepResult::Row && canShrink.GetColumnAsInt(0) != 0;
-    canShrink.Reset();
-    if (!isLaidOut && !database.Execute(compact)) {
-        logLine("store: the file can grow only, until the next start: ", database.GetLastError());
-    }
-}
-
-/** Also of a link to a file that is yet to be made: all who name the file in some way are to meet at one lock. */
-std::filesystem::path resolve(const std::string& path, std::error_code& failure) {
-    std::filesystem::path resolved = std::filesystem::weakly_canonical(path, failure);
-    while (!failure && std::filesystem::is_symlink(resolved)) {
-        const auto target = resolved.parent_path() / std::filesystem::read_symlink(resolved, failure);
-        resolved = std::filesystem::weakly_canonical(target, failure);
-    }
-    return resolved;
-}
-
 }  // namespace
 
 std::unique_ptr<Store> Store::open(const std::string& path, std::string& error) {
@@ -82,7 +42,7 @@ std::unique_ptr<Store> Store::open(const std::string& path, std::string& error) 
         return nullptr;
     };
     std::error_code failure;
-    const std::string resolvedPath = resolve(path, failure);
+    const std::string resolvedPath = DatabaseFile::realPath(path, failure);
     if (failure) {
         return failed(failure.message());
     }
@@ -107,19 +67,10 @@ std::unique_ptr<Store> Store::open(const std::string& path, std::string& error) 
 
 /** Tries, and undoes, all that the daemon cannot begin without. */
 std::unique_ptr<Store> Store::openLocked(const std::string& path, std::string& error) {
-    auto database = std::make_unique<SQLite::Database>();
-    if (!database->Open(path, SQLite::OpenMode::ReadWriteCreate)) {
-        error = database->GetLastError();
+    auto database = DatabaseFile::open(path, error);
+    if (!database) {
         return nullptr;
     }
-    if (!migrate(*database, error)) {
-        return nullptr;
-    }
-    if (!database->Execute(settings)) {  // one of them alters the file, which has to be ours for that
-        error = database->GetLastError();
-        return nullptr;
-    }
-    letFileShrink(*database);
     std::unique_ptr<Store> store(new Store(std::move(database)));
     if (!store->isValid()) {
         error = "its tables are not as they should be";
@@ -136,6 +87,7 @@ std::unique_ptr<Store> Store::openLocked(const std::string& path, std::string& e
 Store::Store(std::unique_ptr<SQLite::Database> database)
     : m_Database(std::move(database)),
       m_Series(*m_Database),
+      m_SeriesWriter(*m_Database),
       m_WriteCounting(
           *m_Database,
           "INSERT OR REPLACE INTO counting (only_row, start, latest, next_application, "
@@ -158,9 +110,6 @@ Store::Store(std::unique_ptr<SQLite::Database> database)
           "ended = excluded.ended, life = excluded.life, received = excluded.received, "
           "sent = excluded.sent, payload_received = excluded.payload_received, "
           "payload_sent = excluded.payload_sent"),
-      m_WriteSeries(*m_Database,
-                    "INSERT OR REPLACE INTO series (application, class, moment, received, sent, "
-                    "payload_received, payload_sent) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)"),
       m_WriteKeptSince(*m_Database, "UPDATE counting SET kept_since = ?1"),
       m_Blocks(*m_Database),
       m_Pruner(*m_Database, m_Blocks),
@@ -168,7 +117,7 @@ Store::Store(std::unique_ptr<SQLite::Database> database)
 
 bool Store::isValid() const {
     return m_Series.isValid() && m_WriteCounting.IsValid() && m_WriteApplication.IsValid() &&
-           m_WriteConnection.IsValid() && m_WriteSeries.IsValid() && m_WriteKeptSince.IsValid() &&
+           m_WriteConnection.IsValid() && m_SeriesWriter.isValid() && m_WriteKeptSince.IsValid() &&
            m_Blocks.isValid() && m_Pruner.isValid() && m_Thinner.isValid();
 }
 
@@ -316,7 +265,7 @@ bool Store::write(const LedgerChanges& changes, Progress& progress) {
     }
     const Moment before = progress.latest;
     if (isPastFuture(changes, progress.latest, progress.present)) {
-        if (!redateSeries(changes.moment, progress)) {
+        if (!m_SeriesWriter.redate(changes.moment, progress.grains)) {
             return false;
         }
         progress.latest = changes.moment;
@@ -358,39 +307,7 @@ bool Store::writeConnection(const ConnectionRecord& connection) {
 }
 
 bool Store::writeSeries(ApplicationId application, const Counters& counters, Progress& progress) {
-    Counters& written = progress.written[application];
-    for (std::size_t i = 0; i < protocolClassCount; ++i) {
-        const ByteCount& bytes = counters.byClass[i];
-        const ByteCount& payload = counters.payloadByClass[i];
-        const bool changed = bytes != written.byClass[i] || payload != written.payloadByClass[i];
-        if (changed &&
-            !m_WriteSeries.Execute(application, static_cast<std::int64_t>(i), toColumn(progress.latest),
-                                   bytes.received, bytes.sent, payload.received, payload.sent)) {
-            return false;
-        }
-    }
-    written = counters;
-    return true;
-}
-
-/**
- * What the series say of moments after `present` they say of `present`: no byte is lost, and no total sinks. Where
- * they are coarse there, that goes for the whole interval, which has no end yet.
- */
-bool Store::redateSeries(Moment present, Progress& progress) {
-    const auto length = progress.grains.lengthAt(present);
-    const Moment last = intervalEnd(present + std::chrono::seconds(1), length) - length;
-    progress.grains.endAt(last);
-    // All counts only grow with time, so the greatest ones are the last row's.
-    SQLite::Query gather(
-        *m_Database,
-        "INSERT OR REPLACE INTO series (application, class, moment, received, sent, "
-        "payload_received, payload_sent) SELECT application, class, ?1, max(received), max(sent), "
-        "max(payload_received), max(payload_sent) FROM series "
-        "WHERE moment > ?2 GROUP BY application, class");
-    SQLite::Query erase(*m_Database, "DELETE FROM series WHERE moment > ?2 AND moment <> ?1");
-    return gather.Execute(toColumn(present), toColumn(last)) &&
-           erase.Execute(toColumn(present), toColumn(last));
+    return m_SeriesWriter.write(application, counters, progress.latest, progress.written[application]);
 }
 
 /** Whole tables without a condition go page by page: a million connections take a fifth of a second. */
@@ -405,7 +322,7 @@ bool Store::eraseEverything() {
 }
 
 void Store::giveSpaceBack() {
-    if (!m_Database->Execute("VACUUM")) {
+    if (!DatabaseFile::compact(*m_Database)) {
         logLine("store: the space of the erased history goes back by and by: ", m_Database->GetLastError());
         m_Pruner.begin();
     }
@@ -414,14 +331,7 @@ void Store::giveSpaceBack() {
 }
 
 void Store::cutLog() {
-    if (m_LogIsCut) {
-        return;
-    }
-    m_Database->SetBusyTimeout(std::chrono::milliseconds(0));
-    SQLite::Query cut(*m_Database, "PRAGMA wal_checkpoint(TRUNCATE)");
-    m_LogIsCut =
-        cut.Step() == SQLite::StepResult::Row && cut.GetColumnAsInt(0) == 0;  // else a reader is in the way
-    m_Database->SetBusyTimeout(SQLite::Database::defaultBusyTimeout);
+    m_LogIsCut = m_LogIsCut || DatabaseFile::cutLog(*m_Database);
 }
 
 }  // namespace service

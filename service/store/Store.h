@@ -17,6 +17,7 @@
 #include "service/store/file/FileLock.h"
 #include "service/store/series/SeriesGrain.h"
 #include "service/store/series/SeriesReader.h"
+#include "service/store/series/SeriesWriter.h"
 #include "service/traffic/Moment.h"
 
 namespace service {
@@ -113,16 +114,15 @@ class Store {
     bool writeApplication(const ApplicationRecord& application);
     bool writeConnection(const ConnectionRecord& connection);
     bool writeSeries(ApplicationId application, const Counters& counters, Progress& progress);
-    bool redateSeries(Moment present, Progress& progress);
     bool eraseEverything();
 
     std::unique_ptr<FileLock> m_Lock;
     std::unique_ptr<SQLite::Database> m_Database;
     SeriesReader m_Series;
+    SeriesWriter m_SeriesWriter;
     SQLite::Query m_WriteCounting;
     SQLite::Query m_WriteApplication;
     SQLite::Query m_WriteConnection;
-    SQLite::Query m_WriteSeries;
     SQLite::Query m_WriteKeptSince;
     ConnectionBlocks m_Blocks;
     Pruner m_Pruner;

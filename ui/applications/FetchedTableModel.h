@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QAbstractTableModel>
 #include <QHash>
 #include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <utility>
 #include <vector>
+
+#include "ui/applications/ColumnTableModel.h"
 
 /**
  * A table of the records of a cursor, which are in the daemon and many.
@@ -19,7 +21,7 @@
  * Main thread.
  */
 template <class Record>
-class FetchedTableModel : public QAbstractTableModel {
+class FetchedTableModel : public ColumnTableModel {
   public:
     /** Fetches `count` records from index `first` on; null where there is none. */
     using Fetch =
@@ -46,8 +48,8 @@ class FetchedTableModel : public QAbstractTableModel {
 
   protected:
     /** The cursor's first record is in `firstRow`; the rows before it are the subclass's own. */
-    FetchedTableModel(Fetch fetch, int firstRow, QObject* parent)
-        : QAbstractTableModel(parent), m_Fetch(std::move(fetch)), m_FirstRow(firstRow) {}
+    FetchedTableModel(std::span<const ColumnHeader> headers, Fetch fetch, int firstRow, QObject* parent)
+        : ColumnTableModel(headers, parent), m_Fetch(std::move(fetch)), m_FirstRow(firstRow) {}
 
     /** Begins anew with so many rows in all, none of them asked for; what was fetched before is shown until it is. */
     void refreshRows(int rows) {

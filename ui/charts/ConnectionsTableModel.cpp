@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/charts/ConnectionsTableModel.h"
 
+#include <array>
 #include <utility>
 
 #include "ui/charts/ConnectionText.h"
@@ -10,28 +11,16 @@ namespace {
 
 using Model = ConnectionsTableModel;
 
-QString headerText(int column) {
-    switch (column) {
-        case Model::NumberColumn:
-            return "#";
-        case Model::StartColumn:
-            return "Start";
-        case Model::EndColumn:
-            return "End";
-        case Model::DirectionColumn:
-            return "Direction";
-        case Model::ReceivedColumn:
-            return "Received, MB";
-        case Model::SentColumn:
-            return "Sent, MB";
-        case Model::LocalAddressColumn:
-            return "Local address";
-        case Model::RemoteAddressColumn:
-            return "Remote address";
-        default:
-            return {};
-    }
-}
+constexpr std::array<ColumnTableModel::ColumnHeader, Model::ColumnCount> headers{{
+    {"#", Qt::AlignRight},
+    {"Start"},
+    {"End"},
+    {"Direction"},
+    {"Received, MB", Qt::AlignRight},
+    {"Sent, MB", Qt::AlignRight},
+    {"Local address"},
+    {"Remote address"},
+}};
 
 QString cellText(const ConnectionInfo& connection, int column) {
     switch (column) {
@@ -54,12 +43,6 @@ QString cellText(const ConnectionInfo& connection, int column) {
     }
 }
 
-int alignment(int column) {
-    const bool isNumber =
-        column == Model::NumberColumn || column == Model::ReceivedColumn || column == Model::SentColumn;
-    return (isNumber ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter;
-}
-
 QVariant shortText(const ConnectionInfo& connection, int column) {
     switch (column) {
         case Model::StartColumn:
@@ -74,15 +57,11 @@ QVariant shortText(const ConnectionInfo& connection, int column) {
 }  // namespace
 
 ConnectionsTableModel::ConnectionsTableModel(Fetch fetch, QObject* parent)
-    : FetchedTableModel(std::move(fetch), 0, parent) {}
+    : FetchedTableModel(headers, std::move(fetch), 0, parent) {}
 
 std::int32_t ConnectionsTableModel::sortFieldFromColumnId(int column) {
     constexpr std::int32_t naturalOrder = 7;
     return column >= StartColumn && column <= RemoteAddressColumn ? column - StartColumn : naturalOrder;
-}
-
-int ConnectionsTableModel::columnCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : ColumnCount;
 }
 
 QVariant ConnectionsTableModel::data(const QModelIndex& index, int role) const {
@@ -104,18 +83,4 @@ QVariant ConnectionsTableModel::data(const QModelIndex& index, int role) const {
         return shortText(*connection, index.column());
     }
     return role == Qt::DisplayRole ? cellText(*connection, index.column()) : connectionText(*connection);
-}
-
-QVariant ConnectionsTableModel::headerData(int section, Qt::Orientation orientation, int role) const {
-    if (orientation != Qt::Horizontal) {
-        return {};
-    }
-    switch (role) {
-        case Qt::DisplayRole:
-            return headerText(section);
-        case Qt::TextAlignmentRole:
-            return alignment(section);
-        default:
-            return {};
-    }
 }

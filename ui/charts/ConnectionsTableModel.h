@@ -34,9 +34,6 @@ class ConnectionsTableModel : public FetchedTableModel<ConnectionInfo> {
     /** The connection in `row`, fetched if need be; null where there is none. */
     std::shared_ptr<const ConnectionInfo> connectionForRow(int row) { return recordForRow(row); }
 
-    int columnCount(const QModelIndex& parent = {}) const override;
-
     /** Every cell's tooltip tells of the whole connection. */
     QVariant data(const QModelIndex& index, int role) const override;
-    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 };

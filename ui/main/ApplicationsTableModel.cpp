@@ -2,6 +2,7 @@
 #include "ui/main/ApplicationsTableModel.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "platform/WorkspaceIcons.h"
@@ -16,35 +17,15 @@ const QString applicationsFolder = QStringLiteral("/Applications");
 const QString applicationsFolder = QStringLiteral("/usr/share/applications");
 #endif
 
-QString headerText(int column) {
-    switch (column) {
-        case ApplicationsTableModel::NumberColumn:
-            return "#";
-        case ApplicationsTableModel::NameColumn:
-            return "Name";
-        case ApplicationsTableModel::PathColumn:
-            return "Path";
-        case ApplicationsTableModel::ReceivedColumn:
-            return "Received, MB";
-        case ApplicationsTableModel::SentColumn:
-            return "Sent, MB";
-        case ApplicationsTableModel::LastActivityColumn:
-            return "Last activity";
-        default:
-            return {};
-    }
-}
-
-Qt::Alignment alignment(int column) {
-    switch (column) {
-        case ApplicationsTableModel::NumberColumn:
-        case ApplicationsTableModel::ReceivedColumn:
-        case ApplicationsTableModel::SentColumn:
-            return Qt::AlignRight | Qt::AlignVCenter;
-        default:
-            return Qt::AlignLeft | Qt::AlignVCenter;
-    }
-}
+constexpr std::array<ColumnTableModel::ColumnHeader, ApplicationsTableModel::ColumnCount> headers{{
+    {"#", Qt::AlignRight},
+    {"", Qt::AlignLeft, "Icon"},
+    {"Name"},
+    {"Path"},
+    {"Received, MB", Qt::AlignRight},
+    {"Sent, MB", Qt::AlignRight},
+    {"Last activity"},
+}};
 
 double shareOf(std::int64_t part, std::int64_t whole) {
     return whole > 0 ? std::clamp(static_cast<double>(part) / static_cast<double>(whole), 0.0, 1.0) : 0.0;
@@ -53,7 +34,7 @@ double shareOf(std::int64_t part, std::int64_t whole) {
 }  // namespace
 
 ApplicationsTableModel::ApplicationsTableModel(Fetch fetch, QObject* parent)
-    : FetchedTableModel(std::move(fetch), TotalsRow + 1, parent),
+    : FetchedTableModel(headers, std::move(fetch), TotalsRow + 1, parent),
       m_Totals(std::make_shared<const TotalStatisticInfo>()) {}
 
 void ApplicationsTableModel::refresh(std::int32_t applications,
@@ -63,15 +44,11 @@ void ApplicationsTableModel::refresh(std::int32_t applications,
     refreshRows(applications + 1);
 }
 
-int ApplicationsTableModel::columnCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : ColumnCount;
-}
-
 QVariant ApplicationsTableModel::data(const QModelIndex& index, int role) const {
     const int row = index.row();
     const int column = index.column();
     if (role == Qt::TextAlignmentRole) {
-        return QVariant(alignment(column));
+        return alignment(column);
     }
     if (role == (column == IconColumn ? Qt::DecorationRole : Qt::DisplayRole)) {
         return fieldValue(row, column);
@@ -82,22 +59,6 @@ QVariant ApplicationsTableModel::data(const QModelIndex& index, int role) const 
                                                               : fieldValue(row, column).toString();
     }
     return role == ShareRole && application != nullptr ? share(*application, column) : QVariant();
-}
-
-QVariant ApplicationsTableModel::headerData(int section, Qt::Orientation orientation, int role) const {
-    if (orientation != Qt::Horizontal) {
-        return {};
-    }
-    switch (role) {
-        case Qt::DisplayRole:
-            return headerText(section);
-        case Qt::TextAlignmentRole:
-            return QVariant(alignment(section));
-        case Qt::AccessibleTextRole:
-            return section == IconColumn ? "Icon" : headerText(section);
-        default:
-            return {};
-    }
 }
 
 QVariant ApplicationsTableModel::fieldValue(int row, int column) const {

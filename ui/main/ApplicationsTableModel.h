@@ -42,9 +42,7 @@ class ApplicationsTableModel : public FetchedTableModel<ApplicationInfo> {
     /** The application in `row`, fetched if need be; null for the totals row and for a row that cannot be fetched. */
     std::shared_ptr<const ApplicationInfo> applicationForRow(int row) { return recordForRow(row); }
 
-    int columnCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
-    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
   private:
     QVariant fieldValue(int row, int column) const;

@@ -1,20 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/preferences/AppsListModel.h"
 
+#include <array>
+
 #include "ui/applications/PlainText.h"
 
 namespace {
 
-QString headerText(int column) {
-    switch (column) {
-        case AppsListModel::NameColumn:
-            return "Name";
-        case AppsListModel::BundlePathColumn:
-            return "Path";
-        default:
-            return {};
-    }
-}
+constexpr std::array<ColumnTableModel::ColumnHeader, AppsListModel::ColumnCount> headers{{
+    {"", Qt::AlignLeft, "Icon"},
+    {"Name"},
+    {"Path"},
+}};
 
 /** What has no name of its own is called by its path. */
 QString text(const AppListEntry& entry, int column) {
@@ -29,6 +26,8 @@ QString text(const AppListEntry& entry, int column) {
 }
 
 }  // namespace
+
+AppsListModel::AppsListModel(QObject* parent) : ColumnTableModel(headers, parent) {}
 
 void AppsListModel::setEntries(const QList<AppListEntry>& entries) {
     beginResetModel();
@@ -65,10 +64,6 @@ int AppsListModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : static_cast<int>(m_Entries.size());
 }
 
-int AppsListModel::columnCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : ColumnCount;
-}
-
 QVariant AppsListModel::data(const QModelIndex& index, int role) const {
     const AppListEntry& entry = m_Entries[index.row()];
     switch (role) {
@@ -78,22 +73,6 @@ QVariant AppsListModel::data(const QModelIndex& index, int role) const {
             return index.column() == IconColumn ? QVariant(entry.icon()) : QVariant();
         case Qt::ToolTipRole:
             return PlainText::toolTip(PlainText::singleLine(entry.bundlePath()));
-        default:
-            return {};
-    }
-}
-
-QVariant AppsListModel::headerData(int section, Qt::Orientation orientation, int role) const {
-    if (orientation != Qt::Horizontal) {
-        return {};
-    }
-    switch (role) {
-        case Qt::DisplayRole:
-            return headerText(section);
-        case Qt::TextAlignmentRole:
-            return QVariant(Qt::AlignLeft | Qt::AlignVCenter);
-        case Qt::AccessibleTextRole:
-            return section == IconColumn ? "Icon" : headerText(section);
         default:
             return {};
     }

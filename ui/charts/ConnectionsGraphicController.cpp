@@ -363,10 +363,7 @@ void ConnectionsGraphicController::didClickTableColumn(int columnId) {
     if (field == sortByNothing) {
         m_ConnectionsSortDirection = Unsorted;
     }
-    const bool isSorted = m_ConnectionsSortDirection != Unsorted;
-    m_ConnectionsTable->showSorting(isSorted ? columnId : -1, m_ConnectionsSortDirection == Descending
-                                                                  ? Qt::DescendingOrder
-                                                                  : Qt::AscendingOrder);
+    m_ConnectionsTable->showSorting(columnId, m_ConnectionsSortDirection);
     updateConnectionsTable();
 }
 

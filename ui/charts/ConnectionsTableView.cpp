@@ -15,14 +15,13 @@
 
 namespace {
 
-constexpr int sortArrowRoom = 16;       // pixels in a header
 constexpr int directionArrowRoom = 18;  // pixels beside the word
 constexpr int narrowestAddress = 96;    // pixels
 
 }  // namespace
 
 ConnectionsTableView::ConnectionsTableView(ConnectionsTableModel& model, QWidget* parent)
-    : TableView(parent) {
+    : SortableTableView(parent) {
     setObjectName("m_ConnectionsTable");
     setAccessibleName("Connections");
     setAlternatingRowColors(true);
@@ -32,20 +31,6 @@ ConnectionsTableView::ConnectionsTableView(ConnectionsTableModel& model, QWidget
     setEmptyText("No connections in this range");
     setupColumns();
     setupMenu();
-    setupHeader();
-}
-
-void ConnectionsTableView::showSorting(int column, Qt::SortOrder order) {
-    horizontalHeader()->setSortIndicator(column, order);
-}
-
-void ConnectionsTableView::setupHeader() {
-    QHeaderView* header = horizontalHeader();
-    header->setSectionsClickable(true);
-    header->setSortIndicatorShown(true);
-    showSorting(-1, Qt::AscendingOrder);
-    connect(header, &QHeaderView::sectionClicked, this, &ConnectionsTableView::columnClicked);
-    connect(header, &QHeaderView::sectionDoubleClicked, this, &ConnectionsTableView::columnClicked);
 }
 
 /** Numbers get the room that they need; dates and addresses share the rest. */

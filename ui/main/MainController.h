@@ -2,7 +2,6 @@
 #pragma once
 
 #include <QObject>
-#include <QPointer>
 #include <QTimer>
 #include <cstdint>
 #include <memory>
@@ -11,14 +10,13 @@
 #include "daemon/DaemonConnectionDelegate.h"
 #include "ui/main/ApplicationsTableModel.h"
 #include "ui/main/GrowlBridgeDelegate.h"
+#include "ui/main/ProgramInformation.h"
 
-class ColumnFitter;
 class DrawerController;
+class MainWindow;
 class QAction;
-class QMainWindow;
 class QMenu;
-class QMessageBox;
-class QSystemTrayIcon;
+class StatusIcon;
 class TotalStatisticController;
 class WindowMemory;
 
@@ -68,23 +66,15 @@ class MainController : public QObject, public DaemonConnectionDelegate, public G
      * none. */
     static std::int32_t sortFieldFromColumnId(int columnId);
 
-  protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
-
   private:
     void awakeFromNib();
     void setupTable();
-    void setupColumns();
     void setupDrawer();
     void setupCommands();
-    void setupHistoryCommands();
-    void setupTableMenu();
-    void setupSortMenu();
     void createStatusIcon();
 
     void askWhetherDaemonCleans();
     void endCleaning();
-    void setStatusCommandsEnabled(bool isEnabled);
 
     void updateInformationTimer();
     void fetchVisibleRows();
@@ -94,7 +84,6 @@ class MainController : public QObject, public DaemonConnectionDelegate, public G
     bool validateMenuItem(const QAction* item);
 
     void didClickTableColumn(int columnId);
-    void showSortIndicator(int columnId);
 
     void drawerWillOpen();
     void drawerWillClose();
@@ -111,7 +100,6 @@ class MainController : public QObject, public DaemonConnectionDelegate, public G
     void showHelp();
     void showHomePage();
     void showAbout();
-    void showMessage(const QString& text, const QString& details);
     void windowWillClose();
     void quitFromApplication();
 
@@ -119,17 +107,13 @@ class MainController : public QObject, public DaemonConnectionDelegate, public G
     std::int32_t m_ApplicationsSortField;
     std::int32_t m_ApplicationsSortDirection;
     ApplicationsTableModel m_ApplicationsTableModel;
-    const std::unique_ptr<Ui::MainWindow> m_Outlets;
-    const std::unique_ptr<QMainWindow> m_Window;
+    const std::unique_ptr<MainWindow> m_Window;
+    Ui::MainWindow& m_Outlets;  ///< of m_Window
+    ProgramInformation m_ProgramInformation;
     std::unique_ptr<DrawerController> m_DrawerController;
     std::unique_ptr<TotalStatisticController> m_TotalStatisticController;
-    ColumnFitter* m_ColumnFitter = nullptr;  ///< the table's
     std::unique_ptr<WindowMemory> m_WindowMemory;
-    QMenu* m_TableMenu = nullptr;     ///< the table's
-    QPointer<QMessageBox> m_Message;  ///< while it is open
-    std::unique_ptr<QMenu> m_StatusMenu;
-    QMenu* m_RealtimeGraphicsMenu = nullptr;       ///< in m_StatusMenu
-    QAction* m_StatusPreferencesAction = nullptr;  ///< in m_StatusMenu
-    std::unique_ptr<QSystemTrayIcon> m_StatusIcon;
+    std::unique_ptr<StatusIcon> m_StatusIcon;
+    QMenu* m_RealtimeGraphicsMenu = nullptr;  ///< in m_StatusIcon
     QTimer m_UpdateInformationTimer;
 };

@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/charts/ConnectionsGraphicController.h"
 
-#include <QEvent>
-#include <QScreen>
-#include <QShortcut>
-#include <QVBoxLayout>
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -13,12 +9,12 @@
 
 #include "config/ConfigStorage.h"
 #include "daemon/DaemonConnection.h"
-#include "ui/applications/PlainText.h"
 #include "ui/applications/SortDirection.h"
 #include "ui/charts/ConnectionsExportDialog.h"
 #include "ui/charts/ConnectionsTableView.h"
 #include "ui/charts/HistoryGraphicWorker.h"
 #include "ui/charts/HistoryRangePage.h"
+#include "ui/charts/HistoryWindow.h"
 #include "ui/charts/TrafficFormat.h"
 #include "ui/charts/TrafficGraphic.h"
 #include "ui_ConnectionsGraphic.h"
@@ -27,42 +23,17 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::int32_t tcp = 6;
-constexpr std::int32_t udp = 17;
 constexpr std::int32_t allProtocols = -1;
 constexpr std::int32_t allApplications = -1;
 constexpr std::int32_t sortByNothing = 7;
 
-constexpr int slideTransition = 9;
-constexpr int slideOptions = 130;
-constexpr float backgroundAlpha = 0.9F;
 constexpr QSizeF colorLegendSize(100, 140);  // pixels, before it is fitted to its items
-constexpr int narrowestDrawer = 480;         // pixels
-constexpr int widestDrawer = 960;
-constexpr int drawerMargin = 12;
 
 constexpr qint64 secondsPerStorageMonth = 2'592'000;  // 30 days
 constexpr auto cancelPollInterval = 50ms;
 
 /** What the windows are closed from; each takes itself out. */
 std::vector<ConnectionsGraphicController*> sGraphicsList;
-
-QString graphicTitle(std::int32_t socketProtocol) {
-    switch (socketProtocol) {
-        case tcp:
-            return "TCP Traffic";
-        case udp:
-            return "UDP Traffic";
-        default:
-            return "Full Traffic";
-    }
-}
-
-void keepRoomWhileHidden(QWidget* widget) {
-    QSizePolicy policy = widget->sizePolicy();
-    policy.setRetainSizeWhenHidden(true);
-    widget->setSizePolicy(policy);
-}
 
 }  // namespace
 
@@ -99,42 +70,33 @@ void ConnectionsGraphicController::closeAllGraphics() {
 
 ConnectionsGraphicController::ConnectionsGraphicController(std::shared_ptr<const ApplicationInfo> application,
                                                            std::int32_t socketProtocol)
-    : m_Outlets(std::make_unique<Ui::ConnectionsGraphic>()),
-      m_Window(std::make_unique<QWidget>()),
-      m_NeedChangeTab(false),
+    : m_NeedChangeTab(false),
       m_Application(std::move(application)),
       m_SocketProtocol(socketProtocol),
+      m_Subject(m_Application.get(), socketProtocol),
       m_ConnectionsList(ConnectionsIterator::iterator()),
       m_ConnectionsTableModel(
           [this](auto first, auto count) { return m_ConnectionsList->prefetch(first, count); }),
       m_ConnectionsTable(new ConnectionsTableView(m_ConnectionsTableModel)),
+      m_Window(std::make_unique<HistoryWindow>(m_Subject, m_ConnectionsTable)),
+      m_Outlets(m_Window->outlets()),
       m_ConnectionsSortField(sortByNothing),
       m_ConnectionsSortDirection(Unsorted),
       m_UpdateStarted(false),
       m_UpdateNeedCancel(false),
       m_GraphicStartTime(0) {
-    m_Outlets->setupUi(m_Window.get());
     awakeFromNib();
     sGraphicsList.push_back(this);
 }
 
 ConnectionsGraphicController::~ConnectionsGraphicController() {
-    m_Outlets->m_Graphic->setDelegate(nullptr);
+    m_Outlets.m_Graphic->setDelegate(nullptr);
 }
 
 void ConnectionsGraphicController::awakeFromNib() {
-    m_Outlets->m_TabView->setTransitionType(slideTransition);
-    m_Outlets->m_TabView->setTransitionOptions(slideOptions);
-    m_Outlets->m_Graphic->setBGAlpha(backgroundAlpha);
-    m_Outlets->m_Graphic->setDelegate(this);
-    m_Window->setWindowFilePath(m_Application != nullptr ? m_Application->bundlePath() : "/Applications");
-    m_Window->setWindowTitle(
-        m_Application != nullptr
-            ? PlainText::windowTitle(QStringLiteral("\"%1\" Application Graphic").arg(m_Application->name()))
-            : QStringLiteral("Total Graphic"));
-    m_Outlets->m_Graphic->setAccessibleName(subject());
-    m_Outlets->m_RangeTitle->setText(subject());
-    m_Window->installEventFilter(this);
+    m_Outlets.m_Graphic->setDelegate(this);
+    connect(m_Window.get(), &HistoryWindow::aboutToClose, this,
+            &ConnectionsGraphicController::windowWillClose);
     setupCommands();
     setupTable();
     setupDrawer();
@@ -145,26 +107,11 @@ void ConnectionsGraphicController::awakeFromNib() {
 }
 
 void ConnectionsGraphicController::setupCommands() {
-    keepRoomWhileHidden(m_Outlets->m_Graphic);
-    keepRoomWhileHidden(m_Outlets->m_UpdateProgressIndicator);
-    connect(m_Outlets->m_ChangeRangeButton, &QPushButton::clicked, this,
+    connect(m_Outlets.m_ChangeRangeButton, &QPushButton::clicked, this,
             &ConnectionsGraphicController::changeTab);
-    connect(m_Outlets->m_ShowButton, &QPushButton::clicked, this, &ConnectionsGraphicController::changeTab);
-    connect(m_Outlets->m_ToggleDrawerButton, &DisclosureButton::clicked, this,
-            &ConnectionsGraphicController::toggleDrawer);
-    connect(m_Outlets->m_ConnectionsButton, &QPushButton::clicked, this,
-            &ConnectionsGraphicController::toggleDrawer);
-    connect(m_Outlets->m_CancelButton, &QPushButton::clicked, this,
+    connect(m_Outlets.m_ShowButton, &QPushButton::clicked, this, &ConnectionsGraphicController::changeTab);
+    connect(m_Outlets.m_CancelButton, &QPushButton::clicked, this,
             &ConnectionsGraphicController::cancelRange);
-    for (const auto& [key, button] : {std::pair(Qt::Key_Return, m_Outlets->m_ShowButton),
-                                      std::pair(Qt::Key_Enter, m_Outlets->m_ShowButton),
-                                      std::pair(Qt::Key_Escape, m_Outlets->m_CancelButton)}) {
-        auto* shortcut = new QShortcut(key, m_Outlets->m_RangePage);
-        shortcut->setContext(Qt::WidgetWithChildrenShortcut);
-        connect(shortcut, &QShortcut::activated, button, &QPushButton::click);
-    }
-    auto* closeKey = new QShortcut(QKeySequence::Close, m_Window.get());
-    connect(closeKey, &QShortcut::activated, m_Window.get(), &QWidget::close);
 }
 
 void ConnectionsGraphicController::setupTable() {
@@ -179,13 +126,7 @@ void ConnectionsGraphicController::setupTable() {
 }
 
 void ConnectionsGraphicController::setupDrawer() {
-    auto* content = new QWidget;
-    auto* layout = new QVBoxLayout(content);
-    layout->setContentsMargins(0, drawerMargin, drawerMargin, drawerMargin);
-    layout->addWidget(m_ConnectionsTable);
-    content->setFixedWidth(narrowestDrawer);
-    Drawer* drawer = m_Outlets->m_Drawer;
-    drawer->setContentView(content);
+    const Drawer* drawer = m_Outlets.m_Drawer;
     connect(drawer, &Drawer::willOpen, this, &ConnectionsGraphicController::drawerWillOpen);
     connect(drawer, &Drawer::willClose, this, &ConnectionsGraphicController::drawerWillClose);
     connect(drawer, &Drawer::didOpen, this, &ConnectionsGraphicController::drawerDidOpen);
@@ -194,18 +135,11 @@ void ConnectionsGraphicController::setupDrawer() {
 
 void ConnectionsGraphicController::setupRange() {
     m_Range = std::make_unique<HistoryRangePage>(
-        HistoryRangePickers::Picker{m_Outlets->m_StartTime, m_Outlets->m_StartCalendar},
-        HistoryRangePickers::Picker{m_Outlets->m_EndTime, m_Outlets->m_EndCalendar}, m_Outlets->m_Presets);
+        HistoryRangePickers::Picker{m_Outlets.m_StartTime, m_Outlets.m_StartCalendar},
+        HistoryRangePickers::Picker{m_Outlets.m_EndTime, m_Outlets.m_EndCalendar}, m_Outlets.m_Presets);
     m_Range->setEarliestTime(earliestTime());
-    connect(m_Outlets->m_Presets, &QListWidget::itemActivated, this,
-            &ConnectionsGraphicController::changeTab);
+    connect(m_Outlets.m_Presets, &QListWidget::itemActivated, this, &ConnectionsGraphicController::changeTab);
     showRange();
-}
-
-/** Names the protocol, which the window's title does not. */
-QString ConnectionsGraphicController::subject() const {
-    return graphicTitle(m_SocketProtocol) + " of " +
-           (m_Application != nullptr ? PlainText::singleLine(m_Application->name()) : "All Applications");
 }
 
 /** Nothing where the history is kept for ever. */
@@ -215,20 +149,24 @@ QDateTime ConnectionsGraphicController::earliestTime() const {
 }
 
 void ConnectionsGraphicController::showRange() {
-    m_Outlets->m_StartTimeCaption->setText(NSDateToNSString(m_Range->startTime()));
-    m_Outlets->m_EndTimeCaption->setText(NSDateToNSString(m_Range->endTime()));
+    m_Outlets.m_StartTimeCaption->setText(NSDateToNSString(m_Range->startTime()));
+    m_Outlets.m_EndTimeCaption->setText(NSDateToNSString(m_Range->endTime()));
 }
 
 void ConnectionsGraphicController::setupGraphic() {
-    GraphicView& graphic = *m_Outlets->m_Graphic;
+    GraphicView& graphic = *m_Outlets.m_Graphic;
     m_Window->layout()->activate();  // the legends need to know the chart's size
-    m_Outlets->m_GraphicPage->layout()->activate();
+    m_Outlets.m_GraphicPage->layout()->activate();
     graphic.setUpdatesDisabled(true);
     graphic.setXAxeDescription("Date/Time");
     graphic.setYAxeDescription("Data (Mbit)");
     TrafficGraphic::appendLines(graphic, false);
-    TrafficGraphic::addLegends(graphic, colorLegendSize, graphicTitle(m_SocketProtocol));
+    TrafficGraphic::addLegends(graphic, colorLegendSize, m_Subject.graphicTitle());
     graphic.setUpdatesDisabled(false);
+}
+
+QWidget* ConnectionsGraphicController::window() const {
+    return m_Window.get();
 }
 
 void ConnectionsGraphicController::show() {
@@ -245,13 +183,13 @@ void ConnectionsGraphicController::beginUpdateGraphic() {
     m_Worker.reset();  // with what it still had to say
     m_UpdateStarted = true;
     m_UpdateNeedCancel = false;
-    m_Outlets->m_Graphic->hide();
-    m_Outlets->m_DataFlow->setEnabled(false);  // of the range before, until the new one is known
-    m_Outlets->m_UpdateCover->cover("Computing...", QString("%1 to %2")
-                                                        .arg(m_Outlets->m_StartTimeCaption->text().trimmed(),
-                                                             m_Outlets->m_EndTimeCaption->text().trimmed()));
-    m_Outlets->m_UpdateProgressIndicator->setValue(0);
-    m_Outlets->m_UpdateProgressIndicator->show();
+    m_Outlets.m_Graphic->hide();
+    m_Outlets.m_DataFlow->setEnabled(false);  // of the range before, until the new one is known
+    m_Outlets.m_UpdateCover->cover("Computing...", QString("%1 to %2")
+                                                       .arg(m_Outlets.m_StartTimeCaption->text().trimmed(),
+                                                            m_Outlets.m_EndTimeCaption->text().trimmed()));
+    m_Outlets.m_UpdateProgressIndicator->setValue(0);
+    m_Outlets.m_UpdateProgressIndicator->show();
 
     HistoryGraphicWorker::Task task{m_Range->startTime(), m_Range->endTime(), {}, m_SocketProtocol};
     if (m_Application != nullptr) {
@@ -279,7 +217,7 @@ void ConnectionsGraphicController::cancelUpdateGraphic() {
 
 /** Nothing of it is seen before all points are there. */
 void ConnectionsGraphicController::clearGraphic(const HistoryGraphicMath& math) {
-    GraphicView& graphic = *m_Outlets->m_Graphic;
+    GraphicView& graphic = *m_Outlets.m_Graphic;
     m_GraphicStartTime = math.start;
     graphic.setUpdatesDisabled(true);
     graphic.clearSelection();
@@ -289,14 +227,14 @@ void ConnectionsGraphicController::clearGraphic(const HistoryGraphicMath& math) 
 }
 
 void ConnectionsGraphicController::stepDone(double x, qint64 receivedBytes, qint64 sendedBytes) {
-    GraphicView& graphic = *m_Outlets->m_Graphic;
+    GraphicView& graphic = *m_Outlets.m_Graphic;
     graphic.addPointToLine(TrafficGraphic::ReceivedLine, QPointF(x, static_cast<float>(receivedBytes)));
     graphic.addPointToLine(TrafficGraphic::SentLine, QPointF(x, static_cast<float>(sendedBytes)));
-    m_Outlets->m_UpdateProgressIndicator->setValue(static_cast<int>(m_Worker->math().progress(x)));
+    m_Outlets.m_UpdateProgressIndicator->setValue(static_cast<int>(m_Worker->math().progress(x)));
 }
 
 void ConnectionsGraphicController::pointsDone(qint64 peak) {
-    GraphicView& graphic = *m_Outlets->m_Graphic;
+    GraphicView& graphic = *m_Outlets.m_Graphic;
     graphic.setMeshCellSize(QSizeF(HistoryGraphicMath::gridStep(m_Worker->math().span),
                                    calcGraphicMeshHeightFromBytesPeak(static_cast<double>(peak))));
     graphic.recalcVisibleHeight();
@@ -306,15 +244,15 @@ void ConnectionsGraphicController::pointsDone(qint64 peak) {
 }
 
 void ConnectionsGraphicController::dataFlowKnown(qint64 receivedBytes, qint64 sendedBytes) {
-    m_Outlets->m_TotalSendedBytesCaption->setText(bytesToNSString(sendedBytes));
-    m_Outlets->m_TotalReceivedBytesCaption->setText(bytesToNSString(receivedBytes));
-    m_Outlets->m_DataFlow->setEnabled(true);
+    m_Outlets.m_TotalSendedBytesCaption->setText(bytesToNSString(sendedBytes));
+    m_Outlets.m_TotalReceivedBytesCaption->setText(bytesToNSString(receivedBytes));
+    m_Outlets.m_DataFlow->setEnabled(true);
 }
 
 void ConnectionsGraphicController::graphicUpdated() {
-    m_Outlets->m_UpdateProgressIndicator->hide();
-    m_Outlets->m_Graphic->show();
-    m_Outlets->m_UpdateCover->uncover();
+    m_Outlets.m_UpdateProgressIndicator->hide();
+    m_Outlets.m_Graphic->show();
+    m_Outlets.m_UpdateCover->uncover();
 }
 
 void ConnectionsGraphicController::updateConnectionsTable() {
@@ -344,15 +282,15 @@ std::shared_ptr<const ConnectionInfo> ConnectionsGraphicController::selectedConn
 void ConnectionsGraphicController::tableViewSelectionDidChange() {
     const auto connection = selectedConnection();
     if (connection == nullptr) {
-        m_Outlets->m_Graphic->clearSelection();
+        m_Outlets.m_Graphic->clearSelection();
         return;
     }
     const auto xOf = [this](const QDateTime& time) {
         return static_cast<float>(static_cast<double>(time.toMSecsSinceEpoch()) / 1000.0 -
                                   m_GraphicStartTime);
     };
-    m_Outlets->m_Graphic->setSelectionForAxe(TrafficGraphic::XAxe, xOf(connection->startTime()),
-                                             xOf(connection->endTime()));
+    m_Outlets.m_Graphic->setSelectionForAxe(TrafficGraphic::XAxe, xOf(connection->startTime()),
+                                            xOf(connection->endTime()));
 }
 
 void ConnectionsGraphicController::didClickTableColumn(int columnId) {
@@ -396,7 +334,7 @@ QDateTime ConnectionsGraphicController::dateAtX(float x) {
 /** The cursor lives until the last who fetches from it is gone. */
 void ConnectionsGraphicController::exportConnections() {
     ConnectionsExportDialog::ask(
-        m_Window.get(), QString("Connections (%1)").arg(subject()),
+        m_Window.get(), QString("Connections (%1)").arg(m_Subject.text()),
         [list = m_ConnectionsList](auto first, auto count) { return list->prefetch(first, count); },
         m_ConnectionsTableModel.rowCount());
 }
@@ -405,7 +343,7 @@ void ConnectionsGraphicController::changeTab() {
     if (m_NeedChangeTab) {
         return;
     }
-    if (m_Outlets->m_TabView->currentIndex() != 0) {
+    if (m_Outlets.m_TabView->currentIndex() != 0) {
         m_Range->accept();
         showRange();
         updateConnectionsTable();
@@ -415,16 +353,14 @@ void ConnectionsGraphicController::changeTab() {
         showRangePage();
     } else {
         m_NeedChangeTab = true;
-        m_Outlets->m_ToggleDrawerButton->setEnabled(
-            false);  // a drawer that turned back would never be closed
-        m_Outlets->m_ConnectionsButton->setEnabled(false);
-        m_Outlets->m_Drawer->toggle();
+        m_Window->setDrawerSwitchesEnabled(false);  // a drawer that turned back would never be closed
+        m_Outlets.m_Drawer->toggle();
     }
 }
 
 /** Back to the chart as it was, or was going to be. */
 void ConnectionsGraphicController::cancelRange() {
-    if (m_Outlets->m_TabView->currentIndex() == 0) {
+    if (m_Outlets.m_TabView->currentIndex() == 0) {
         return;
     }
     m_Range->restore();
@@ -435,85 +371,49 @@ void ConnectionsGraphicController::cancelRange() {
 }
 
 bool ConnectionsGraphicController::isDrawerClosed() const {
-    return m_Outlets->m_ToggleDrawerButton->isChecked();
+    return m_Outlets.m_ToggleDrawerButton->isChecked();
 }
 
 /** With the drawer as it was before the other page. */
 void ConnectionsGraphicController::showGraphicPage() {
-    m_Outlets->m_TabView->selectFirstTabViewItem();
+    m_Outlets.m_TabView->selectFirstTabViewItem();
     if (!isDrawerClosed()) {
-        m_Outlets->m_Drawer->toggle();
+        m_Outlets.m_Drawer->toggle();
     }
-}
-
-void ConnectionsGraphicController::toggleDrawer() {
-    Drawer* drawer = m_Outlets->m_Drawer;
-    if (!drawer->isOpen() && m_DrawerRoom == 0) {  // else it is still closing in the room that it had
-        makeRoomForDrawer();
-    }
-    if (m_DrawerRoom > 0 && !drawer->isOpen()) {
-        drawer->setOpenAtOnce(true);  // in the room beside: the chart need not move
-    } else {
-        drawer->toggle();
-    }
-}
-
-bool ConnectionsGraphicController::isSizeFixed() const {
-    return m_Window->isMaximized() || m_Window->isFullScreen();
-}
-
-/** Beside the chart as far as the screen goes, and where that is not enough half of the window's width. */
-void ConnectionsGraphicController::makeRoomForDrawer() {
-    const int beside = m_Window->screen()->availableGeometry().right() - m_Window->frameGeometry().right();
-    m_DrawerRoom = isSizeFixed() ? 0 : std::clamp(beside, 0, widestDrawer);
-    const int width = m_Window->width() + m_DrawerRoom;
-    m_Outlets->m_Drawer->contentView()->setFixedWidth(std::clamp(width / 2, narrowestDrawer, widestDrawer));
-    m_Window->resize(width, m_Window->height());
 }
 
 /** The switch says where a drawer is going to be, so that it is never taken for what it will not be. */
 void ConnectionsGraphicController::drawerWillOpen() {
-    m_Outlets->m_ToggleDrawerButton->setChecked(false);
+    m_Outlets.m_ToggleDrawerButton->setChecked(false);
 }
 
 void ConnectionsGraphicController::drawerWillClose() {
     if (!m_NeedChangeTab) {
-        m_Outlets->m_ToggleDrawerButton->setChecked(true);
+        m_Outlets.m_ToggleDrawerButton->setChecked(true);
     }
 }
 
 void ConnectionsGraphicController::drawerDidOpen() {
-    m_Outlets->m_ToggleDrawerButton->setChecked(false);
+    m_Outlets.m_ToggleDrawerButton->setChecked(false);
 }
 
 void ConnectionsGraphicController::drawerDidClose() {
     if (!m_NeedChangeTab) {
-        m_Outlets->m_ToggleDrawerButton->setChecked(true);
-        if (!isSizeFixed()) {
-            m_Window->resize(m_Window->width() - m_DrawerRoom, m_Window->height());
-        }
-        m_DrawerRoom = 0;
+        m_Outlets.m_ToggleDrawerButton->setChecked(true);
+        m_Window->giveDrawerRoomBack();
         return;
     }
     m_NeedChangeTab = false;
-    m_Outlets->m_ToggleDrawerButton->setEnabled(true);
-    m_Outlets->m_ConnectionsButton->setEnabled(true);
+    m_Window->setDrawerSwitchesEnabled(true);
     m_Range->setEarliestTime(earliestTime());
     showRangePage();
 }
 
 void ConnectionsGraphicController::showRangePage() {
-    m_Outlets->m_TabView->selectLastTabViewItem();
+    m_Outlets.m_TabView->selectLastTabViewItem();
     m_Range->open();
     m_IsGraphicIncomplete = m_UpdateStarted;
     cancelUpdateGraphic();
-}
-
-bool ConnectionsGraphicController::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::Close) {
-        windowWillClose();
-    }
-    return QObject::eventFilter(watched, event);
 }
 
 void ConnectionsGraphicController::windowWillClose() {
@@ -525,7 +425,7 @@ void ConnectionsGraphicController::windowWillClose() {
     m_Worker.reset();
     sGraphicsList.erase(self);
     for (QObject* sender : std::initializer_list<QObject*>{
-             m_ConnectionsTable, m_ConnectionsTable->selectionModel(), m_Outlets->m_Drawer}) {
+             m_ConnectionsTable, m_ConnectionsTable->selectionModel(), m_Outlets.m_Drawer}) {
         sender->disconnect(this);  // nothing that still moves, or goes with the window, is of interest
     }
     deleteLater();

@@ -13,11 +13,13 @@
 #include "daemon/ConnectionInfo.h"
 #include "daemon/ConnectionsIterator.h"
 #include "ui/charts/ConnectionsTableModel.h"
+#include "ui/charts/HistorySubject.h"
 
 class ConnectionsTableView;
 class HistoryGraphicWorker;
 struct HistoryGraphicMath;
 class HistoryRangePage;
+class HistoryWindow;
 class QWidget;
 
 namespace Ui {
@@ -49,7 +51,7 @@ class ConnectionsGraphicController : public QObject, public GraphicViewDelegate 
     ConnectionsGraphicController(const ConnectionsGraphicController&) = delete;
     ConnectionsGraphicController& operator=(const ConnectionsGraphicController&) = delete;
 
-    QWidget* window() const { return m_Window.get(); }
+    QWidget* window() const;
 
     void show();
     void close();
@@ -71,9 +73,6 @@ class ConnectionsGraphicController : public QObject, public GraphicViewDelegate 
     QString valueUnit() override;
     QDateTime dateAtX(float x) override;
 
-  protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
-
   private:
     ConnectionsGraphicController(std::shared_ptr<const ApplicationInfo> application,
                                  std::int32_t socketProtocol);
@@ -84,7 +83,6 @@ class ConnectionsGraphicController : public QObject, public GraphicViewDelegate 
     void setupDrawer();
     void setupRange();
     void setupGraphic();
-    QString subject() const;
     QDateTime earliestTime() const;
     void showRange();
     void showRangePage();
@@ -103,26 +101,23 @@ class ConnectionsGraphicController : public QObject, public GraphicViewDelegate 
     void exportConnections();
     void tableViewSelectionDidChange();
 
-    void toggleDrawer();
-    void makeRoomForDrawer();
     bool isDrawerClosed() const;
-    bool isSizeFixed() const;
     void drawerWillOpen();
     void drawerWillClose();
     void drawerDidOpen();
     void drawerDidClose();
     void windowWillClose();
 
-    const std::unique_ptr<Ui::ConnectionsGraphic> m_Outlets;
-    const std::unique_ptr<QWidget> m_Window;
-    int m_DrawerRoom = 0;  ///< pixels by which the window was widened for the drawer
-    std::unique_ptr<HistoryRangePage> m_Range;
     bool m_NeedChangeTab;  ///< the page of the range is to be shown once the drawer is closed
     const std::shared_ptr<const ApplicationInfo> m_Application;
     const std::int32_t m_SocketProtocol;
+    const HistorySubject m_Subject;
     const std::shared_ptr<ConnectionsIterator> m_ConnectionsList;
     ConnectionsTableModel m_ConnectionsTableModel;
-    ConnectionsTableView* const m_ConnectionsTable;  ///< in m_Window, as soon as it is in the drawer
+    ConnectionsTableView* const m_ConnectionsTable;  ///< in m_Window
+    const std::unique_ptr<HistoryWindow> m_Window;
+    Ui::ConnectionsGraphic& m_Outlets;  ///< of m_Window
+    std::unique_ptr<HistoryRangePage> m_Range;
     std::int32_t m_ConnectionsSortField;
     std::int32_t m_ConnectionsSortDirection;
     std::atomic<bool> m_UpdateStarted;  ///< by the main thread when a computation begins, false by its thread

@@ -20,13 +20,7 @@ bool isUsable(const Time& time) {
 }
 
 std::time_t epochOf(const Time& time, int isDaylightSaving, std::tm& local) {
-    local = {};
-    local.tm_sec = time.second;
-    local.tm_min = time.minute;
-    local.tm_hour = time.hour;
-    local.tm_mday = time.day;
-    local.tm_mon = time.month - 1;
-    local.tm_year = time.year - 1900;
+    local = Time::toCalendar(time);
     local.tm_isdst = isDaylightSaving;
     return std::mktime(&local);
 }

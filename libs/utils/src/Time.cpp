@@ -27,13 +27,8 @@ Time::Time(std::int32_t day, std::int32_t month, std::int32_t year, std::int32_t
     : day(day), month(month), year(year), second(second), minute(minute), hour(hour) {}
 
 long Time::toEpoch(const Time& time) {
-    std::tm local = localClock(std::time(nullptr));
-    local.tm_sec = time.second;
-    local.tm_min = time.minute;
-    local.tm_hour = time.hour;
-    local.tm_mday = time.day;
-    local.tm_mon = time.month - 1;
-    local.tm_year = time.year - 1900;
+    std::tm local = toCalendar(time);
+    local.tm_isdst = localClock(std::time(nullptr)).tm_isdst;
     return std::mktime(&local);
 }
 
@@ -45,6 +40,17 @@ Time Time::fromEpoch(long secondsSinceEpoch) {
 
 Time Time::now() {
     return fromEpoch(std::time(nullptr));
+}
+
+std::tm Time::toCalendar(const Time& time) {
+    std::tm fields{};
+    fields.tm_sec = time.second;
+    fields.tm_min = time.minute;
+    fields.tm_hour = time.hour;
+    fields.tm_mday = time.day;
+    fields.tm_mon = time.month - 1;
+    fields.tm_year = time.year - 1900;
+    return fields;
 }
 
 std::string Time::toString(const Time& time) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
 #include <string>
 
 /**
@@ -30,6 +31,9 @@ class Time {
     static long toEpoch(const Time& time);
     static Time fromEpoch(long secondsSinceEpoch);
     static Time now();
+
+    /** The same fields as C has them, with nothing known of daylight saving (0). */
+    static std::tm toCalendar(const Time& time);
 
     /** "2008-03-07 09:05:00" */
     static std::string toString(const Time& time);

@@ -1,25 +1,21 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <stop_token>
 #include <string>
 #include <vector>
 
 #include "libs/sqlite/Database.h"
-#include "libs/sqlite/Query.h"
-#include "service/store/connections/BlockReader.h"
-#include "service/store/connections/ConnectionBlock.h"
 #include "service/store/connections/ConnectionQuery.h"
+#include "service/store/connections/ConnectionSelection.h"
 
 namespace service {
 
 /**
- * Filters and sorts connections by the numbers in their blocks and by the rows of those that stand apart.
+ * Sorts the connections of a `ConnectionSelection`.
  *
  * It needs little memory beside the ids that it returns: it goes over the blocks several times, and each time
  * gathers and sorts only the part of the connections that comes next in the order. For the thread of its database.
@@ -32,7 +28,7 @@ class ConnectionLister {
     /** `database` must outlive the lister. */
     explicit ConnectionLister(SQLite::Database& database, std::size_t sortMemory = usualSortMemory);
 
-    bool isValid() const;
+    bool isValid() const { return m_Selection.isValid(); }
 
     /**
      * Ids of the connections that pass the query's filter, in its order; equal ones in the order of their ids.
@@ -42,22 +38,9 @@ class ConnectionLister {
     bool list(const ConnectionQuery& query, std::vector<ConnectionId>& ids, const std::stop_token& stop,
               const std::function<void(std::size_t count)>& onCounted);
 
-    const std::string& lastError() const { return m_LastError; }
+    const std::string& lastError() const { return m_Selection.lastError(); }
 
   private:
-    /** The connections of one block that pass the filter. */
-    struct Block {
-        std::int32_t number;
-        bool isAllInTime;  ///< their times need no look
-        Slots slots;
-    };
-
-    /** One that is not in its block, and passes the filter. */
-    struct Apart {
-        ConnectionId id;
-        ConnectionNumbers numbers;  ///< an open one ends after all others
-    };
-
     /** Column and place of what is compared; flipped where greater ones come first. */
     struct SortKey {
         explicit SortKey(const ConnectionQuery& query);
@@ -67,16 +50,6 @@ class ConnectionLister {
         std::size_t number = 0;
         std::uint64_t flip = 0;
     };
-
-    bool select(const ConnectionQuery& query);
-    bool readSince(const ConnectionQuery& query, std::uint64_t& since);
-    bool selectBlocks(const ConnectionQuery& query, std::uint64_t since);
-    bool selectApart(const ConnectionQuery& query, std::uint64_t since);
-    static void limitIds(Block& block, std::optional<ConnectionId> newest);
-    void removeFromBlock(ConnectionId id);
-    bool checkTimes(std::uint64_t since, std::uint64_t until);
-    bool checkKinds(const ConnectionQuery& query);
-    std::size_t count() const;
 
     template <class Entry>
     std::size_t partSize(std::size_t done, std::size_t total) const;
@@ -89,23 +62,10 @@ class ConnectionLister {
     bool sample(const SortKey& key, std::size_t stride, std::vector<Entry>& entries);
     template <class Entry>
     bool gather(const SortKey& key, const Entry& from, const Entry& to, std::vector<Entry>& entries);
-    template <class IsWanted, class Visit>
-    bool forEachBlock(std::size_t column, IsWanted isWanted, Visit visit);
-
-    bool fail(const std::string& reason);
 
     SQLite::Database& m_Database;
     const std::size_t m_SortMemory;
-    SQLite::Query m_KeptSince;
-    SQLite::Query m_Heads;
-    SQLite::Query m_Apart;
-    std::array<BlockReader, connectionColumns.size()> m_Readers;
-
-    // Of the list that is being made:
-    std::stop_token m_Stop;
-    std::vector<Block> m_SelectedBlocks;
-    std::vector<Apart> m_SelectedApart;
-    std::string m_LastError;
+    ConnectionSelection m_Selection;
 };
 
 }  // namespace service

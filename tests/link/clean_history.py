@@ -14,9 +14,7 @@ import datetime
 import resource
 import shutil
 import signal
-import socket
 import sqlite3
-import subprocess
 import sys
 import tempfile
 import time
@@ -25,8 +23,8 @@ from pathlib import Path
 
 import wire
 from client import Client
+from real_daemon import RealDaemon
 
-START_LIMIT = 90  # seconds; the demo writes a year of history first
 CLEAN_LIMIT = 60
 DAY = datetime.timedelta(days=1)
 
@@ -44,51 +42,23 @@ def log_of(database):
     return Path(f"{database}-wal")
 
 
-class Daemon:
-    """One daemon process on a history; further ones may follow it."""
-
-    def __init__(self, database):
-        self.database = database
-        self.log = database.with_name("log")
-        self.start()
-
-    def start(self):
-        with socket.create_server(("127.0.0.1", 0)) as free:
-            self.address = free.getsockname()
-        listen = f"{self.address[0]}:{self.address[1]}"
-        command = [program, "--demo", "--database", self.database, "--config", "/nonexistent", "--listen", listen]
-        with open(self.log, "a") as log:
-            # Writing beyond what a process may write is to be an error then, not its end.
-            self.process = subprocess.Popen(command, stderr=log, restore_signals=False)
-        deadline = time.monotonic() + START_LIMIT
-        while True:
-            try:
-                with Client(self.address, START_LIMIT) as client:
-                    client.ask(wire.TOTAL_STATISTIC_INFO)
-                return
-            except ConnectionRefusedError:
-                assert time.monotonic() < deadline and self.process.poll() is None, self.log.read_text()
-                time.sleep(0.02)
-
-    def end(self, how=signal.SIGTERM):
-        self.process.send_signal(how)
-        return self.process.wait(30)
+def start_daemon(database):
+    options = "--demo", "--database", database, "--config", "/nonexistent"
+    # Writing beyond what a process may write is to be an error then, not its end.
+    return RealDaemon(program, database.with_name("log"), *options, restore_signals=False)
 
 
 def setUpModule():
     global template
-    folder = tempfile.TemporaryDirectory(prefix="nevtora-clean-")
-    unittest.addModuleCleanup(folder.cleanup)
+    folder = unittest.enterModuleContext(tempfile.TemporaryDirectory(prefix="nevtora-clean-"))
     if template is None:
-        template = Path(folder.name) / "year.sqlite"
-        Daemon(template).end()
+        template = Path(folder, "year.sqlite")
+        start_daemon(template).end()
 
 
 class CleansHistory(unittest.TestCase):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="nevtora-clean-")
-        self.addCleanup(folder.cleanup)
-        self.database = Path(folder.name) / "history.sqlite"
+        self.database = Path(self.enterContext(tempfile.TemporaryDirectory(prefix="nevtora-clean-")), "history.sqlite")
         self.begin()
 
     def begin(self):
@@ -96,7 +66,7 @@ class CleansHistory(unittest.TestCase):
         for path in (self.database, log_of(self.database), Path(f"{self.database}-shm")):
             path.unlink(missing_ok=True)
         shutil.copy(template, self.database)
-        self.daemon = Daemon(self.database)
+        self.daemon = start_daemon(self.database)
         self.addCleanup(self.daemon.end, signal.SIGKILL)
         self.client = self.connect()
         first = self.client.ask(wire.TOTAL_STATISTIC_INFO)["startTime"]
@@ -108,26 +78,14 @@ class CleansHistory(unittest.TestCase):
             time.sleep(0.2)  # what a client has seen may be a second ahead of the disk
 
     def connect(self):
-        client = Client(self.daemon.address, CLEAN_LIMIT)
-        self.addCleanup(client.socket.close)
-        return client
+        return self.enterContext(Client(self.daemon.address, CLEAN_LIMIT))
 
     def total_to_past(self, client):
         return client.ask(wire.TOTAL_RECEIVED_BYTES, toTime=self.past, socketProtocol=wire.ALL)["bytes"]
 
     def applications(self):
-        """By id; they add up to the totals, unless a poll came between the answers."""
-        for _ in range(10):
-            before = self.client.ask(wire.TOTAL_STATISTIC_INFO)
-            iterator = self.client.ask(wire.CREATE_APPLICATION_ITERATOR)["iteratorId"]
-            count = self.client.ask(wire.GET_COUNT_APPLICATIONS, iteratorId=iterator)["count"]
-            rows = [(wire.GET_APPLICATION_INFO, dict(iteratorId=iterator, index=i)) for i in range(count)]
-            rows = self.client.ask_all(*rows)
-            self.client.send((wire.DELETE_APPLICATIONS_ITERATOR, dict(iteratorId=iterator)))
-            if self.client.ask(wire.TOTAL_STATISTIC_INFO) == before:
-                break
-        self.assertEqual(sum(row["totalReceivedBytes"] for row in rows), before["totalReceivedBytes"])
-        return {row["id"]: row for row in rows}
+        """Their ids."""
+        return {row["id"] for row in self.client.applications()}
 
     def longest_answer_until(self, over):
         """In seconds. `isClean` is 1 exactly in the replies between events 2 and 3, and the past goes once, as a whole."""
@@ -144,6 +102,11 @@ class CleansHistory(unittest.TestCase):
         gone = totals.index(0) if 0 in totals else len(totals)
         self.assertEqual(totals, [self.before] * gone + [0] * (len(totals) - gone))
         return longest
+
+    def clean(self):
+        self.client.events.clear()
+        self.client.send_event(wire.START_CLEANING)
+        self.client.wait_for_event(wire.CLEANING_ENDED)
 
     def check_shrinks(self, before):
         deadline = time.monotonic() + 10
@@ -174,7 +137,7 @@ class CleansHistory(unittest.TestCase):
             f"longest answer {busy * 1000:.1f} ms, {idle * 1000:.1f} before",
             file=sys.stderr,
         )
-        while not (applications := set(self.applications())):
+        while not (applications := self.applications()):
             time.sleep(0.05)
         self.assertGreater(min(applications), self.highest)
         self.assertFalse(
@@ -190,8 +153,7 @@ class CleansHistory(unittest.TestCase):
         reader.execute("BEGIN")
         reader.execute("SELECT count(*) FROM counting").fetchone()
         size, begin = size_of(self.database), time.monotonic()
-        self.client.send_event(wire.START_CLEANING)
-        self.client.wait_for_event(wire.CLEANING_ENDED)
+        self.clean()
         self.assertLess(time.monotonic() - begin, CLEAN_LIMIT / 2)
         self.assertEqual(self.total_to_past(self.client), 0)
         self.assertEqual(reader.execute("SELECT min(id) FROM applications").fetchone()[0], 1)
@@ -202,16 +164,13 @@ class CleansHistory(unittest.TestCase):
         process = self.daemon.process.pid
         _, most = resource.prlimit(process, resource.RLIMIT_FSIZE)
         resource.prlimit(process, resource.RLIMIT_FSIZE, (8192, most))
-        self.client.send_event(wire.START_CLEANING)
-        self.client.wait_for_event(wire.CLEANING_ENDED)
+        self.clean()
         self.assertEqual(self.client.ask(wire.IS_CLEANING), {"isClean": 0})
         self.assertEqual(self.total_to_past(self.client), self.before)
         self.assertIn(self.highest, self.applications())
         self.assertIn("cannot be wiped and stays as it is", self.daemon.log.read_text())
         resource.prlimit(process, resource.RLIMIT_FSIZE, (most, most))
-        self.client.events.clear()
-        self.client.send_event(wire.START_CLEANING)
-        self.client.wait_for_event(wire.CLEANING_ENDED)
+        self.clean()
         self.assertEqual(self.total_to_past(self.client), 0)
 
     def test_a_daemon_that_is_told_to_stop_cleans_first(self):
@@ -222,8 +181,7 @@ class CleansHistory(unittest.TestCase):
 
     def test_a_kill_leaves_the_old_history_or_an_empty_one(self):
         begin = time.monotonic()
-        self.client.send_event(wire.START_CLEANING)
-        self.client.wait_for_event(wire.CLEANING_ENDED)
+        self.clean()
         took, emptied = time.monotonic() - begin, 0
         for i in range(kills):
             with self.subTest(kill=i):

@@ -74,6 +74,25 @@ class Client:
     def ask(self, request, **values):
         return self.ask_all((request, values))[0]
 
+    def rows(self, count, row, iteratorId):
+        """All rows of a cursor, fetched in batches that fit into the link's buffers."""
+        size = self.ask(count, iteratorId=iteratorId)["count"]
+        requests = [(row, {"iteratorId": iteratorId, "index": index}) for index in range(size)]
+        return [values for i in range(0, size, 1000) for values in self.ask_all(*requests[i : i + 1000])]
+
+    def applications(self):
+        """All of them, in the daemon's own order; they add up to the totals."""
+        for _ in range(50):  # until no poll came between the answers
+            totals = self.ask(wire.TOTAL_STATISTIC_INFO)
+            iterator = self.ask(wire.CREATE_APPLICATION_ITERATOR)
+            rows = self.rows(wire.GET_COUNT_APPLICATIONS, wire.GET_APPLICATION_INFO, **iterator)
+            self.send((wire.DELETE_APPLICATIONS_ITERATOR, iterator))
+            if self.ask(wire.TOTAL_STATISTIC_INFO) == totals:
+                break
+        sums = {name: sum(row[name] for row in rows) for name in totals if name != "startTime"}
+        assert sums | {"startTime": totals["startTime"]} == totals, (sums, totals)
+        return rows
+
     def count_event(self, event_id):
         return sum(event == event_id for event, _ in self.events)
 

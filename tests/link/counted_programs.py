@@ -17,10 +17,10 @@ from pathlib import Path
 
 import wire
 from client import Client
+from real_daemon import RealDaemon
 
 ADDRESS = ("127.0.0.1", wire.PORT)
 OBEYED_WITHIN = 2  # seconds
-START_LIMIT = 60
 
 # Sends a little, often enough that no second passes without.
 SENDER = """
@@ -39,12 +39,9 @@ class CountedPrograms(unittest.TestCase):
     options = ()  # for the daemon
 
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="nevtora-settings-")
-        self.addCleanup(folder.cleanup)
-        self.folder = Path(folder.name).resolve()
+        self.folder = Path(self.enterContext(tempfile.TemporaryDirectory(prefix="nevtora-settings-"))).resolve()
         self.log = self.folder / "log"
-        self.sink = socket.create_server(("127.0.0.1", 0))
-        self.addCleanup(self.sink.close)
+        self.sink = self.enterContext(socket.create_server(("127.0.0.1", 0)))
         threading.Thread(target=self.swallow, daemon=True).start()
         self.bundled = self.start_sender("Bundled.app/Contents/bundled")
         self.plain = self.start_sender("plain")
@@ -70,69 +67,28 @@ class CountedPrograms(unittest.TestCase):
         return str(path)
 
     def start_daemon(self):
-        database = self.folder / "history.sqlite"
-        command = [self.daemon_program, "--capture", "diag", "--database", database, *self.options]
-        with open(self.log, "a") as log:
-            self.daemon = subprocess.Popen(command, stderr=log)
-        self.addCleanup(self.daemon.wait)
-        self.addCleanup(self.daemon.kill)
-        deadline = time.monotonic() + START_LIMIT
-        while True:
-            try:
-                self.client = Client(ADDRESS)
-                self.addCleanup(self.client.socket.close)
-                return
-            except ConnectionRefusedError:
-                self.assertTrue(time.monotonic() < deadline and self.daemon.poll() is None, self.log.read_text())
-                time.sleep(0.02)
+        options = "--capture", "diag", "--database", self.folder / "history.sqlite", *self.options
+        self.daemon = RealDaemon(self.daemon_program, self.log, *options, address=ADDRESS)
+        self.addCleanup(self.daemon.end, signal.SIGKILL)
+        self.client = self.enterContext(Client(ADDRESS))
 
     def restart_daemon(self):
         self.client.socket.close()
-        self.daemon.send_signal(signal.SIGTERM)
-        self.assertEqual(self.daemon.wait(30), 0, self.log.read_text())
+        self.assertEqual(self.daemon.end(), 0, self.log.read_text())
         self.start_daemon()
 
-    def ask_rows(self, create, count, row, delete, parameters=None):
-        iterator = self.client.ask(create)["iteratorId"]
-        if parameters:
-            self.client.send((wire.SET_CONNECTIONS_PARAMETERS, parameters | {"iteratorId": iterator}))
-        size = self.client.ask(count, iteratorId=iterator)["count"]
-        rows = self.client.ask_all(*((row, {"iteratorId": iterator, "index": i}) for i in range(size)))
-        self.client.send((delete, {"iteratorId": iterator}))
-        return rows
-
     def applications(self):
-        """By executable; they add up to the totals."""
-        while True:  # until no poll came between the answers
-            before = self.client.ask(wire.TOTAL_STATISTIC_INFO)
-            rows = self.ask_rows(
-                wire.CREATE_APPLICATION_ITERATOR,
-                wire.GET_COUNT_APPLICATIONS,
-                wire.GET_APPLICATION_INFO,
-                wire.DELETE_APPLICATIONS_ITERATOR,
-            )
-            if self.client.ask(wire.TOTAL_STATISTIC_INFO) == before:
-                break
-        self.assertEqual(sum(row["totalSendedBytes"] for row in rows), before["totalSendedBytes"])
-        return {row["fullPath"]: row for row in rows}
+        """By executable."""
+        return {row["fullPath"]: row for row in self.client.applications()}
 
     def connections(self, path):
         """Of one application, oldest first."""
-        parameters = dict(
-            startTime=datetime.datetime(2001, 1, 1),
-            endTime=datetime.datetime(2037, 1, 1),
-            applicationId=self.applications()[path]["id"],
-            socketProtocol=wire.ALL,
-            sortDirection=wire.ASCENDING,
-            sortField=0,
-        )
-        return self.ask_rows(
-            wire.CREATE_CONNECTIONS_ITERATOR,
-            wire.GET_COUNT_CONNECTIONS,
-            wire.GET_CONNECTION_INFO,
-            wire.DELETE_CONNECTIONS_ITERATOR,
-            parameters,
-        )
+        iterator = self.client.ask(wire.CREATE_CONNECTIONS_ITERATOR)
+        parameters = dict(startTime=datetime.datetime(2001, 1, 1), endTime=datetime.datetime(2037, 1, 1))
+        parameters |= dict(applicationId=self.applications()[path]["id"], socketProtocol=wire.ALL)
+        parameters |= dict(sortDirection=wire.ASCENDING, sortField=0)
+        self.client.send((wire.SET_CONNECTIONS_PARAMETERS, iterator | parameters))
+        return self.client.rows(wire.GET_COUNT_CONNECTIONS, wire.GET_CONNECTION_INFO, **iterator)
 
     def sent(self, path):
         """Nothing when it is not among the applications."""

@@ -8,6 +8,7 @@ PROGRAM is `nevtora-daemon`. Ends with 77, skipped, where the system lets us mou
 """
 
 import contextlib
+import signal
 import sqlite3
 import subprocess
 import sys
@@ -47,17 +48,14 @@ class FailingDisk(counted_programs.CountedPrograms):
     def stop_and_check(self):
         """Answers what is on disk of the plain program, once that is found to be sound."""
         self.client.socket.close()
-        self.daemon.kill()
-        self.daemon.wait()
+        self.daemon.end(signal.SIGKILL)
         with contextlib.closing(sqlite3.connect(self.folder / "history.sqlite")) as database:
             self.assertEqual(database.execute("PRAGMA integrity_check").fetchone(), ("ok",))
             last = database.execute(
-                "SELECT path, class, max(moment), sent FROM series LEFT JOIN applications ON id = application "
-                "GROUP BY application, class"
+                "SELECT path, sum(sent) FROM (SELECT path, max(moment), sent FROM series "
+                "LEFT JOIN applications ON id = application GROUP BY application, class) GROUP BY path"
             ).fetchall()
-        by_path = {}
-        for path, _, _, sent in last:
-            by_path[path] = by_path.get(path, 0) + sent
+        by_path = dict(last)
         self.assertEqual(by_path.pop(None), sum(by_path.values()), "the sum of all is another one")
         return by_path.get(self.plain, 0)
 

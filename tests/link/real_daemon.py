@@ -1,0 +1,46 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""A real daemon for tests."""
+
+import signal
+import socket
+import subprocess
+import time
+from pathlib import Path
+
+import wire
+from client import Client
+
+START_LIMIT = 90  # seconds; the demo writes a year of history first
+
+
+class RealDaemon:
+    """One daemon process; further ones may follow it with the same options, on a free port unless one is given."""
+
+    def __init__(self, program, log, *options, address=None, **process_options):
+        with socket.create_server(("127.0.0.1", 0)) as free:
+            self.address = address or free.getsockname()
+        self.command = [program, "--listen", "{}:{}".format(*self.address), *options]
+        self.process_options = process_options
+        self.log = Path(log)
+        self.start()
+
+    def start(self):
+        """Returns once it answers."""
+        with open(self.log, "a") as log:
+            self.process = subprocess.Popen(self.command, stderr=log, **self.process_options)
+        deadline = time.monotonic() + START_LIMIT
+        while True:
+            try:
+                with Client(self.address, START_LIMIT) as client:
+                    client.ask(wire.TOTAL_STATISTIC_INFO)
+                return
+            except ConnectionRefusedError:
+                if self.process.poll() is not None or time.monotonic() > deadline:
+                    self.end(signal.SIGKILL)
+                    raise AssertionError(self.log.read_text()) from None
+                time.sleep(0.02)
+
+    def end(self, how=signal.SIGTERM):
+        """Answers its status."""
+        self.process.send_signal(how)
+        return self.process.wait(30)

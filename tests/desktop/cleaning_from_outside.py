@@ -7,66 +7,24 @@
 Both are programs. Ends with 77, which ctest takes for "skipped", where a desktop cannot be made.
 """
 
-import subprocess
-import sys
 import tempfile
 import unittest
 from pathlib import Path
 
-ROOT = Path(__file__).resolve().parents[2]
-sys.path[:0] = [str(ROOT / "scripts"), str(ROOT / "tests/link")]
-
-try:
-    import accessible
-    import desktop
-except ImportError as missing:
-    print(f"skipped: {missing}")
-    sys.exit(77)
+from setting import CHARTS, Window, accessible, desktop, run_cases
 
 import wire
 from client import Client
 
 DIALOG = "Cleaning database..."
-CHARTS = "Realtime|Graphic"  # what the titles of their windows hold
 START_LIMIT = 90  # seconds; the demo writes a year of history first
 
 
-class FrontEnd:
+class FrontEnd(Window):
     """A user's window. A user has one, so each is given a runtime folder of its own."""
 
     def __init__(self, children, program, folder):
-        self.process = children.start(["env", f"XDG_RUNTIME_DIR={folder}", program])
-        self.window = desktop.wait_for("A window", lambda: self.showing("frame", "Nevtora Meter"))[0]
-        self.table = accessible.tables(self.window)[0]
-
-    def showing(self, role, name):
-        """Such elements; none while the program is busy."""
-
-        def look():
-            mine = [each for each in accessible.programs("nevtora-meter")
-                    if each.get_process_id() == self.process.pid]
-            found = [each for program in mine for each in accessible.find_all(program, [role], name)]
-            return [each for each in found if accessible.is_showing(each)]
-
-        return accessible.attempt(look)
-
-    def press(self, button):
-        accessible.press(accessible.find(self.window, "push button", button))
-
-    def charts(self):
-        search = ["xdotool", "search", "--all", "--onlyvisible", "--pid", str(self.process.pid), "--name", CHARTS]
-        return subprocess.run(search, capture_output=True, text=True).stdout.split()
-
-    def open_charts(self):
-        self.table.addRowSelection(2)
-        self.press("Live Chart")
-        self.press("TCP")
-        desktop.wait_for("Charts", lambda: len(self.charts()) == 2)
-
-    def clean(self):
-        self.press("Preferences")
-        sheet = desktop.wait_for("A sheet", lambda: self.showing("dialog", "Preferences"))[0]
-        accessible.press(accessible.find(sheet, "push button", "Clean All Data Now"))
+        super().__init__(children.start(["env", f"XDG_RUNTIME_DIR={folder}", program]))
 
     def received(self):
         """Of all applications, in MB."""
@@ -115,28 +73,21 @@ class Cleaning(unittest.TestCase):
         for front_end in (mine, theirs):
             self.assertAlmostEqual(front_end.received() / before, 1, places=3)
             front_end.open_charts()
-        mine.clean()
+        mine.press("Clean All Data Now", mine.open_preferences())
         for front_end in (mine, theirs):
-            desktop.wait_for("The dialog", lambda: front_end.showing("dialog", DIALOG))
+            front_end.wait_for("dialog", DIALOG)
         for front_end in (mine, theirs):
-            self.assertEqual(front_end.charts(), [])
-            desktop.wait_for("No dialog", lambda: front_end.showing("dialog", DIALOG) == [])
+            self.assertEqual(front_end.on_screen(CHARTS), [])
+            front_end.wait_until_gone("dialog", DIALOG)
             self.check_starts_from_zero(front_end, before)
         self.client.wait_for_event(wire.CLEANING_ENDED)
         self.assertEqual([event for event, _ in self.client.events if event in (2, 3)], [2, 3])
 
-        accessible.press(accessible.find(mine.showing("dialog", "Preferences")[0], "push button", "OK"))
+        mine.press("OK", mine.wait_for("dialog", "Preferences"))
         first = theirs.received()
         desktop.wait_for("More traffic", lambda: theirs.received() > first)
         theirs.open_charts()
 
 
-def main():
-    Cleaning.window_program, Cleaning.daemon_program = sys.argv.pop(1), sys.argv.pop(1)
-    with desktop.desktop() as Cleaning.children:
-        accessible.check_available()
-        unittest.main(verbosity=2)
-
-
 if __name__ == "__main__":
-    desktop.run_or_skip(main)
+    run_cases(Cleaning, "window_program", "daemon_program")

@@ -14,15 +14,7 @@ import time
 from collections import defaultdict
 from pathlib import Path
 
-ROOT = Path(__file__).resolve().parents[2]
-sys.path[:0] = [str(ROOT / "scripts"), str(ROOT / "tests/link")]
-
-try:
-    import accessible
-    import desktop
-except ImportError as missing:
-    print(f"skipped: {missing}")
-    sys.exit(77)
+from setting import Window, accessible, desktop
 
 import scripted_daemon
 import wire
@@ -70,8 +62,8 @@ class Past:
         self.span, self.button = span, button
         self.asked = Recorder.asked[protocol, row or None]
         Recorder.span = span
-        accessible.tables(main)[0].addRowSelection(row)
-        accessible.press(accessible.find(main, "push button", button))
+        main.table.addRowSelection(row)
+        main.press(button)
         desktop.wait_for("A query", lambda: self.asked)
 
     def check(self):
@@ -105,10 +97,6 @@ class Past:
         assert min(rests) >= PAUSE, f"a rest of {min(rests)} s only"
 
 
-def window_of(program, title):
-    return [frame for frame in program if frame.name == title]
-
-
 def captions_of(frame):
     labels = [element for element in accessible.elements(frame) if element.description.endswith(", MB")]
     return {label.description: float(label.name) for label in labels}
@@ -116,13 +104,13 @@ def captions_of(frame):
 
 def visit(program_path, children):
     process = children.start([program_path])
-    program = desktop.wait_for("The window", lambda: accessible.programs(Path(program_path).name))[0]
-    main = desktop.wait_for("Its table", lambda: accessible.attempt(lambda: find_main(program)))
+    main = Window(process)
+    desktop.wait_for("Its rows", lambda: main.table.nRows > 3)
 
     second = Past(main, 1, wire.ALL, "Full Traffic")
     seconds = second.check()
     wanted = {"Received, MB": 2 * seconds, "Sent, MB": seconds}
-    frame = window_of(program, "Total Graphic")[0]
+    frame = next(each for each in accessible.programs("nevtora-meter")[0] if each.name == "Total Graphic")
     seen = desktop.wait_for("Captions", lambda: captions_of(frame) == wanted or None)
     assert seen, captions_of(frame)
     print(f"Captions: {captions_of(frame)}")
@@ -142,11 +130,6 @@ def visit(program_path, children):
     asked = len(last.asked)
     assert asked < 60, f"{asked} queries of a window that was closed"
     print(f"Ended amid a computation after {asked} queries")
-
-
-def find_main(program):
-    frame = window_of(program, "Nevtora Meter")[0]
-    return frame if accessible.tables(frame)[0].nRows > 3 else None
 
 
 def main():

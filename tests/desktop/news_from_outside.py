@@ -10,28 +10,17 @@ desktop cannot be made.
 
 import signal
 import subprocess
-import sys
 import time
 import unittest
-from pathlib import Path
 
-ROOT = Path(__file__).resolve().parents[2]
-sys.path[:0] = [str(ROOT / "scripts"), str(ROOT / "tests/link")]
-
-try:
-    import accessible
-    import desktop
-    from notification_service import NotificationService
-except ImportError as missing:
-    print(f"skipped: {missing}")
-    sys.exit(77)
+from setting import CHARTS, Window, accessible, desktop, run_cases
 
 import scripted_daemon
 import wire
+from notification_service import NotificationService
 
 TITLE = "Cleaning database..."
 TEXT = "Please wait some time while Nevtora Meter clean database."
-CHARTS = "Realtime|Graphic"  # what the titles of their windows hold
 REFRESH = 5  # seconds between two refreshes of the window
 PROMPT = 4  # seconds for what must not wait for the next refresh
 
@@ -63,31 +52,14 @@ class News(unittest.TestCase):
     def start(self):
         self.process = self.children.start([self.program])
         self.addCleanup(desktop.end, self.process)
-        self.window = self.wait_for_element("frame", "Nevtora Meter")
-        self.table = accessible.tables(self.window)[0]
+        self.window = Window(self.process)
+        self.table = self.window.table
 
     def serve(self, **abilities):
         """A notification service, until the end of the test at the latest."""
         service = NotificationService(**abilities)
         self.addCleanup(service.die)
         return service
-
-    def elements(self, role, name=None):
-        mine = [each for each in accessible.programs(Path(self.program).name)
-                if each.get_process_id() == self.process.pid]
-        found = [each for program in mine for each in accessible.find_all(program, [role], name)]
-        return [each for each in found if accessible.is_showing(each)]
-
-    def wait_for_element(self, role, name):
-        return desktop.wait_for(name, lambda: accessible.attempt(lambda: self.elements(role, name)))[0]
-
-    def wait_until_gone(self, role, name, seconds=15):
-        gone = lambda: accessible.attempt(lambda: self.elements(role, name)) == []
-        desktop.wait_for(f"No {name}", gone, seconds)
-
-    def visible_windows(self, name="Nevtora"):
-        search = ["xdotool", "search", "--all", "--onlyvisible", "--pid", str(self.process.pid), "--name", name]
-        return subprocess.run(search, capture_output=True, text=True).stdout.split()
 
     def active_window(self):
         return subprocess.run(["xdotool", "getactivewindow"], capture_output=True, text=True).stdout.strip()
@@ -103,11 +75,11 @@ class News(unittest.TestCase):
 
     def start_cleaning(self):
         self.server.tell(wire.CLEANING_STARTED)
-        return self.wait_for_element("dialog", TITLE)
+        return self.window.wait_for("dialog", TITLE)
 
     def end_cleaning(self):
         self.server.tell(wire.CLEANING_ENDED)
-        self.wait_until_gone("dialog", TITLE)
+        self.window.wait_until_gone("dialog", TITLE)
 
     def test_new_applications_are_told_to_the_desktop_and_a_click_brings_the_window(self):
         service = self.serve()
@@ -128,7 +100,7 @@ class News(unittest.TestCase):
         self.assertIn("(second)", self.wait_for_notification(service, 2).body)
         service.close(1)
 
-        [window] = self.visible_windows()
+        [window] = self.window.on_screen("Nevtora")
         subprocess.run(["xdotool", "windowminimize", "--sync", window], check=True)
         before = self.table.nRows
         self.applications.append(self.applications[0])
@@ -144,8 +116,7 @@ class News(unittest.TestCase):
         began = time.monotonic()
         for row in (3, 4, 5):
             self.table.addRowSelection(row)
-            accessible.press(accessible.find(self.window, "push button", "Additional Info >>>" if row % 2 else
-                                             "Additional Info <<<"))
+            self.window.press("Additional Info >>>" if row % 2 else "Additional Info <<<")
             accessible.rows(self.table, 1)
             time.sleep(0.3)
         self.assertLess(time.monotonic() - began, 10)
@@ -159,45 +130,41 @@ class News(unittest.TestCase):
         self.start()
         self.add_application("new")
         self.wait_for_notification(service, 1)
-        self.table.addRowSelection(2)
-        for button in ("Live Chart", "TCP"):
-            accessible.press(accessible.find(self.window, "push button", button))
-        desktop.wait_for("Charts", lambda: len(self.visible_windows(CHARTS)) == 2)
-        accessible.press(accessible.find(self.window, "push button", "Preferences"))
-        sheet = self.wait_for_element("dialog", "Preferences")
-        accessible.press(accessible.find(sheet, "push button", "Clean All Data Now"))
+        self.window.open_charts()
+        sheet = self.window.open_preferences()
+        self.window.press("Clean All Data Now", sheet)
         desktop.wait_for("A wish", lambda: CleanedDaemon.events == [wire.START_CLEANING])
 
-        [main] = self.visible_windows("^Nevtora Meter$")
+        [main] = self.window.on_screen("^Nevtora Meter$")
         subprocess.run(["xdotool", "windowminimize", "--sync", main], check=True)
         dialog = self.start_cleaning()
-        self.assertEqual(self.visible_windows(CHARTS), [])
+        self.assertEqual(self.window.on_screen(CHARTS), [])
         self.assertEqual([each.name for each in accessible.find_all(dialog, ["label"])], [TEXT])
         self.assertEqual(accessible.find_all(dialog, ["push button"]), [])
-        [window] = self.visible_windows(TITLE)
+        [window] = self.window.on_screen(TITLE)
         self.server.tell(wire.CLEANING_STARTED)
         subprocess.run(["xdotool", "windowactivate", "--sync", window, "key", "Escape", "alt+F4"], check=True)
         del self.applications[3:]
         rows = lambda: self.table.nRows == 4
         desktop.wait_for("A refresh", rows, REFRESH + PROMPT)
         service.click(1, "")
-        desktop.wait_for("The main window", lambda: main in self.visible_windows(), PROMPT)
+        desktop.wait_for("The main window", lambda: main in self.window.on_screen("Nevtora"), PROMPT)
         time.sleep(1)
         self.assertEqual(self.active_window(), window)
         del self.applications[:]
         self.end_cleaning()
         desktop.wait_for("A refresh", lambda: self.table.nRows == 1, PROMPT)
-        accessible.press(accessible.find(sheet, "push button", "OK"))
+        self.window.press("OK", sheet)
 
     def test_a_cleaning_without_its_daemon_or_its_beginning(self):
         CleanedDaemon.is_cleaning = True
         self.start()
-        self.wait_for_element("dialog", TITLE)
+        self.window.wait_for("dialog", TITLE)
         self.end_cleaning()
         self.server.tell(wire.CLEANING_ENDED)
         self.start_cleaning()
         self.server.close()
-        self.wait_until_gone("dialog", TITLE, REFRESH + PROMPT)
+        self.window.wait_until_gone("dialog", TITLE, REFRESH + PROMPT)
 
     def test_the_session_can_end_the_program_while_the_dialog_is_up(self):
         self.start()
@@ -206,12 +173,5 @@ class News(unittest.TestCase):
         self.assertEqual(self.process.wait(PROMPT + 1), 0)
 
 
-def main():
-    News.program = sys.argv.pop(1)
-    with desktop.desktop() as News.children:
-        accessible.check_available()
-        unittest.main(verbosity=2)
-
-
 if __name__ == "__main__":
-    desktop.run_or_skip(main)
+    run_cases(News, "program")

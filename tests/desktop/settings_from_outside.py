@@ -9,21 +9,11 @@ Both are programs. Ends with 77, which ctest takes for "skipped", where a deskto
 
 import os
 import plistlib
-import sys
 import time
-import unittest
 from contextlib import contextmanager
 from pathlib import Path
 
-ROOT = Path(__file__).resolve().parents[2]
-sys.path[:0] = [str(ROOT / "scripts"), str(ROOT / "tests/link")]
-
-try:
-    import accessible
-    import desktop
-except ImportError as missing:
-    print(f"skipped: {missing}")
-    sys.exit(77)
+from setting import Window, accessible, desktop, run_cases
 
 import counted_programs
 
@@ -32,25 +22,13 @@ ALL_BUT_LISTED = "Record all applications except those on this list"
 AUTOSTART = "Start Nevtora Meter when you log in"
 
 
-class Sheet:
+class Sheet(Window):
     """The preferences of a window, opened by its button."""
 
     def __init__(self, process):
-        self.process = process
-        window = self._wait_for("frame", "Nevtora Meter")
-        accessible.press(accessible.find(window, "push button", "Preferences"))
-        self.element = self._wait_for("dialog", "Preferences")
+        super().__init__(process)
+        self.element = self.open_preferences()
         self.table = accessible.tables(self.element)[0]
-
-    def _wait_for(self, role, name):
-        def look():
-            programs = [program for program in accessible.programs("nevtora-meter")
-                        if program.get_process_id() == self.process.pid]
-            found = [element for program in programs for element in accessible.find_all(program, [role], name)
-                     if accessible.is_showing(element)]
-            return found[0] if found else None
-
-        return desktop.wait_for(name, lambda: accessible.attempt(look))
 
     def control(self, role, name):
         return accessible.find(self.element, role, name)
@@ -72,7 +50,7 @@ class Sheet:
     def look_through_the_file_dialog(self):
         """As a screen reader does, while the dialog fills."""
         self.choose_to_add("oth")
-        dialog = self._wait_for("dialog", "Add Application")
+        dialog = self.wait_for("dialog", "Add Application")
         end = time.monotonic() + 3
         while time.monotonic() < end:
             accessible.attempt(lambda: [element.name for element in accessible.elements(dialog)])
@@ -82,7 +60,7 @@ class Sheet:
 
     def end(self):
         """Answers when."""
-        accessible.press(self.control("push button", "OK"))
+        self.press("OK")
         return time.monotonic()
 
 
@@ -121,7 +99,7 @@ class Settings(counted_programs.CountedPrograms):
             self.assertFalse(accessible.is_checked(sheet.control("check box", AUTOSTART)))
             self.assertEqual(sheet.paths(), [self.plain])
             sheet.table.addRowSelection(0)
-            accessible.press(sheet.control("push button", "Remove"))
+            sheet.press("Remove")
             accessible.press(sheet.control("check box", AUTOSTART))
             self.changed_at = sheet.end()
             self.check_counted(self.plain)
@@ -129,12 +107,5 @@ class Settings(counted_programs.CountedPrograms):
         self.assertIn(f'\nExec="{self.window_program}"\n', entry)
 
 
-def main():
-    Settings.window_program, Settings.daemon_program = sys.argv.pop(1), sys.argv.pop(1)
-    with desktop.desktop() as Settings.children:
-        accessible.check_available()
-        unittest.main(verbosity=2)
-
-
 if __name__ == "__main__":
-    desktop.run_or_skip(main)
+    run_cases(Settings, "window_program", "daemon_program")

@@ -17,15 +17,7 @@ import sys
 import time
 from pathlib import Path
 
-ROOT = Path(__file__).resolve().parents[2]
-sys.path[:0] = [str(ROOT / "scripts"), str(ROOT / "tests/link")]
-
-try:
-    import accessible
-    import desktop
-except ImportError as missing:
-    print(f"skipped: {missing}")
-    sys.exit(77)
+from setting import accessible, desktop
 
 import scripted_daemon
 import wire

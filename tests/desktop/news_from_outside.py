@@ -166,11 +166,12 @@ class News(unittest.TestCase):
         self.server.close()
         self.window.wait_until_gone("dialog", TITLE, REFRESH + PROMPT)
 
-    def test_the_session_can_end_the_program_while_the_dialog_is_up(self):
-        self.start()
-        self.start_cleaning()
-        self.process.send_signal(signal.SIGTERM)
-        self.assertEqual(self.process.wait(PROMPT + 1), 0)
+    def test_the_session_can_end_the_program_amid_a_computation_and_while_the_dialog_is_up(self):
+        for begin in (lambda: self.window.open_charts(), self.start_cleaning):
+            self.start()
+            begin()
+            self.process.send_signal(signal.SIGTERM)
+            self.assertEqual(self.process.wait(PROMPT + 1), 0)
 
 
 if __name__ == "__main__":

@@ -113,6 +113,14 @@ std::vector<LinkPeer::Request> LinkPeer::waitForRequests(std::size_t count) {
     return m_Requests;
 }
 
+std::vector<LinkPeer::Request> LinkPeer::newRequests() {
+    std::this_thread::sleep_for(20ms);  // one that nobody waits for may still be under way
+    const std::lock_guard lock(m_Mutex);
+    const auto first = m_Requests.begin() + static_cast<std::ptrdiff_t>(m_Seen);
+    m_Seen = m_Requests.size();
+    return {first, m_Requests.end()};
+}
+
 void LinkPeer::die() {
     const linger atOnce{1, 0};
     setsockopt(connection(), SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);

@@ -39,6 +39,9 @@ class LinkPeer {
     /** Waits for the client to have sent so many requests and events, five seconds at most. */
     std::vector<Request> waitForRequests(std::size_t count);
 
+    /** Those that came since the last call. */
+    std::vector<Request> newRequests();
+
     /** Resets the connection, as a daemon that died would. */
     void die();
 
@@ -53,5 +56,6 @@ class LinkPeer {
     std::atomic<bool> m_IsStopping{false};
     std::mutex m_Mutex;
     std::vector<Request> m_Requests;  ///< guarded by m_Mutex
+    std::size_t m_Seen = 0;
     std::thread m_Thread;
 };

@@ -81,14 +81,6 @@ TEST_F(ConnectionsExportTest, WritesEveryRowInSlicesOfTheEventLoop) {
     EXPECT_EQ(text.count("\r\n"), 1001);
 }
 
-TEST_F(ConnectionsExportTest, AnEmptyListLeavesTheHeader) {
-    ConnectionsExport exported(fetcher(), 0);
-    QSignalSpy finished(&exported, &ConnectionsExport::finished);
-    exported.start(m_Path);
-    ASSERT_TRUE(finished.wait());
-    EXPECT_EQ(contents(), ConnectionsExport::header());
-}
-
 TEST_F(ConnectionsExportTest, WhatEndsEarlyLeavesNoFileAndTellsWhy) {
     m_Lost = 300;
     QWidget window;

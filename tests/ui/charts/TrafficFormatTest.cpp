@@ -45,14 +45,11 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         DateCase{"Europe/London", "en_GB.UTF-8", winter, "Friday, 2 January 2026 at 03:04:05 "},
         DateCase{"Europe/London", "en_GB.UTF-8", summer, "Sunday, 26 July 2026 at 20:46:05 BST"},
-        DateCase{"Europe/London", "en_US.UTF-8", summer, "Sunday, July 26, 2026 at 8:46:05 PM "},
         DateCase{"Europe/Berlin", "de_DE.UTF-8", summer, "Sonntag, 26. Juli 2026 um 21:46:05 MESZ"},
-        DateCase{"Europe/Berlin", "en_US.UTF-8", winter, "Friday, January 2, 2026 at 4:04:05 AM "},
         DateCase{"America/New_York", "en_US.UTF-8", summer, "Sunday, July 26, 2026 at 3:46:05 PM EDT"},
         DateCase{"America/New_York", "de_DE@euro", winter, "Donnerstag, 1. Januar 2026 um 22:04:05 "},
         DateCase{"<+0530>-05:30", "en_US.UTF-8", summer, "Monday, July 27, 2026 at 1:16:05 AM "},
         DateCase{"<+0530>-05:30", "fr_FR.UTF-8", summer, "lundi 27 juillet 2026 à 01:16:05 UTC+5:30"},
-        DateCase{"UTC", "en_US.UTF-8", summer, "Sunday, July 26, 2026 at 7:46:05 PM UTC"},
         DateCase{"UTC", "C.UTF-8", summer, "Sunday, July 26, 2026 at 19:46:05 UTC"},
         // Their patterns put the zone in front of the time, where the cut would take the time away too.
         DateCase{"Europe/Berlin", "zh_CN.UTF-8", summer, "2026年7月26日星期日 21:46:05 "},

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <limits>
 #include <vector>
 
 #include "protocol/DaemonSetConnectionsIteratorParametersRequest.h"
@@ -29,24 +28,6 @@ TEST(FrameScanner, AFrameIsIncompleteUpToItsLastByteAndThenAMessage) {
         EXPECT_EQ(scanned.header.messageType, 22);
         EXPECT_TRUE(std::ranges::equal(scanned.body, std::span(frame).subspan(20)));
     }
-}
-
-TEST(FrameScanner, ALengthOutsideTheBoundsIsBadAsSoonAsItIsKnown) {
-    for (const std::int32_t length : {-1, std::numeric_limits<std::int32_t>::min(), maxRequestBodySize + 1,
-                                      std::numeric_limits<std::int32_t>::max()}) {
-        const std::vector<std::uint8_t> header = frameHeader(3, 16, length);
-        EXPECT_EQ(scanFrame(std::span(header).first(19)).kind, ScannedFrame::Kind::Incomplete) << length;
-        EXPECT_EQ(scanFrame(header).kind, ScannedFrame::Kind::Bad) << length;
-    }
-}
-
-TEST(FrameScanner, TheLongestBodyAndTheEmptyOneAreMessages) {
-    std::vector<std::uint8_t> longest = frameHeader(3, 16, maxRequestBodySize);
-    EXPECT_EQ(scanFrame(longest).kind, ScannedFrame::Kind::Incomplete);
-    longest.resize(longest.size() + maxRequestBodySize);
-    EXPECT_EQ(scanFrame(longest).body.size(), 4096u);
-    const std::vector<std::uint8_t> empty = frameHeader(3, 11, 0);
-    EXPECT_EQ(scanFrame(empty).consumed, 20u);
 }
 
 }  // namespace service

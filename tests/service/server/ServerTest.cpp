@@ -11,7 +11,6 @@
 #include "protocol/DaemonCreateConnectionsIteratorRequest.h"
 #include "protocol/DaemonGetCountConnectionsRequest.h"
 #include "protocol/DaemonTotalStatisticInfoRequest.h"
-#include "protocol/EventMessage.h"
 #include "tests/service/server/SessionFixture.h"
 #include "tests/service/server/TestClient.h"
 
@@ -38,13 +37,6 @@ class ServerTest : public SessionFixture {
         m_Thread = std::thread([this] { loop.run(); });
     }
 
-    /** Has the server told to stop, and waits until it has. */
-    void stop() {
-        loop.post([this] { server->drain([this] { loop.stop(); }); });
-        m_Thread.join();
-        server.reset();
-    }
-
     /** Small requests with answers of four kilobytes. */
     std::vector<std::uint8_t> requestsForMuch(int count) {
         move(sampleOf(1, "/" + std::string(4000, 'x'), {1, 1}));
@@ -67,35 +59,6 @@ class ServerTest : public SessionFixture {
     std::thread m_Thread;
 };
 
-TEST_F(ServerTest, HalfAFrameWaitsForItsRestWhileOthersAreServed) {
-    start();
-    TestClient slow(address);
-    TestClient other(address);
-    const std::vector<std::uint8_t> frame = requestFrame(5, anything);
-    for (const std::uint8_t& byte : frame) {
-        EXPECT_TRUE(other.ask(anything));
-        ASSERT_TRUE(slow.send({&byte, 1}));
-    }
-    EXPECT_EQ(slow.read()->header.replyToId, 5);
-}
-
-TEST_F(ServerTest, ABodyOfAnImpossibleSizeEndsItsClientOnly) {
-    start();
-    TestClient good(address);
-    for (const std::int32_t size : {-1, 4097, 0x7fffffff}) {
-        TestClient bad(address);
-        std::vector<std::uint8_t> bytes = requestFrame(7, anything);
-        const std::vector<std::uint8_t> impossible = frameHeader(8, 11, size);
-        bytes.insert(bytes.end(), impossible.begin(), impossible.end());
-        ASSERT_TRUE(bad.send(bytes));
-        const auto answer = bad.read();
-        ASSERT_TRUE(answer) << size;
-        EXPECT_EQ(answer->header.replyToId, 7) << "what came before it is answered";
-        EXPECT_FALSE(bad.read()) << size;
-        EXPECT_TRUE(good.ask(anything)) << size;
-    }
-}
-
 TEST_F(ServerTest, AClientThatReadsLateGetsEveryAnswerInOrder) {
     start();
     TestClient client(address);
@@ -108,21 +71,6 @@ TEST_F(ServerTest, AClientThatReadsLateGetsEveryAnswerInOrder) {
         ASSERT_EQ(reply->header.replyToId, i);
     }
     EXPECT_FALSE(client.read());
-}
-
-TEST_F(ServerTest, AClientThatDoesNotReadIsDroppedWhileOthersAreServed) {
-    start({.patience = 300ms});
-    TestClient deaf(address);
-    TestClient other(address);
-    constexpr int count = 5000;
-    ASSERT_TRUE(deaf.send(requestsForMuch(count)));
-    const auto deadline = std::chrono::steady_clock::now() + 10s;
-    while (deaf.send(frameHeader(0, 11, 0)) && std::chrono::steady_clock::now() < deadline) {
-        ASSERT_TRUE(other.ask(anything));
-        std::this_thread::sleep_for(10ms);
-    }
-    EXPECT_LT(std::chrono::steady_clock::now(), deadline) << "it is still connected";
-    EXPECT_TRUE(other.ask(anything));
 }
 
 TEST_F(ServerTest, MoreClientsThanItServesAreTurnedAway) {
@@ -164,24 +112,6 @@ TEST_F(ServerTest, WithoutDescriptorsItWaitsAndDoesNotSpin) {
     EXPECT_EQ(late.read()->header.replyToId, 9);
 }
 
-TEST_F(ServerTest, WhoeverAsksForCleaningIsToldOfItLikeTheOthers) {
-    tellClients = [this](DaemonEvent event) { server->broadcast(event); };
-    start();
-    TestClient asking(address);
-    ASSERT_TRUE(asking.ask(anything));
-    TestClient other(address);
-    EventMessage clean;
-    clean.eventId = 1;
-    ASSERT_TRUE(asking.send(requestFrame(1, clean)));
-    for (TestClient* client : {&asking, &other}) {
-        const auto event = client->read();
-        ASSERT_TRUE(event);
-        EXPECT_EQ(event->header.messageType, -1);
-        EXPECT_EQ(event->header.replyToId, -1);
-        EXPECT_EQ(event->body, (std::vector<std::uint8_t>{0, 0, 0, 2, 0, 0, 0, 0}));
-    }
-}
-
 TEST_F(ServerTest, WhoWaitsForAListHoldsNobodyUpAndGetsItsAnswersInOrder) {
     std::latch busy{1};
     ConnectionQuery query;
@@ -205,22 +135,6 @@ TEST_F(ServerTest, WhoWaitsForAListHoldsNobodyUpAndGetsItsAnswersInOrder) {
     busy.count_down();
     EXPECT_EQ(waiting.read()->header.replyToId, 5);
     EXPECT_EQ(waiting.read()->header.replyToId, 6);
-}
-
-TEST_F(ServerTest, ToldToStopItAnswersWhatHasArrivedAndResetsTheConnection) {
-    start();
-    TestClient client(address);
-    constexpr int count = 300;
-    for (int i = 0; i < count; ++i) {
-        ASSERT_TRUE(client.send(requestFrame(i, anything)));
-    }
-    stop();
-    for (int i = 0; i < count; ++i) {
-        const auto reply = client.read();
-        ASSERT_TRUE(reply) << i;
-        ASSERT_EQ(reply->header.replyToId, i);
-    }
-    EXPECT_FALSE(client.send(frameHeader(0, 11, 0))) << "a request that nobody will answer";
 }
 
 }  // namespace service

@@ -7,7 +7,6 @@
 
 #include "daemon/ApplicationInfo.h"
 #include "daemon/DateConversion.h"
-#include "daemon/TotalStatisticInfo.h"
 
 namespace {
 
@@ -31,17 +30,6 @@ TEST(ApplicationInfo, OtherTrafficIsWhatRemainsAlsoBelowZero) {
     EXPECT_EQ(applicationAt("")->otherReceivedBytes(), -10);
     EXPECT_EQ(applicationAt("")->otherSendedBytes(), 20);
     EXPECT_EQ(ApplicationInfo().id(), -1);
-}
-
-TEST(ApplicationInfo, AlwaysHasAnIcon) {
-    EXPECT_FALSE(applicationAt("")->icon().isNull());
-    EXPECT_FALSE(applicationAt("/no/such/program")->icon().isNull());
-}
-
-TEST(TotalStatisticInfo, EndsNow) {
-    const QDateTime before = QDateTime::currentDateTime();
-    const QDateTime end = TotalStatisticInfo().endTime();
-    EXPECT_TRUE(before <= end && end <= QDateTime::currentDateTime());
 }
 
 TEST(DateConversion, KeepsLocalCalendarTimeToTheSecond) {

@@ -18,11 +18,6 @@ struct SQLiteTest : testing::Test {
         EXPECT_TRUE(database.Execute("CREATE TABLE thing (number INTEGER UNIQUE, text TEXT, blob BLOB)"));
     }
 
-    int count() {
-        Query query(database, "SELECT count(*) FROM thing");
-        return query.Step() == StepResult::Row ? query.GetColumnAsInt(0) : -1;
-    }
-
     Database database;
 };
 
@@ -71,31 +66,6 @@ TEST_F(SQLiteTest, WhatCannotBeOpenedPreparedOrStoredSaysWhyAndWorksOn) {
     EXPECT_FALSE(database.Execute("SELECT 1"));
     EXPECT_FALSE(Query(database, "SELECT 1").IsValid());
     EXPECT_FALSE(Transaction(database).IsActive());
-}
-
-TEST_F(SQLiteTest, ATransactionIsUndoneUnlessItsCommitSucceeds) {
-    ASSERT_TRUE(
-        database.Execute("PRAGMA foreign_keys = ON; CREATE TABLE child (parent INTEGER REFERENCES "
-                         "thing (number) DEFERRABLE INITIALLY DEFERRED)"));
-    {
-        Transaction forgotten(database);
-        ASSERT_TRUE(database.Execute("INSERT INTO thing (number) VALUES (1)"));
-    }
-    EXPECT_EQ(count(), 0);
-    {
-        Transaction refused(database);
-        ASSERT_TRUE(database.Execute("INSERT INTO thing (number) VALUES (1); INSERT INTO child VALUES (99)"));
-        EXPECT_FALSE(refused.Commit());
-        EXPECT_TRUE(contains(database.GetLastError(), "FOREIGN KEY")) << database.GetLastError();
-    }
-    EXPECT_EQ(count(), 0);
-    {
-        Transaction transaction(database);
-        ASSERT_TRUE(database.Execute("INSERT INTO thing (number) VALUES (1)"));
-        EXPECT_TRUE(transaction.Commit());
-        EXPECT_FALSE(transaction.Commit());
-    }
-    EXPECT_EQ(count(), 1);
 }
 
 }  // namespace SQLite

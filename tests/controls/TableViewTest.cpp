@@ -134,33 +134,15 @@ TEST_F(TableViewTest, ARightClickSelectsItsRowOrNoneBeforeTheMenuOpensAndWithout
     EXPECT_EQ(opened, QList<int>({2, 2, -1})) << "and the header has no menu";
 }
 
-TEST_F(TableViewTest, DisabledLooksSoAndIsPaintedAnewOnlyWhenThatChanges) {
-    struct PaintCounter : QObject {
-        bool eventFilter(QObject*, QEvent* event) override {
-            paints += event->type() == QEvent::Paint ? 1 : 0;
-            return false;
-        }
-        int paints = 0;
-    } counter;
-    m_Table.viewport()->installEventFilter(&counter);
-    m_Table.horizontalHeader()->viewport()->installEventFilter(&counter);
-    const auto paintsAfter = [&](bool isEnabled) {
-        QTest::qWait(20);
-        counter.paints = 0;
-        m_Table.setEnabled(isEnabled);
-        QTest::qWait(20);
-        return counter.paints;
-    };
+TEST_F(TableViewTest, DisabledLooksSo) {
     const auto pictures = [this] {
         return std::pair(m_Table.horizontalHeader()->grab().toImage(), m_Table.viewport()->grab().toImage());
     };
     const auto enabled = pictures();
-    EXPECT_EQ(paintsAfter(true), 0);
-    EXPECT_EQ(paintsAfter(false), 2);
-    EXPECT_EQ(paintsAfter(false), 0);
+    m_Table.setEnabled(false);
     EXPECT_NE(pictures().first, enabled.first);
     EXPECT_NE(pictures().second, enabled.second);
-    EXPECT_EQ(paintsAfter(true), 2);
+    m_Table.setEnabled(true);
     EXPECT_EQ(pictures(), enabled);
 }
 

@@ -7,8 +7,9 @@
 #include <QDBusConnectionInterface>
 #include <QGuiApplication>
 #include <QPalette>
-#include <QProcess>
 #include <QSignalSpy>
+
+#include "tests/support/PrivateBus.h"
 
 /** Stands in for the desktop portal. */
 class SettingsPortal : public QObject {
@@ -30,27 +31,20 @@ class SettingsPortal : public QObject {
 
 namespace {
 
-/** Each case starts a bus of its own, so it needs a process of its own. */
+/** Each case needs a process of its own: the session's bus is one for good. */
 class ColorSchemeTest : public testing::Test {
   protected:
     void SetUp() override {
-        m_Bus.start("dbus-daemon", {"--session", "--nofork", "--print-address"});
-        if (!m_Bus.waitForReadyRead(5000)) {
+        if (PrivateBus::address().isEmpty()) {
             GTEST_SKIP() << "no dbus-daemon here";
         }
-        const QByteArray address = m_Bus.readLine().trimmed();
-        qputenv("DBUS_SESSION_BUS_ADDRESS", address);
-        QDBusConnection bus = QDBusConnection::connectToBus(QString::fromLatin1(address), "portal");
+        QDBusConnection bus = QDBusConnection::connectToBus(PrivateBus::address(), "portal");
         ASSERT_TRUE(bus.registerObject("/org/freedesktop/portal/desktop", &m_Portal,
                                        QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals));
         ASSERT_TRUE(bus.registerService("org.freedesktop.portal.Desktop"));
     }
 
-    void TearDown() override {
-        QDBusConnection::disconnectFromBus("portal");
-        m_Bus.terminate();
-        m_Bus.waitForFinished();
-    }
+    void TearDown() override { QDBusConnection::disconnectFromBus("portal"); }
 
     /** Returns when everything that was emitted has arrived: a bus keeps the order of what it passes on. */
     static void settle() {
@@ -60,7 +54,6 @@ class ColorSchemeTest : public testing::Test {
         QCoreApplication::processEvents();
     }
 
-    QProcess m_Bus;
     SettingsPortal m_Portal;
 };
 

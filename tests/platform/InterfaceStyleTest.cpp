@@ -7,7 +7,6 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateTimeEdit>
-#include <QHeaderView>
 #include <QImage>
 #include <QLineEdit>
 #include <QProgressBar>
@@ -16,7 +15,6 @@
 #include <QScrollBar>
 #include <QSlider>
 #include <QSpinBox>
-#include <QStandardItemModel>
 #include <QTest>
 #include <QToolButton>
 #include <string>
@@ -108,18 +106,6 @@ TEST_P(InterfaceStyleTest, TheOutlineOfEveryControlCanBeSeen) {
         EXPECT_GE(edgeContrast(*widget, 5), controlContrast) << widget->metaObject()->className();
     }
     EXPECT_GE(edgeContrast(slider, 5), controlContrast);
-}
-
-TEST_P(InterfaceStyleTest, TheLastSectionOfAHeaderEndsWithoutARule) {
-    QStandardItemModel model(1, 2);
-    QHeaderView header(Qt::Horizontal);
-    header.setModel(&model);
-    header.setStretchLastSection(true);
-    header.resize(300, 30);
-    const QImage image = header.grab().toImage();
-    const QColor ground = palette().color(Role::Base);
-    EXPECT_EQ(image.pixelColor(299, 15), ground);
-    EXPECT_NE(image.pixelColor(header.sectionSize(0) - 1, 15), ground);
 }
 
 TEST_P(InterfaceStyleTest, AScrollBarsHandleReachesBothEndsAndStaysLargeEnoughToHold) {

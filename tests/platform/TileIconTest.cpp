@@ -10,8 +10,8 @@
 
 namespace {
 
-QImage pictureOf(const QIcon& icon, int size = 32) {
-    return icon.pixmap(size).toImage();
+QImage pictureOf(const QIcon& icon) {
+    return icon.pixmap(32).toImage();
 }
 
 QColor groundOf(const QIcon& icon) {
@@ -35,17 +35,6 @@ TEST(TileIcon, ThePathGivesTheHueAndTheNameTheLetterInEveryRun) {
     EXPECT_EQ(picture, pictureOf(TileIcon::forPath("/usr/bin/sshd")));
     EXPECT_NE(picture, pictureOf(TileIcon::forPath("/usr/bin/curl")));
     EXPECT_EQ(groundOf(TileIcon::forPath("/usr/bin/sshd")), QColor(0x845fb7));
-}
-
-TEST(TileIcon, FillsItsPictureAtEverySizeAndFadesWhereItIsDisabled) {
-    for (const int size : {16, 22, 24, 33, 96}) {
-        const QImage picture = pictureOf(TileIcon::kernel(), size);
-        EXPECT_LT(picture.pixelColor(0, 0).alpha(), 128) << size;
-        EXPECT_EQ(picture.pixelColor(size / 2, 0).alpha(), 255) << size;
-        EXPECT_EQ(picture.pixelColor(size / 2, size - 1).alpha(), 255) << size;
-    }
-    const QImage disabled = TileIcon::kernel().pixmap(16, QIcon::Disabled).toImage();
-    EXPECT_LT(disabled.pixelColor(8, 8).alpha(), 128);
 }
 
 }  // namespace

@@ -3,11 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "daemon/DaemonConnection.h"
-#include "tests/config/TemporaryFolder.h"
 #include "tests/support/DaemonTest.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace {
 
@@ -48,10 +46,10 @@ TEST_F(ConfigStorageTest, AnnouncesEachSaveOfAChangedSystemSettingOnce) {
     config.save();
     DaemonConnection::sharedConnection()->startCleanDataBase();  // a mark behind all of them
 
-    const auto requests = daemon.waitForRequests(3);
     std::vector<int> events;
-    std::transform(requests.begin(), requests.end(), std::back_inserter(events),
-                   [](const auto& request) { return request.body.at(3); });
+    for (const auto& request : daemon.waitForRequests(3)) {
+        events.push_back(intAt(request.body, 0));
+    }
     EXPECT_EQ(events, (std::vector<int>{4, 4, 1}));
     const ConfigStorage again = open();
     EXPECT_FALSE(again.isAutostarted());

@@ -9,7 +9,7 @@
 
 #include <csignal>
 
-#include "tests/config/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace {
 

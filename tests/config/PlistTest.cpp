@@ -10,7 +10,7 @@
 
 #include "config/PlistFile.h"
 #include "config/PlistXml.h"
-#include "tests/config/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 /** In store_from_c.c. Both give the line of the first step that went wrong; 0 when none did. */
 extern "C" int store_every_kind(const char* path);

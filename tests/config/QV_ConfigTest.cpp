@@ -8,7 +8,7 @@
 #include <memory>
 
 #include "config/QV_ConfigNS.h"
-#include "tests/config/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace {
 

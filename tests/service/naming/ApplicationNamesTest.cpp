@@ -2,10 +2,11 @@
 #include "service/naming/ApplicationNames.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
+
+#include "tests/support/TemporaryFolder.h"
 
 namespace service {
 namespace {
@@ -16,14 +17,11 @@ namespace fs = std::filesystem;
 class ApplicationNamesTest : public testing::Test {
   protected:
     ApplicationNamesTest() {
-        std::string name = fs::temp_directory_path() / "naming-test-XXXXXX";
-        m_Folder = fs::canonical(::mkdtemp(name.data()));
         m_Places = {.entryFolders = {m_Folder / "own", m_Folder / "system"},
                     .programFolders = {m_Folder / "bin"},
                     .languages = languagesOf("de_AT.UTF-8"),
                     .processes = m_Folder / "proc"};
     }
-    ~ApplicationNamesTest() override { fs::remove_all(m_Folder); }
 
     fs::path write(const fs::path& name, const std::string& text) {
         fs::create_directories((m_Folder / name).parent_path());
@@ -44,7 +42,8 @@ class ApplicationNamesTest : public testing::Test {
 
     std::string nameOf(const std::string& path) { return ApplicationNames(m_Places).identify(path, 7)->name; }
 
-    fs::path m_Folder;
+    TemporaryFolder m_Temporary;
+    fs::path m_Folder = fs::canonical(m_Temporary.path());
     NamingPlaces m_Places;
 };
 

@@ -2,20 +2,18 @@
 #include "service/settings/SettingsFile.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <climits>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <future>
 #include <optional>
 #include <stop_token>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "service/settings/SettingsFollower.h"
+#include "tests/support/TemporaryFolder.h"
 
 using namespace service;
 namespace fs = std::filesystem;
@@ -23,20 +21,14 @@ namespace fs = std::filesystem;
 namespace {
 
 struct SettingsFileTest : testing::Test {
-    SettingsFileTest() {
-        std::string name = (fs::temp_directory_path() / "settings-XXXXXX").string();
-        folder = ::mkdtemp(name.data());
-        path = folder / "settings.plist";
-    }
-    ~SettingsFileTest() override { fs::remove_all(folder); }
-
-    void write(const std::string& content) const { std::ofstream(path) << content; }
+    void write(const std::string& content) const { m_Folder.write("settings.plist", content); }
     void writeDictionary(const std::string& content) const {
         write("<plist version=\"1.0\"><dict>" + content + "</dict></plist>");
     }
 
-    fs::path folder;
-    fs::path path;
+    TemporaryFolder m_Folder;
+    fs::path folder = m_Folder.path();
+    fs::path path = folder / "settings.plist";
 };
 
 std::string months(const std::string& value) {
@@ -164,25 +156,4 @@ TEST_F(SettingsFileTest, MonthsAreThirtyDaysAndWithoutEndBelowOne) {
     EXPECT_EQ(keeping(2).retention(), std::chrono::days{60});
     EXPECT_EQ(keeping(INT_MAX).retention(), std::chrono::days{30LL * INT_MAX});
     EXPECT_EQ(keeping(0).retention(), std::nullopt);
-}
-
-TEST_F(SettingsFileTest, ManyNotesOfAChangeAreFewReadingsAndTheLastOneCounts) {
-    SettingsFile file(path);
-    std::promise<void> five;
-    bool isFive = false;
-    int readings = 0;
-    std::optional<SettingsFollower> follower(std::in_place, file, [&](const Settings& settings, const auto&) {
-        ++readings;
-        if (settings.months == 5 && !std::exchange(isFive, true)) {
-            five.set_value();
-        }
-    });
-    for (int i = 0; i < 1000; ++i) {
-        follower->noteChange();
-    }
-    writeDictionary(months("<integer>5</integer>"));
-    follower->noteChange();
-    EXPECT_EQ(five.get_future().wait_for(std::chrono::seconds(30)), std::future_status::ready);
-    follower.reset();
-    EXPECT_LE(readings, 10);
 }

@@ -5,11 +5,9 @@
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <thread>
 
@@ -125,42 +123,6 @@ TEST_F(BpfSourceTest, CountsEachByteAsSentByOneAndReceivedByTheOther) {
     EXPECT_TRUE(client.closed && server.closed);
     EXPECT_EQ(client.remote.port, 4001);
     EXPECT_EQ(client.local, server.remote);
-}
-
-TEST_F(BpfSourceTest, KnowsSocketsThatAreOlder) {
-    const FileDescriptor listener = socketAt(SOCK_STREAM, 4002);
-    ASSERT_EQ(::listen(listener.get(), 1), 0);
-    const FileDescriptor client = connectTo(SOCK_STREAM, 4002);
-    if (!startSource()) {
-        GTEST_SKIP() << m_Error;
-    }
-    moveBothWays(listener, client);
-    auto found = pollFor(ownPath(), 4002);
-    EXPECT_EQ(found[Direction::Output].payload.sent, payloadBytes);
-    EXPECT_EQ(found[Direction::Input].payload.received, payloadBytes);
-}
-
-TEST_F(BpfSourceTest, NamesAProgramThatIsGoneAndWasDeletedWhileItRan) {
-    if (!startSource()) {
-        GTEST_SKIP() << m_Error;
-    }
-    const std::string program = ::testing::TempDir() + "bpf_source_test_" + std::to_string(::getpid());
-    std::filesystem::copy_file("/bin/bash", program);
-    const FileDescriptor receiver = socketAt(SOCK_DGRAM, 4003);
-    const std::string script = "rm " + program + "; echo -n 12345 > /dev/udp/127.0.0.1/4003";
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::execl(program.c_str(), program.c_str(), "-c", script.c_str(), nullptr);
-        ::_exit(127);
-    }
-    int status = -1;
-    ::waitpid(child, &status, 0);
-    ASSERT_EQ(status, 0);
-    auto found = pollFor(program, 4003);
-    EXPECT_EQ(found[Direction::Output].payload, (ByteCount{0, 5}));
-    EXPECT_EQ(found[Direction::Output].moved, (ByteCount{0, 5 + 8 + 20}));
-    EXPECT_EQ(found[Direction::Output].socketProtocol, IPPROTO_UDP);
-    EXPECT_TRUE(found[Direction::Output].closed);
 }
 
 TEST_F(BpfSourceTest, LeavesToTheKernelWhatTheKernelSays) {

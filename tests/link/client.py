@@ -15,7 +15,7 @@ class Client:
         self.next_id = 0
         self.events = []  # (eventId, param) in arrival order
         self._asked = {}  # message id -> request
-        self._replies = {}  # message id -> (values or None, number of events that came before it)
+        self.replies = {}  # uncollected: message id -> (values or None, number of events that came before it)
         self._rest = b""
 
     def __enter__(self):
@@ -59,13 +59,13 @@ class Client:
             raise wire.Deviation(f"a reply to {frame.reply_to}, which was not asked or is answered already")
         request = self._asked.pop(frame.reply_to)
         values = wire.unpack(request.reply, frame.body) if frame.body else None
-        self._replies[frame.reply_to] = values, len(self.events)
+        self.replies[frame.reply_to] = values, len(self.events)
 
     def collect(self, message_id):
         """The reply's values, None for an empty body, and the number of events that came before it."""
-        while message_id not in self._replies:
+        while message_id not in self.replies:
             self.receive()
-        return self._replies.pop(message_id)
+        return self.replies.pop(message_id)
 
     def ask_all(self, *requests):
         """Pipelined: sends all, then collects the replies in order."""
@@ -89,7 +89,7 @@ class Client:
             self.send((wire.DELETE_APPLICATIONS_ITERATOR, iterator))
             if self.ask(wire.TOTAL_STATISTIC_INFO) == totals:
                 break
-        sums = {name: sum(row[name] for row in rows) for name in totals if name != "startTime"}
+        sums = {name: sum(row[name] for row in rows) for name in wire.COUNTERS}
         assert sums | {"startTime": totals["startTime"]} == totals, (sums, totals)
         return rows
 

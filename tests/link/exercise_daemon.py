@@ -9,13 +9,16 @@ PROGRAM is `nevtora-daemon`; it is started with the demo year in a database of i
 
 import argparse
 import datetime
+import os
 import plistlib
 import random
+import resource
 import signal
 import socket
 import struct
 import sys
 import tempfile
+import threading
 import time
 import unicodedata
 import unittest
@@ -49,6 +52,11 @@ class Daemon(RealDaemon):
         """In MiB."""
         status = dict(line.split(":") for line in Path(f"/proc/{self.process.pid}/status").read_text().splitlines())
         return int(status["VmRSS"].split()[0]) / 1024
+
+    def processor_time(self):
+        """In seconds."""
+        user, system = Path(f"/proc/{self.process.pid}/stat").read_text().rpartition(")")[2].split()[11:13]
+        return (int(user) + int(system)) / os.sysconf("SC_CLK_TCK")
 
     def memory_grown(self):
         """In MiB since it came up."""
@@ -342,6 +350,62 @@ class DaemonSurvives(DaemonTest):
         for size in (1, 19, 20, 23):
             self.enterContext(Client(daemon.address)).socket.sendall(frame[:size])
         self.check_others_are_served()
+
+    def test_who_reads_late_gets_every_answer_in_order(self):
+        count = 50_000
+        requests = (wire.APPLICATION_INFO_FROM_ID.frame(i, applicationId=1).to_bytes() for i in range(count))
+        late = self.enterContext(socket.create_connection(daemon.address, 20))
+        sender = threading.Thread(target=lambda data: (late.sendall(data), late.shutdown(socket.SHUT_WR)),
+                                  args=[b"".join(requests)])
+        sender.start()
+        time.sleep(1)
+        frames, rest = wire.split_frames(b"".join(iter(lambda: late.recv(1 << 20), b"")))
+        sender.join()
+        replies = [frame.reply_to for frame in frames if frame.type != wire.EVENT]
+        self.assertTrue(replies == list(range(count)) and not rest, f"{len(replies)} replies")
+
+    def test_who_waits_for_a_list_gets_its_answers_in_order(self):
+        iterator = self.client.ask(wire.CREATE_CONNECTIONS_ITERATOR)
+        parameters = dict(startTime=datetime.datetime(2001, 1, 1), endTime=FAR, applicationId=-1, sortField=5)
+        parameters |= dict(socketProtocol=wire.ALL, sortDirection=wire.ASCENDING) | iterator
+        listed, other = self.client.send((wire.SET_CONNECTIONS_PARAMETERS, parameters),
+                                         (wire.GET_COUNT_CONNECTIONS, iterator), (wire.IS_CLEANING, {}))
+        self.client.collect(other)
+        self.assertIn(listed, self.client.replies)
+
+    def is_served(self, client):
+        try:
+            return client.ask(wire.IS_CLEANING) is not None
+        except (EOFError, ConnectionError):
+            return False
+
+    def test_more_clients_than_256_are_turned_away_until_some_have_left(self):
+        others = [self.enterContext(Client(daemon.address)) for _ in range(300)]
+        served = sum(map(self.is_served, others))
+        self.assertTrue(200 < served < 256, served)
+        self.assertTrue(self.is_served(self.client))
+        for other in others:
+            other.socket.close()
+        deadline = time.monotonic() + 10
+        while not self.is_served(self.enterContext(Client(daemon.address))):
+            self.assertLess(time.monotonic(), deadline)
+
+    def test_without_descriptors_new_clients_wait_and_it_does_not_spin(self):
+        if memory_growth > 16:
+            self.skipTest("a sanitizer needs descriptors for its own checks")
+        process = daemon.process.pid
+        before = resource.prlimit(process, resource.RLIMIT_NOFILE)
+        free = next(number for number in range(1000) if not Path(f"/proc/{process}/fd/{number}").exists())
+        resource.prlimit(process, resource.RLIMIT_NOFILE, (free, before[1]))
+        self.addCleanup(resource.prlimit, process, resource.RLIMIT_NOFILE, before)
+        late = self.enterContext(Client(daemon.address))
+        begin = daemon.processor_time()
+        [asked] = late.send((wire.IS_CLEANING, {}))
+        time.sleep(1)
+        self.assertLess(daemon.processor_time() - begin, 0.5, "seconds in which nothing can be done")
+        self.assertTrue(self.is_served(self.client))
+        resource.prlimit(process, resource.RLIMIT_NOFILE, before)
+        late.collect(asked)
 
     def test_a_client_that_never_reads_is_dropped(self):
         request = wire.TOTAL_STATISTIC_INFO.frame(0).to_bytes() * 1000

@@ -30,16 +30,8 @@ FEW = [  # name, path, MiB received; names in mixed case, one not in Latin, one 
 WORKERS = ("backup", "build", "cache", "index", "mail", "proxy", "queue", "render", "search", "sync")
 STARTED = datetime.datetime(2024, 2, 29, 9, 5, 0)
 APPLICATION_KEYS = ["name", "fullPath", "endTime", "totalReceivedBytes", "totalSendedBytes", "id"]
-CONNECTION_KEYS = [
-    "startTime",
-    "endTime",
-    "direction",
-    "receivedBytes",
-    "sendedBytes",
-    "localAddress",
-    "remoteAddress",
-    "id",
-]
+CONNECTION_KEYS = ["startTime", "endTime", "direction", "receivedBytes", "sendedBytes", "localAddress", "remoteAddress",
+                   "id"]
 
 
 def make_application(index, name, path, mebibytes):
@@ -139,8 +131,7 @@ class ScriptedDaemon:
         return self._answer_cursor(request, values)
 
     def totals(self):
-        counters = [name for name in wire.TOTALS if name != "startTime"]
-        sums = {name: sum(row[name] for row in self.applications) for name in counters}
+        sums = {name: sum(row[name] for row in self.applications) for name in wire.COUNTERS}
         return {**sums, "startTime": STARTED}
 
     def _answer_cursor(self, request, values):
@@ -152,7 +143,8 @@ class ScriptedDaemon:
         if cursor is None:
             raise wire.Deviation(f"request {request.type} names cursor {values['iteratorId']}, which it never had")
         if request.reply is wire.COUNT:
-            cursor.rows = self._applications(cursor) if of_applications else self._connections(cursor)
+            cursor.rows = (in_order(self.applications, cursor.parameters, APPLICATION_KEYS) if of_applications
+                           else self._connections(cursor))
             cursor.count = len(cursor.rows)
             return {"count": cursor.count}
         if "index" in values:
@@ -177,16 +169,12 @@ class ScriptedDaemon:
             raise wire.Deviation(f"sort of {values}")
         cursor.parameters = values
 
-    def _applications(self, cursor):
-        return in_order(self.applications, cursor.parameters, APPLICATION_KEYS)
-
     def _connections(self, cursor):
         wanted = cursor.parameters
         if wanted is None:
             raise wire.Deviation("connections are counted before their range was set")
         rows = [
-            row
-            for row in self.connections
+            row for row in self.connections
             if wanted["applicationId"] in (-1, row["applicationId"])
             and wanted["socketProtocol"] in (-1, row["socketProtocol"])
             and row["startTime"] <= wanted["endTime"]

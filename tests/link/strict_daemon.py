@@ -60,8 +60,8 @@ class StrictDaemon(ScriptedDaemon):
             raise wire.Deviation(f"no such application: {values}")
 
     def announce_application(self):
-        """One more application appears; answers the event's bytes."""
-        self.applications.append(make_application(len(self.applications), "Newcomer", "/usr/bin/newcomer", 1))
+        """One more application appears, with a name longer than a read; answers the event's bytes."""
+        self.applications.append(make_application(len(self.applications), "Newcomer" * 400, "/usr/bin/newcomer", 1))
         body = wire.pack(wire.EVENT_BODY, {"eventId": wire.NEW_APPLICATION, "param": len(self.applications)})
         return wire.Frame(0, 0, wire.NOT_A_REPLY, wire.EVENT, body).to_bytes()
 

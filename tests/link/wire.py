@@ -87,9 +87,7 @@ def _unpack_string(data):
 def _pack_time(moment):
     if moment is None:
         return bytes(24)
-    return struct.pack(
-        ">6i", moment.day, moment.month, moment.year, moment.second, moment.minute, moment.hour
-    )
+    return struct.pack(">6i", moment.day, moment.month, moment.year, moment.second, moment.minute, moment.hour)
 
 
 def _unpack_time(data):
@@ -143,42 +141,19 @@ def unpack(layout, body):
 BYTES = {"bytes": INT64}
 ITERATOR = {"iteratorId": INT}
 COUNT = {"count": INT}
-APPLICATION = {
-    "id": INT,
-    "name": STRING,
-    "fullPath": STRING,
-    "totalReceivedBytes": INT64,
-    "totalSendedBytes": INT64,
-    "tcpReceivedBytes": INT64,
-    "tcpSendedBytes": INT64,
-    "udpReceivedBytes": INT64,
-    "udpSendedBytes": INT64,
-    "startTime": TIME,
-    "endTime": TIME,
-}
+COUNTERS = dict.fromkeys(("totalReceivedBytes", "totalSendedBytes", "tcpReceivedBytes", "tcpSendedBytes",
+                          "udpReceivedBytes", "udpSendedBytes"), INT64)
+LIFE = {"startTime": TIME, "endTime": TIME}
+APPLICATION = {"id": INT, "name": STRING, "fullPath": STRING, **COUNTERS, **LIFE}
 CONNECTION = {
     "id": INT,
     "applicationId": INT,
-    "startTime": TIME,
-    "endTime": TIME,
-    "direction": INT,
-    "socketDomain": INT,
-    "socketType": INT,
-    "socketProtocol": INT,
-    "receivedBytes": INT64,
-    "sendedBytes": INT64,
-    "remoteAddress": ADDRESS,
-    "localAddress": ADDRESS,
+    **LIFE,
+    **dict.fromkeys(("direction", "socketDomain", "socketType", "socketProtocol"), INT),
+    **dict.fromkeys(("receivedBytes", "sendedBytes"), INT64),
+    **dict.fromkeys(("remoteAddress", "localAddress"), ADDRESS),
 }
-TOTALS = {
-    "totalReceivedBytes": INT64,
-    "totalSendedBytes": INT64,
-    "tcpReceivedBytes": INT64,
-    "tcpSendedBytes": INT64,
-    "udpReceivedBytes": INT64,
-    "udpSendedBytes": INT64,
-    "startTime": TIME,
-}
+TOTALS = {**COUNTERS, "startTime": TIME}
 EVENT_BODY = {"eventId": INT, "param": INT}
 
 
@@ -192,15 +167,8 @@ class Request(NamedTuple):
 
 
 _to_time = {"toTime": TIME, "socketProtocol": INT}
-_connection_parameters = {
-    "iteratorId": INT,
-    "startTime": TIME,
-    "endTime": TIME,
-    "applicationId": INT,
-    "socketProtocol": INT,
-    "sortDirection": INT,
-    "sortField": INT,
-}
+_sort = {"sortDirection": INT, "sortField": INT}
+_connection_parameters = {"iteratorId": INT, **LIFE, "applicationId": INT, "socketProtocol": INT, **_sort}
 
 TOTAL_RECEIVED_BYTES = Request(3, _to_time, BYTES)
 TOTAL_SENT_BYTES = Request(5, _to_time, BYTES)
@@ -209,7 +177,7 @@ APPLICATION_SENT_BYTES = Request(9, {"applicationId": INT, **_to_time}, BYTES)
 TOTAL_STATISTIC_INFO = Request(11, {}, TOTALS)
 APPLICATION_INFO_FROM_ID = Request(12, {"applicationId": INT}, APPLICATION)
 CREATE_APPLICATION_ITERATOR = Request(13, {}, ITERATOR)
-SET_APPLICATIONS_PARAMETERS = Request(15, {"iteratorId": INT, "sortDirection": INT, "sortField": INT})
+SET_APPLICATIONS_PARAMETERS = Request(15, {"iteratorId": INT, **_sort})
 GET_COUNT_APPLICATIONS = Request(16, ITERATOR, COUNT)
 GET_APPLICATION_INFO = Request(18, {"iteratorId": INT, "index": INT}, APPLICATION)
 DELETE_APPLICATIONS_ITERATOR = Request(19, ITERATOR)

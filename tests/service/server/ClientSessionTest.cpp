@@ -1,15 +1,36 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "service/server/ClientSession.h"
 
+#include <latch>
+#include <optional>
 #include <semaphore>
 
+#include "service/server/FrameScanner.h"
 #include "service/server/LocalCalendar.h"
-#include "tests/service/server/SessionFixture.h"
+#include "tests/service/server/RequestFrame.h"
+#include "tests/service/store/StoreFixture.h"
 
 namespace service {
 
-class ClientSessionTest : public SessionFixture {
+/** Everything that a session answers from, with a clock that the test sets. */
+class ClientSessionTest : public StoreFixture {
   protected:
+    /** Moves bytes over a connection, without writing them to the store. */
+    void move(const TrafficSample& sample) { ledger.apply({sample}, now); }
+
+    /** Writes what changed in the ledger, as the writer does. */
+    void writeHistory() { ASSERT_TRUE(store->append(ledger.takeChanges(now))); }
+
+    SessionContext context() {
+        return {.ledger = ledger,
+                .history = *history,
+                .orders = orders,
+                .cleaner = cleaner,
+                .textOrder = textOrder,
+                .now = [this] { return now; },
+                .configurationChanged = [] {}};
+    }
+
     /** Has one frame served, however long its answer takes. */
     void serve(const std::vector<std::uint8_t>& frame) {
         const ScannedFrame scanned = scanFrame(frame);
@@ -99,14 +120,16 @@ class ClientSessionTest : public SessionFixture {
         return ask<DaemonApplicationSendedBytesReply>(request)->bytes;
     }
 
-  private:
+    Moment now = at(100);
+    Ledger ledger{store->load(at(0)).value()};
+    std::unique_ptr<HistoryReader> history = reader();
+    ConnectionOrders orders{reader(), 100};
+    TextOrder textOrder;
+    HistoryCleaner cleaner{ledger,
+                           {.now = [this] { return now; }, .wipe = [] {}, .tellClients = [](DaemonEvent) {}}};
     std::counting_semaphore<> m_Wakes{0};
-
-  protected:
     ClientSession session{context(), [this] { m_Wakes.release(); }};
     Outbox outbox;
-
-  private:
     std::int32_t m_NextId = 0;
 };
 
@@ -191,6 +214,27 @@ TEST_F(ClientSessionTest, AListThatWasLetGoComesBackWithoutWhatIsNewer) {
     EXPECT_FALSE(connectionAt(first, 80));
     EXPECT_EQ(countConnections(first), 90);
     EXPECT_EQ(connectionAt(first, 0)->receivedBytes, 910);
+}
+
+TEST_F(ClientSessionTest, WhoWaitsForAListHoldsNobodyUp) {
+    std::latch busy{1};
+    orders.take({}, [&busy] { busy.wait(); });  // until then other lists have to wait
+    const auto isServed = [](ClientSession& by, const auto& request) {
+        const std::vector<std::uint8_t> frame = requestFrame(1, request);
+        Outbox answers;
+        return by.serve(scanFrame(frame).header, scanFrame(frame).body, answers) ==
+               RequestRouter::Outcome::Served;
+    };
+    DaemonGetCountConnectionsRequest count;
+    count.iteratorId = newConnectionsCursor();
+    EXPECT_FALSE(isServed(session, count));
+    {
+        ClientSession leaving{context(), [] {}};
+        EXPECT_TRUE(isServed(leaving, DaemonCreateConnectionsIteratorRequest()));
+        EXPECT_FALSE(isServed(leaving, count));
+    }
+    busy.count_down();
+    EXPECT_EQ(countConnections(count.iteratorId), 0);
 }
 
 TEST_F(ClientSessionTest, CursorsAreBoundedAndTheirIdsNeverComeBack) {

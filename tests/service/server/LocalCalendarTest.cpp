@@ -6,7 +6,6 @@
 
 #include <cstdlib>
 #include <limits>
-#include <ostream>
 
 namespace service {
 
@@ -14,19 +13,11 @@ namespace {
 
 using namespace std::chrono_literals;
 
-struct Conversion {
-    const char* zone;
-    Time local;
-    Moment utc;
-    Time localOfUtc;  ///< what that moment reads as: another time than `local` where the clock skipped it
-
-    friend void PrintTo(const Conversion& conversion, std::ostream* out) {
-        *out << conversion.zone << " " << Time::toString(conversion.local);
-    }
-};
-
-constexpr Moment utc(std::chrono::year_month_day day, std::chrono::minutes time) {
-    return std::chrono::sys_days{day} + time;
+Moment utc(const char* text) {
+    const Time time = Time::fromString(text);
+    const std::chrono::year_month_day date(std::chrono::year(time.year), std::chrono::month(time.month),
+                                           std::chrono::day(time.day));
+    return std::chrono::sys_days(date) + time.hour * 1h + time.minute * 1min + time.second * 1s;
 }
 
 void useZone(const char* zone) {
@@ -35,7 +26,7 @@ void useZone(const char* zone) {
 
 }  // namespace
 
-class LocalCalendarTest : public testing::TestWithParam<Conversion> {
+class LocalCalendarTest : public testing::Test {
   protected:
     ~LocalCalendarTest() override {
         ::unsetenv("TZ");
@@ -43,45 +34,33 @@ class LocalCalendarTest : public testing::TestWithParam<Conversion> {
     }
 };
 
-TEST_P(LocalCalendarTest, FollowsTheRulesOfTheZoneAtThatMoment) {
-    const Conversion& expected = GetParam();
-    useZone(expected.zone);
-    EXPECT_EQ(LocalCalendar::toMoment(expected.local), expected.utc);
-    EXPECT_EQ(LocalCalendar::fromMoment(expected.utc), expected.localOfUtc);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Zones, LocalCalendarTest,
-    testing::Values(
-        Conversion{
-            "Europe/Berlin", {15, 1, 2024, 5, 0, 12}, utc(2024y / 1 / 15, 11h) + 5s, {15, 1, 2024, 5, 0, 12}},
-        Conversion{
-            "Europe/Berlin", {15, 7, 2024, 5, 0, 12}, utc(2024y / 7 / 15, 10h) + 5s, {15, 7, 2024, 5, 0, 12}},
+TEST_F(LocalCalendarTest, FollowsTheRulesOfTheZoneAtThatMoment) {
+    const char* conversions[][4] = {
+        // zone, local time, UTC, and what that reads as, which is another time where the clock skipped this one
+        {"Europe/Berlin", "2024-01-15 12:00:05", "2024-01-15 11:00:05", "2024-01-15 12:00:05"},
+        {"Europe/Berlin", "2024-07-15 12:00:05", "2024-07-15 10:00:05", "2024-07-15 12:00:05"},
         // twice that night: the first is meant
-        Conversion{
-            "Europe/Berlin", {27, 10, 2024, 0, 30, 2}, utc(2024y / 10 / 27, 30min), {27, 10, 2024, 0, 30, 2}},
+        {"Europe/Berlin", "2024-10-27 02:30:00", "2024-10-27 00:30:00", "2024-10-27 02:30:00"},
         // skipped that night
-        Conversion{
-            "Europe/Berlin", {31, 3, 2024, 0, 30, 2}, utc(2024y / 3 / 31, 90min), {31, 3, 2024, 0, 30, 3}},
+        {"Europe/Berlin", "2024-03-31 02:30:00", "2024-03-31 01:30:00", "2024-03-31 03:30:00"},
         // half an hour of daylight saving
-        Conversion{"Australia/Lord_Howe",
-                   {7, 4, 2024, 0, 45, 1},
-                   utc(2024y / 4 / 6, 14h + 45min),
-                   {7, 4, 2024, 0, 45, 1}},
-        Conversion{"Australia/Lord_Howe",
-                   {6, 10, 2024, 0, 15, 2},
-                   utc(2024y / 10 / 5, 15h + 45min),
-                   {6, 10, 2024, 0, 45, 2}},
+        {"Australia/Lord_Howe", "2024-04-07 01:45:00", "2024-04-06 14:45:00", "2024-04-07 01:45:00"},
+        {"Australia/Lord_Howe", "2024-10-06 02:15:00", "2024-10-05 15:45:00", "2024-10-06 02:45:00"},
         // a whole day that never was
-        Conversion{
-            "Pacific/Apia", {30, 12, 2011, 0, 0, 12}, utc(2011y / 12 / 30, 22h), {31, 12, 2011, 0, 0, 12}}));
+        {"Pacific/Apia", "2011-12-30 12:00:00", "2011-12-30 22:00:00", "2011-12-31 12:00:00"}};
+    for (const auto& [zone, local, inUtc, localOfUtc] : conversions) {
+        useZone(zone);
+        EXPECT_EQ(LocalCalendar::toMoment(Time::fromString(local)), utc(inUtc)) << local;
+        EXPECT_EQ(LocalCalendar::fromMoment(utc(inUtc)), Time::fromString(localOfUtc)) << local;
+    }
+}
 
 TEST_F(LocalCalendarTest, EveryQuarterOfAYearComesBackExceptTheRepeatedOnes) {
     for (const char* zone :
          {"UTC", "Europe/Berlin", "Australia/Lord_Howe", "America/St_Johns", "Asia/Kathmandu"}) {
         useZone(zone);
         int moved = 0;
-        for (Moment moment = utc(2024y / 1 / 1, 0h); moment < utc(2025y / 1 / 1, 0h); moment += 15min) {
+        for (Moment moment = utc("2024-01-01"); moment < utc("2025-01-01"); moment += 15min) {
             const Time local = LocalCalendar::fromMoment(moment);
             const Moment back = LocalCalendar::toMoment(local);
             ASSERT_LE(back, moment);
@@ -96,13 +75,13 @@ TEST_F(LocalCalendarTest, AbsurdTimesBecomeTheNearestOnes) {
     useZone("UTC");
     constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max();
     constexpr std::int32_t least = std::numeric_limits<std::int32_t>::min();
-    const Moment last = utc(9999y / 12 / 31, 23h + 59min) + 59s;
+    const Moment last = utc("9999-12-31 23:59:59");
     EXPECT_EQ(LocalCalendar::toMoment(Time()), Moment{});
     EXPECT_EQ(LocalCalendar::toMoment({least, least, least, least, least, least}), Moment{});
     EXPECT_EQ(LocalCalendar::toMoment({most, most, most, most, most, most}), last);
     EXPECT_EQ(LocalCalendar::toMoment({1, 1, most, 0, 0, 0}), last);
-    EXPECT_EQ(LocalCalendar::toMoment({31, 2, 2024, 0, 0, 0}), utc(2024y / 2 / 29, 0h));
-    EXPECT_EQ(LocalCalendar::toMoment({0, 0, 2024, 99, 99, 99}), utc(2024y / 1 / 1, 23h + 59min) + 59s);
+    EXPECT_EQ(LocalCalendar::toMoment({31, 2, 2024, 0, 0, 0}), utc("2024-02-29"));
+    EXPECT_EQ(LocalCalendar::toMoment({0, 0, 2024, 99, 99, 99}), utc("2024-01-01 23:59:59"));
 }
 
 }  // namespace service

@@ -9,7 +9,6 @@
 #include <tuple>
 
 #include "libs/utils/src/StringUtils.h"
-#include "service/ledger/Ledger.h"
 #include "tests/service/store/StoreFixture.h"
 
 namespace service {
@@ -226,10 +225,6 @@ TEST_F(HistoryReaderTest, AQuietConnectionLastsUntilItIsClosed) {
     ::setenv("TZ", "UTC", 1);
     ::tzset();
     Ledger ledger(store->load(at(0)).value());
-    const auto write = [&](const std::vector<TrafficSample>& samples, int second) {
-        ledger.apply(samples, at(second));
-        ASSERT_TRUE(store->append(ledger.takeChanges(at(second)))) << store->lastError();
-    };
     const auto history = reader();
     const auto foundAt = [&](int second) {
         return history->connections(
@@ -241,12 +236,12 @@ TEST_F(HistoryReaderTest, AQuietConnectionLastsUntilItIsClosed) {
         return Time::toString(info.endTime);
     };
     using Ids = std::vector<ConnectionId>;
-    write({sampleOf(1, "/a", {1, 0}), sampleOf(2, "/b", {1, 0}), sampleOf(3, "/b", {1, 0})}, 10);
-    write({sampleOf(2, "/b", {1, 0})}, 500);
+    write(ledger, {sampleOf(1, "/a", {1, 0}), sampleOf(2, "/b", {1, 0}), sampleOf(3, "/b", {1, 0})}, 10);
+    write(ledger, {sampleOf(2, "/b", {1, 0})}, 500);
     EXPECT_EQ(foundAt(400), (Ids{1, 2, 3})) << "1 and 3 have been quiet since second 10";
     EXPECT_EQ(foundAt(-1), Ids{});
     EXPECT_EQ(endOf(1), "2023-11-14 22:21:40") << "the last moment that was written, 500";
-    write({sampleOf(1, "/a", {}, true)}, 600);
+    write(ledger, {sampleOf(1, "/a", {}, true)}, 600);
     EXPECT_EQ(foundAt(600), (Ids{1, 2, 3}));
     EXPECT_EQ(foundAt(601), (Ids{2, 3}));
     EXPECT_EQ(endOf(1), "2023-11-14 22:23:20");

@@ -2,31 +2,23 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
 #include <memory>
 #include <string>
 
+#include "service/ledger/Ledger.h"
 #include "service/store/HistoryReader.h"
 #include "service/store/Store.h"
 #include "tests/service/ledger/Samples.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace service {
 
 /** A store in a folder of its own, which goes with the test. */
 class StoreFixture : public testing::Test {
   protected:
-    StoreFixture() {
-        std::string pattern = testing::TempDir() + "store-XXXXXX";
-        folder = ::mkdtemp(pattern.data());
-        path = folder / "history.db";
-        reopen();
-    }
-    ~StoreFixture() override {
-        store.reset();
-        std::filesystem::remove_all(folder);
-    }
+    StoreFixture() { reopen(); }
 
     void reopen() {
         store.reset();
@@ -40,6 +32,12 @@ class StoreFixture : public testing::Test {
         auto opened = HistoryReader::open(path, error);
         EXPECT_TRUE(opened) << error;
         return opened;
+    }
+
+    /** Counts samples at a second and writes what has changed. */
+    void write(Ledger& ledger, const std::vector<TrafficSample>& samples, int second) {
+        ledger.apply(samples, at(second));
+        ASSERT_TRUE(store->append(ledger.takeChanges(at(second)))) << store->lastError();
     }
 
     /** Connections of a batch of their own, without applications. */
@@ -56,8 +54,9 @@ class StoreFixture : public testing::Test {
             << database.GetLastError();
     }
 
-    std::filesystem::path folder;
-    std::filesystem::path path;
+    TemporaryFolder m_Folder;
+    std::filesystem::path folder = m_Folder.path();
+    std::filesystem::path path = folder / "history.db";
     std::unique_ptr<Store> store;
 };
 

@@ -7,7 +7,6 @@
 #include <random>
 #include <tuple>
 
-#include "service/ledger/Ledger.h"
 #include "service/store/StoreBatch.h"
 #include "tests/service/store/StoreFixture.h"
 
@@ -15,10 +14,22 @@ namespace service {
 
 using StoreTest = StoreFixture;
 
+namespace {
+
+/** Of connections of three hundred applications. */
+std::vector<TrafficSample> manySamples(std::uint64_t connections, ByteCount moved) {
+    std::vector<TrafficSample> samples;
+    for (std::uint64_t key = 0; key < connections; ++key) {
+        samples.push_back(sampleOf(key, "/" + std::to_string(key % 300), moved));
+    }
+    return samples;
+}
+
+}  // namespace
+
 TEST_F(StoreTest, TheNextRunGoesOnWhereTheLastOneEnded) {
     Ledger ledger(store->load(at(0)).value());
-    ledger.apply({sampleOf(1, "/usr/bin/ä", {10, 1}), sampleOf(2, "", {5, 0})}, at(1));
-    ASSERT_TRUE(store->append(ledger.takeChanges(at(1))));
+    write(ledger, {sampleOf(1, "/usr/bin/ä", {10, 1}), sampleOf(2, "", {5, 0})}, 1);
     TrafficSample renamed = sampleOf(2, "", {7, 7});
     renamed.application = std::make_shared<const ApplicationIdentity>(ApplicationIdentity{"", "kernel anew"});
     ledger.apply({renamed}, at(3));
@@ -48,9 +59,8 @@ TEST_F(StoreTest, EveryTotalUpToAMomentIsWhatWasCountedUntilThen) {
     std::map<Moment, std::vector<ApplicationRecord>> counted;
     for (int second = 1; second < 600; second += 1 + static_cast<int>(random() % 5)) {
         const int socketProtocol = std::array{6, 17, 132}[random() % 3];
-        ledger.apply({sampleOf(random() % 9, std::to_string(random() % 4), {1, 2}, false, socketProtocol)},
-                     at(second));
-        ASSERT_TRUE(store->append(ledger.takeChanges(at(second))));
+        write(ledger, {sampleOf(random() % 9, std::to_string(random() % 4), {1, 2}, false, socketProtocol)},
+              second);
         counted[at(second)] = ledger.applications();
         if (second % 100 == 50) {
             reopen();  // the store must know from the disk alone what it has written
@@ -77,14 +87,10 @@ TEST_F(StoreTest, EveryTotalUpToAMomentIsWhatWasCountedUntilThen) {
 
 TEST_F(StoreTest, OnlyAClassThatChangedGetsARow) {
     Ledger ledger(store->load(at(0)).value());
-    const auto move = [&](int socketProtocol, int second) {
-        ledger.apply({sampleOf(1, "/a", {1, 1}, true, socketProtocol)}, at(second));
-        ASSERT_TRUE(store->append(ledger.takeChanges(at(second))));
-    };
-    move(6, 1);
-    move(17, 2);
+    write(ledger, {sampleOf(1, "/a", {1, 1}, true, 6)}, 1);
+    write(ledger, {sampleOf(1, "/a", {1, 1}, true, 17)}, 2);
     reopen();
-    move(6, 3);
+    write(ledger, {sampleOf(1, "/a", {1, 1}, true, 6)}, 3);
 
     SQLite::Database database;
     ASSERT_TRUE(database.Open(path, SQLite::OpenMode::ReadOnly));
@@ -99,8 +105,7 @@ TEST_F(StoreTest, OnlyAClassThatChangedGetsARow) {
 TEST_F(StoreTest, TotalsDoNotSinkWhenTheClockIsSetBack) {
     Ledger ledger(store->load(at(0)).value());
     for (const int second : {100, 40, 101}) {
-        ledger.apply({sampleOf(1, "/a", {10, 0})}, at(second));
-        ASSERT_TRUE(store->append(ledger.takeChanges(at(second))));
+        write(ledger, {sampleOf(1, "/a", {10, 0})}, second);
         reopen();
     }
     const auto history = reader();
@@ -111,15 +116,10 @@ TEST_F(StoreTest, TotalsDoNotSinkWhenTheClockIsSetBack) {
 
 TEST_F(StoreTest, AClockThatWasAheadDoesNotHoldTheHistoryUp) {
     Ledger ledger(store->load(at(0)).value());
-    const auto move = [&](const std::string& path, int second) {
-        ledger.apply({sampleOf(1, path, {10, 0})}, at(second));
-        ASSERT_TRUE(store->append(ledger.takeChanges(at(second)))) << store->lastError();
-    };
-    move("/a", 1);
-    move("/a", 1'000'000);
-    move("/b", 1'000'001);
-    move("/b", 50);
-    move("/b", 60);
+    for (const auto& [application, second] :
+         {std::pair("/a", 1), {"/a", 1'000'000}, {"/b", 1'000'001}, {"/b", 50}, {"/b", 60}}) {
+        write(ledger, {sampleOf(1, application, {10, 0})}, second);
+    }
     const auto history = reader();
     for (const ApplicationId id : {1, allApplications}) {
         EXPECT_EQ(history->totalUpTo(id, {}, at(49)).received, 10);
@@ -129,21 +129,19 @@ TEST_F(StoreTest, AClockThatWasAheadDoesNotHoldTheHistoryUp) {
     EXPECT_EQ(history->totalUpTo({}, {}, at(60)).received, 50);
     EXPECT_EQ(history->totalUpTo({}, {}, at(2'000'000)).received, 50);
 
-    move("/b", -1'000);  // before the counting began: the clock is wrong now, not then
+    write(ledger, {sampleOf(1, "/b", {10, 0})},
+          -1'000);  // before the counting began: the clock is wrong now, not then
     EXPECT_EQ(history->totalUpTo({}, {}, at(59)).received, 40);
     EXPECT_EQ(history->totalUpTo({}, {}, at(60)).received, 60);
 }
 
 TEST_F(StoreTest, ACountThatBeganWithAClockAheadDoesNotWaitForItsBeginning) {
     constexpr int today = 80'000'000;  // of 2026
-    const auto move = [&](Ledger& ledger, int second) {
-        ledger.apply({sampleOf(1, "/a", {10, 0})}, at(second));
-        ASSERT_TRUE(store->append(ledger.takeChanges(at(second)))) << store->lastError();
-    };
+    const std::vector<TrafficSample> ten{sampleOf(1, "/a", {10, 0})};
     Ledger ahead(store->load(at(today + 30'000'000)).value());
-    move(ahead, today + 30'000'000);
-    move(ahead, today);
-    move(ahead, today + 100);
+    write(ahead, ten, today + 30'000'000);
+    write(ahead, ten, today);
+    write(ahead, ten, today + 100);
     EXPECT_EQ(reader()->totalUpTo({}, {}, at(today + 99)).received, 20);
     EXPECT_EQ(reader()->totalUpTo({}, {}, at(today + 100)).received, 30);
 
@@ -151,8 +149,8 @@ TEST_F(StoreTest, ACountThatBeganWithAClockAheadDoesNotWaitForItsBeginning) {
     const LedgerState state = store->load(at(today + 101)).value();
     EXPECT_EQ(state.totals.start, at(today));
     Ledger trusted(state);
-    move(trusted, today + 100'000);
-    move(trusted, today - 1'000);  // after a day of a right clock it is this one that is wrong
+    write(trusted, ten, today + 100'000);
+    write(trusted, ten, today - 1'000);  // after a day of a right clock it is this one that is wrong
     EXPECT_EQ(reader()->totalUpTo({}, {}, at(today + 100)).received, 30);
     EXPECT_EQ(reader()->totalUpTo({}, {}, at(today + 100'000)).received, 50);
 }
@@ -187,12 +185,8 @@ TEST_F(StoreTest, ABatchIsWrittenWholeOrNotAtAll) {
 
 TEST_F(StoreTest, AWipeLeavesNothingButTheIdsToGoOnWithAndGivesTheSpaceBack) {
     Ledger ledger(store->load(at(0)).value());
-    std::vector<TrafficSample> samples;
-    for (std::uint64_t key = 0; key < 5000; ++key) {
-        samples.push_back(sampleOf(key, "/" + std::to_string(key % 300), {1, 1}));
-    }
-    ledger.apply(samples, at(1));
-    ASSERT_TRUE(store->append(ledger.takeChanges(at(1))));
+    const auto samples = manySamples(5000, {1, 1});
+    write(ledger, samples, 1);
     reopen();  // brings the log into the database
     const auto sizeBefore = std::filesystem::file_size(path);
     const auto history = reader();
@@ -308,12 +302,8 @@ INSTANTIATE_TEST_SUITE_P(All, DamagedStoreTest,
 
 TEST_P(DamagedStoreTest, IsSetAsideWholeAndCountingBeginsAnew) {
     Ledger ledger(store->load(at(0)).value());
-    std::vector<TrafficSample> samples;
-    for (std::uint64_t key = 0; key < 2000; ++key) {
-        samples.push_back(sampleOf(key, "/" + std::to_string(key % 300), {10, 1}));
-    }
-    ledger.apply(samples, at(1));
-    ASSERT_TRUE(store->append(ledger.takeChanges(at(1))));
+    const auto samples = manySamples(2000, {10, 1});
+    write(ledger, samples, 1);
     reopen();  // brings the log into the database
     store.reset();
     damage();
@@ -327,8 +317,7 @@ TEST_P(DamagedStoreTest, IsSetAsideWholeAndCountingBeginsAnew) {
     ASSERT_EQ(setAside().size(), 1u);
     EXPECT_EQ(std::filesystem::file_size(setAside()[0]), size);
     Ledger anew(store->load(at(3)).value());
-    anew.apply({sampleOf(1, "/a", {10, 0})}, at(3));
-    EXPECT_TRUE(store->append(anew.takeChanges(at(3)))) << store->lastError();
+    write(anew, {sampleOf(1, "/a", {10, 0})}, 3);
     EXPECT_EQ(reader()->totalUpTo({}, {}, at(3)), anew.totals().counters.total());
     reopen();
     EXPECT_EQ(setAside().size(), 1u) << "the new one is sound";

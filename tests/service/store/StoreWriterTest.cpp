@@ -3,9 +3,6 @@
 
 #include <unistd.h>
 
-#include <atomic>
-#include <future>
-
 #include "tests/service/store/StoreFixture.h"
 
 namespace service {
@@ -44,59 +41,9 @@ class ErrorOutput {
 
 }  // namespace
 
-TEST_F(StoreWriterTest, WipesWithoutLosingWhatMovesMeanwhileOrLeavesAllAsItWas) {
-    Ledger ledger(store->load(at(0)).value());
-    std::promise<bool> ended[2];
-    std::atomic<int> wipes = 0;
-    auto writer =
-        std::make_unique<StoreWriter>(ledger, *store, [&](bool wiped) { ended[wipes++].set_value(wiped); });
-    const auto wipe = [&](std::promise<bool>& end) {
-        ledger.beginClearing(at(2));
-        ledger.apply({sampleOf(1, "/a", {10, 0})}, at(3));
-        writer->wipe();
-        return end.get_future().get();
-    };
-    ledger.apply({sampleOf(1, "/a", {100, 0})}, at(1));
-    interfere(breakWrites);
-    EXPECT_FALSE(wipe(ended[0]));
-    EXPECT_EQ(ledger.totals().counters.total().received, 110);
-    interfere(mendWrites);
-    EXPECT_TRUE(wipe(ended[1]));
-    EXPECT_EQ(ledger.totals().counters.total().received, 10);
-    EXPECT_EQ(reader()->totalUpTo({}, {}, Moment::max()).received, 10);
-    ledger.apply({sampleOf(1, "/a", {1, 0})}, at(4));
-    writer.reset();
-    EXPECT_EQ(reader()->totalUpTo({}, {}, Moment::max()).received, 11);
-}
-
-TEST_F(StoreWriterTest, WhatTheDiskDoesNotTakeFollowsLaterAndIsLoggedOnceEachWay) {
-    Ledger ledger(store->load(at(0)).value());
-    ErrorOutput log;
-    auto writer = std::make_unique<StoreWriter>(ledger, *store, [](bool) {});
-    interfere(breakWrites);
-    ledger.apply({sampleOf(1, "/a", {10, 0}, true)}, at(1));
-    writer->wake();
-    EXPECT_NE(log.readLine().find("waits until it can be written: broken on purpose"), std::string::npos);
-    ledger.apply({sampleOf(2, "/b", {5, 0})}, at(2));
-    writer->wake();  // may fail once more, of which nothing is said
-    interfere(mendWrites);
-    writer->wake();
-    EXPECT_NE(log.readLine().find("goes on; connections lost meanwhile: 0"), std::string::npos);
-
-    ledger.apply({sampleOf(2, "/b", {100, 0})}, at(3));
-    writer.reset();  // writes what is left
-    const auto history = reader();
-    EXPECT_EQ(history->totalUpTo({}, {}, Moment::max()).received, 115);
-    DaemonConnectionInfo info;
-    ASSERT_TRUE(history->connection(1, info)) << "it had left the ledger when the disk came back";
-    EXPECT_EQ(info.receivedBytes, 10);
-    EXPECT_TRUE(history->connection(2, info));
-}
-
 TEST_F(StoreWriterTest, WhatCannotBeDroppedIsLoggedOnceEachWayAndTheCountingGoesOn) {
     Ledger ledger(store->load(at(0)).value());
-    ledger.apply({sampleOf(1, "/a", {10, 0}, true)}, at(1));
-    ASSERT_TRUE(store->append(ledger.takeChanges(at(1))));
+    write(ledger, {sampleOf(1, "/a", {10, 0}, true)}, 1);
     LedgerChanges later;
     later.totals = ledger.totals();
     for (later.moment = at(60); later.moment < at(0) + std::chrono::days(9);

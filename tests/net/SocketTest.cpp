@@ -62,12 +62,15 @@ TEST(Socket, SendsAFramesPartsWithoutWaitingForAcknowledgements) {
     const Listener listener;
     const Net::Socket connecting(listener.address(), Net::Stream);
     const int peer = listener.accept();
-    const Net::Socket adopted(peer, listener.address());
-    int isOn = 0;
-    socklen_t length = sizeof isOn;
-    getsockopt(peer, IPPROTO_TCP, TCP_NODELAY, &isOn, &length);
-    EXPECT_NE(isOn, 0);
-    EXPECT_NE(fcntl(peer, F_GETFD) & FD_CLOEXEC, 0) << "a program started later must not hold the link";
+    {
+        const Net::Socket adopted(peer, listener.address());
+        int isOn = 0;
+        socklen_t length = sizeof isOn;
+        getsockopt(peer, IPPROTO_TCP, TCP_NODELAY, &isOn, &length);
+        EXPECT_NE(isOn, 0);
+        EXPECT_NE(fcntl(peer, F_GETFD) & FD_CLOEXEC, 0) << "a program started later must not hold the link";
+    }
+    EXPECT_EQ(fcntl(peer, F_GETFD), -1) << "it closes what it has adopted";
 }
 
 }  // namespace

@@ -100,33 +100,6 @@ TEST(LLNC_ClientConnection, TakesRepliesInAnyOrderAndTheLaterOfTwo) {
     EXPECT_EQ(connection.GetReply(first), nullptr);
 }
 
-TEST(LLNC_ClientConnection, PutsAReplyTogetherThatComesInPieces) {
-    LinkPeer peer(nullptr);
-    LLNC_ClientConnection connection(peer.address());
-    DaemonApplicationInfo sent;
-    sent.name = std::string(3000, 'n');
-    BinarySerializer body;
-    sent.SerializeTo(body);
-    MessageHeader header;
-    header.replyToId = 5;
-    header.dataSize = body.GetCurrentDataSize();
-    BinarySerializer frame;
-    header.SerializeTo(frame);
-    std::string bytes(frame.GetCurrentDataSize() + body.GetCurrentDataSize(), '\0');
-    frame.Read(bytes.data(), 20);
-    body.Read(bytes.data() + 20, static_cast<long>(bytes.size()) - 20);
-    std::size_t begin = 0;
-    for (const std::size_t end :
-         {std::size_t{1}, std::size_t{19}, std::size_t{21}, std::size_t{1043}, bytes.size()}) {
-        peer.send(bytes.substr(begin, end - begin));
-        std::this_thread::sleep_for(10ms);  // so that the reader meets the pieces one by one
-        begin = end;
-    }
-    DaemonApplicationInfo received;
-    EXPECT_TRUE(connection.WaitReply(5, received));
-    EXPECT_EQ(received.name, sent.name);
-}
-
 TEST(LLNC_ClientConnection, ShortAndHostileRepliesFailWithoutHarm) {
     LinkPeer peer(nullptr);
     LLNC_ClientConnection connection(peer.address());

@@ -49,6 +49,13 @@ TEST_F(DrawerTest, SlidesWhileItsContentKeepsItsWidthAndItsNeighbourGivesWayStea
     }
 }
 
+TEST_F(DrawerTest, TurnsBackWithoutSayingThatItArrived) {
+    m_Drawer->setOpen(true);
+    m_Drawer->setOpen(false);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !m_Drawer->isVisible(); }));
+    EXPECT_EQ(m_Told, "willOpen willClose didClose ");
+}
+
 TEST_F(DrawerTest, ListenersThatTurnItBackAtOnceAreObeyed) {
     QObject::connect(m_Drawer, &Drawer::willOpen, &m_Window, [this] { m_Drawer->setOpen(false); });
     m_Drawer->setOpen(true);

@@ -14,4 +14,5 @@ void DaemonTest::SetUp() {
     if (!hasPrivateNetwork) {
         GTEST_SKIP() << "this system does not allow a network namespace";
     }
+    begin();
 }

@@ -7,8 +7,7 @@
 
 /**
  * A test of what talks to the daemon through the shared connection. That is one per process and its port is fixed, so
- * every case runs in a process and a network of its own; where the system allows none, it is skipped, and a subclass's
- * `SetUp` does nothing.
+ * every case runs in a process and a network of its own; where the system allows none, it is skipped before it begins.
  */
 class DaemonTest : public testing::Test {
   public:
@@ -34,5 +33,8 @@ class DaemonTest : public testing::Test {
     }
 
   protected:
-    void SetUp() override;
+    void SetUp() final;
+
+    /** A subclass's own set-up. */
+    virtual void begin() {}
 };

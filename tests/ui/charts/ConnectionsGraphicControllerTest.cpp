@@ -84,11 +84,7 @@ std::shared_ptr<const ApplicationInfo> application(int id) {
 /** History windows on a scripted daemon. */
 class ConnectionsGraphicControllerTest : public DaemonTest {
   protected:
-    void SetUp() override {
-        DaemonTest::SetUp();
-        if (IsSkipped()) {
-            return;
-        }
+    void begin() override {
         // Where TZ does not name the zone, the C library makes it anew at every look, under a lock of its own that
         // ThreadSanitizer does not see.
         qputenv("TZ", "UTC");
@@ -399,13 +395,8 @@ TEST_F(ConnectionsGraphicControllerTest, SortsByHeadersAndMarksTheLifeOfTheSelec
         return std::pair(order.sortField, order.sortDirection);
     };
     EXPECT_EQ(lastOrder(), std::pair(7, 2));
-    const int clicks[][4] = {{4, 3, 1, 4}, {4, 3, 0, 4}, {4, 3, 2, -1},
-                             {4, 3, 1, 4}, {1, 0, 1, 1}, {0, 7, 2, -1}};
-    for (const auto& [column, field, direction, indicator] : clicks) {
-        emit table->horizontalHeader()->sectionClicked(column);
-        EXPECT_EQ(lastOrder(), std::pair(field, direction));
-        EXPECT_EQ(table->horizontalHeader()->sortIndicatorSection(), indicator);
-    }
+    emit table->horizontalHeader()->sectionClicked(4);
+    EXPECT_EQ(lastOrder(), std::pair(3, 1));
     const auto& selection = graphicOf(controller)->scene().selection;
     EXPECT_FALSE(selection.has_value());
     table->selectRow(4);

@@ -36,11 +36,7 @@ constexpr int configChangedEvent = 4;
 /** A sheet over settings in a folder of its own, on a scripted daemon with applications of the ids 0, 1, 2 ... */
 class PreferencesControllerTest : public DaemonTest {
   protected:
-    void SetUp() override {
-        DaemonTest::SetUp();
-        if (IsSkipped()) {
-            return;
-        }
+    void begin() override {
         m_Parent.show();
         m_Config = std::make_unique<ConfigStorage>(path("system").toStdString(), path("user").toStdString());
     }

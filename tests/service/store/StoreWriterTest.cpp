@@ -41,6 +41,30 @@ class ErrorOutput {
 
 }  // namespace
 
+TEST_F(StoreWriterTest, WhatTheDiskDoesNotTakeFollowsLaterAndIsLoggedOnceEachWay) {
+    Ledger ledger(store->load(at(0)).value());
+    ErrorOutput log;
+    auto writer = std::make_unique<StoreWriter>(ledger, *store, [](bool) {});
+    interfere(breakWrites);
+    ledger.apply({sampleOf(1, "/a", {10, 0}, true)}, at(1));
+    writer->wake();
+    EXPECT_NE(log.readLine().find("waits until it can be written: broken on purpose"), std::string::npos);
+    ledger.apply({sampleOf(2, "/b", {5, 0})}, at(2));
+    writer->wake();  // may fail once more, of which nothing is said
+    interfere(mendWrites);
+    writer->wake();
+    EXPECT_NE(log.readLine().find("goes on; connections lost meanwhile: 0"), std::string::npos);
+
+    ledger.apply({sampleOf(2, "/b", {100, 0})}, at(3));
+    writer.reset();  // writes what is left
+    const auto history = reader();
+    EXPECT_EQ(history->totalUpTo({}, {}, Moment::max()).received, 115);
+    DaemonConnectionInfo info;
+    ASSERT_TRUE(history->connection(1, info)) << "it had left the ledger when the disk came back";
+    EXPECT_EQ(info.receivedBytes, 10);
+    EXPECT_TRUE(history->connection(2, info));
+}
+
 TEST_F(StoreWriterTest, WhatCannotBeDroppedIsLoggedOnceEachWayAndTheCountingGoesOn) {
     Ledger ledger(store->load(at(0)).value());
     write(ledger, {sampleOf(1, "/a", {10, 0}, true)}, 1);

@@ -166,8 +166,8 @@ class News(unittest.TestCase):
         self.server.close()
         self.window.wait_until_gone("dialog", TITLE, REFRESH + PROMPT)
 
-    def test_the_session_can_end_the_program_amid_a_computation_and_while_the_dialog_is_up(self):
-        for begin in (lambda: self.window.open_charts(), self.start_cleaning):
+    def test_the_session_can_end_the_program_while_the_dialog_is_up_and_amid_a_computation(self):
+        for begin in (self.start_cleaning, lambda: self.window.open_charts()):
             self.start()
             begin()
             self.process.send_signal(signal.SIGTERM)

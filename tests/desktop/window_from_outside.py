@@ -15,9 +15,8 @@ import signal
 import subprocess
 import sys
 import time
-from pathlib import Path
 
-from setting import accessible, desktop
+from setting import Window, accessible, desktop
 
 import scripted_daemon
 import wire
@@ -52,24 +51,18 @@ def ten_values(record, first, last):
     return values | {first: date_text(record["startTime"]), last: date_text(record["endTime"])}
 
 
-class Visit:
+class Visit(Window):
     """One window and what is known of it. Every step ends the script when it does not see what it should."""
 
     def __init__(self, program, children):
         self.program = program
         self.records = scripted_daemon.few_applications()
-        self.process = children.start([program], env=os.environ | ENVIRONMENT)
+        super().__init__(children.start([program], env=os.environ | ENVIRONMENT))
         self.window = desktop.wait_for("The window", lambda: desktop.windows_of(self.process))[0]
-        self.element = desktop.wait_for("The window's elements", lambda: accessible.attempt(self._find_element))
-        self.table = accessible.tables(self.element)[0]
-
-    def _find_element(self):
-        frames = self.frames()
-        return frames[0] if frames and accessible.tables(frames[0]) else None
 
     def frames(self):
         """The windows that programs with this one's name show."""
-        programs = accessible.programs(Path(self.program).name)
+        programs = accessible.programs("nevtora-meter")
         frames = [frame for program in programs for frame in accessible.find_all(program, ["frame"])]
         return [frame for frame in frames if accessible.is_showing(frame)]
 
@@ -93,9 +86,6 @@ class Visit:
 
     def button(self, name):
         return accessible.find(self.element, "push button", name)
-
-    def press(self, name):
-        accessible.press(self.button(name))
 
     def values(self, panel):
         """The texts of the panel that carry a description, by it and without their unit."""

@@ -35,7 +35,6 @@ TEST(AxisLabels, NeitherOverlapNorLeaveTheViewAndAreNeverMissing) {
           Case{30 * day, 10 * day, 420, QLocale::Japanese}, Case{1000 * day, 1, 1600, QLocale::English},
           Case{50'000 * day, 1, 900, QLocale::Japanese}, Case{3540, 600, 130, QLocale::English}}) {
         int asked = 0;
-        int asked = 0;
         const AxisLabels labels(QFontMetricsF(QFont()), [&, language = language](double value) {
             ++asked;
             return date(value, language);

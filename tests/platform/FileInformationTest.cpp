@@ -54,15 +54,8 @@ TEST(FileInformation, AsksTheFileManagerWithAProperUriAndTheTokenOnce) {
 }
 
 TEST(FileInformation, TheFinderScriptHoldsThePathAsALiteral) {
-    EXPECT_EQ(FileInformation::finderScript("/Applications/%1 \\ \"quoted\".app").toStdString(),
-              "set posixPath to \"/Applications/%1 \\\\ \\\"quoted\\\".app\"\n"
-              "\n"
-              "set fileAlias to POSIX file posixPath as alias\n"
-              "\n"
-              "tell application \"Finder\"\n"
-              "\tactivate\n"
-              "\topen information window of fileAlias\n"
-              "end tell\n");
+    EXPECT_TRUE(FileInformation::finderScript("/Applications/%1 \\ \"quoted\".app")
+                    .contains("\"/Applications/%1 \\\\ \\\"quoted\\\".app\"\n"));
 }
 
 }  // namespace

@@ -2,9 +2,9 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Stands in for the daemon and checks every byte that a front end sends.
 
-    strict_daemon.py [--seconds N] [--port P] [-- COMMAND...]
+    strict_daemon.py [--seconds N] -- COMMAND...
 
-Listens on loopback, starts COMMAND if one is given, serves one front end for N seconds, tells it to end and ends with
+Listens on loopback, starts COMMAND, serves one front end for N seconds, tells it to end and ends with
 status 0. The first deviation from docs/wire.md ends it at once with a message and status 1. The front end's reader is
 tried meanwhile: replies come in shuffled order and in pieces that ignore where frames begin.
 """
@@ -144,8 +144,7 @@ def wait_for_front_end(listener, command):
     try:
         connection, _ = listener.accept()
     except TimeoutError:
-        status = command.poll() if command else None
-        raise wire.Deviation(f"no front end came in 30 s (command's status: {status})") from None
+        raise wire.Deviation(f"no front end came in 30 s (command's status: {command.poll()})") from None
     connection.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
     return connection
 
@@ -153,25 +152,22 @@ def wait_for_front_end(listener, command):
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--seconds", type=float, default=60)
-    parser.add_argument("--port", type=int, default=wire.PORT)
-    parser.add_argument("command", nargs="*")
+    parser.add_argument("command", nargs="+")
     arguments = parser.parse_args()
 
-    listener = socket.create_server(("127.0.0.1", arguments.port))
-    command = subprocess.Popen(arguments.command) if arguments.command else None
+    listener = socket.create_server(("127.0.0.1", wire.PORT))
+    command = subprocess.Popen(arguments.command)
     daemon = StrictDaemon()
     try:
         link = Link(wait_for_front_end(listener, command), daemon)
         receive_visit(link, daemon, arguments.seconds)
-        if command:
-            end_visit(link, daemon, command)
+        end_visit(link, daemon, command)
     except (wire.Deviation, OSError, subprocess.TimeoutExpired) as deviation:
         print(f"frame {daemon.next_frame}: {deviation}", file=sys.stderr)
         return 1
     finally:
-        if command:
-            command.kill()
-            command.wait()
+        command.kill()
+        command.wait()
     print(f"{daemon.next_frame} frames, all right; by type: {dict(sorted(daemon.seen.items()))}")
     return 0
 

@@ -60,17 +60,16 @@ class InterfaceStyleTest : public testing::TestWithParam<std::string> {
 };
 
 TEST_P(InterfaceStyleTest, TextReadsOnWhateverItStandsOn) {
-    const std::pair<Role, Role> pairs[] = {{Role::WindowText, Role::Window},
-                                           {Role::Text, Role::Base},
-                                           {Role::Text, Role::AlternateBase},
-                                           {Role::ButtonText, Role::Button},
-                                           {Role::PlaceholderText, Role::Window},
-                                           {Role::PlaceholderText, Role::AlternateBase},
-                                           {Role::ToolTipText, Role::ToolTipBase},
-                                           {Role::HighlightedText, Role::Highlight},
-                                           {Role::Link, Role::Window},
-                                           {Role::LinkVisited, Role::Window},
-                                           {Role::BrightText, Role::Window}};
+    struct Pair {
+        Role text, ground;
+    };
+    const std::initializer_list<Pair> pairs{
+        Pair{Role::WindowText, Role::Window},         Pair{Role::Text, Role::Base},
+        Pair{Role::Text, Role::AlternateBase},        Pair{Role::ButtonText, Role::Button},
+        Pair{Role::PlaceholderText, Role::Window},    Pair{Role::PlaceholderText, Role::AlternateBase},
+        Pair{Role::PlaceholderText, Role::Base},      Pair{Role::ToolTipText, Role::ToolTipBase},
+        Pair{Role::HighlightedText, Role::Highlight}, Pair{Role::Link, Role::Window},
+        Pair{Role::LinkVisited, Role::Window},        Pair{Role::BrightText, Role::Window}};
     const QPalette palette = InterfaceStyleTest::palette();
     for (const auto group : {QPalette::Active, QPalette::Inactive}) {
         for (const auto& [text, ground] : pairs) {
@@ -78,8 +77,6 @@ TEST_P(InterfaceStyleTest, TextReadsOnWhateverItStandsOn) {
                 << group << ' ' << text << " on " << ground;
         }
         EXPECT_GE(contrast(palette.color(group, Role::Text), InterfacePalette::tint(palette)), textContrast);
-        EXPECT_GE(contrast(palette.color(group, Role::PlaceholderText), palette.color(group, Role::Base)),
-                  textContrast);
     }
 }
 

@@ -5,12 +5,33 @@
 #include <optional>
 #include <semaphore>
 
+#include "protocol/MessageHeader.h"
 #include "service/server/FrameScanner.h"
 #include "service/server/LocalCalendar.h"
-#include "tests/service/server/RequestFrame.h"
 #include "tests/service/store/StoreFixture.h"
 
 namespace service {
+
+namespace {
+
+/** A request's whole frame. */
+template <class Request>
+std::vector<std::uint8_t> requestFrame(std::int32_t messageId, const Request& request) {
+    BinarySerializer body;
+    request.SerializeTo(body);
+    MessageHeader header;
+    header.messageId = messageId;
+    header.messageType = Request::MessageType;
+    header.dataSize = body.GetCurrentDataSize();
+    BinarySerializer frame;
+    header.SerializeTo(frame);
+    request.SerializeTo(frame);
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(frame.GetCurrentDataSize()));
+    frame.ReadData(bytes.data(), static_cast<int>(bytes.size()));
+    return bytes;
+}
+
+}  // namespace
 
 /** Everything that a session answers from, with a clock that the test sets. */
 class ClientSessionTest : public StoreFixture {

@@ -16,11 +16,12 @@ namespace {
 constexpr double day = 86400;
 
 TEST(HistoryGraphicMath, TheGridIsTheLongestUnitThatFitsAndStartsOverAtThousandDays) {
-    const std::pair<double, double> grids[] = {
-        {1, 1},         {9.99, 1},        {10, 10},   {599, 60},
-        {36000, 36000}, {day - 1, 36000}, {day, day}, {999.9 * day, 100 * day},
-        {1000 * day, 1}};
-    for (const auto& [span, grid] : grids) {
+    struct Case {
+        double span, grid;
+    };
+    for (const auto& [span, grid] :
+         {Case{1, 1}, Case{9.99, 1}, Case{10, 10}, Case{599, 60}, Case{36000, 36000}, Case{day - 1, 36000},
+          Case{day, day}, Case{999.9 * day, 100 * day}, Case{1000 * day, 1}}) {
         EXPECT_EQ(HistoryGraphicMath::gridStep(span), grid) << span;
     }
 }

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <map>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -29,23 +28,12 @@ Ledger newLedger(const DemoScene& of) {
     return Ledger(std::move(state));
 }
 
-std::string fingerprint(const DemoScene& of) {
-    std::ostringstream text;
+/** What the first month moves, to the byte. */
+Counters firstMonth(const DemoScene& of) {
     Ledger ledger = newLedger(of);
-    runDemoYear(of, ledger, [&](const LedgerChanges& changes) {
-        text << changes.moment.time_since_epoch().count();
-        for (const ApplicationRecord& application : changes.applications) {
-            const ByteCount total = application.counters.total();
-            text << ' ' << application.path << ' ' << total.received << ' ' << total.sent;
-        }
-        for (const ConnectionRecord& connection : changes.connections) {
-            text << ' ' << connection.id << ' ' << connection.start.time_since_epoch().count() << ' '
-                 << connection.bytes.received << ' ' << connection.remote.port << ' '
-                 << int{connection.remote.address.back()};
-        }
-        return changes.moment < of.present - days(330);  // a month tells seeds apart
-    });
-    return text.str();
+    runDemoYear(of, ledger,
+                [&](const LedgerChanges& changes) { return changes.moment < of.present - days(330); });
+    return ledger.totals().counters;
 }
 
 /** The year, lived through once for all tests. */
@@ -164,10 +152,10 @@ TEST_F(DemoYear, NightsAndWeekendsDifferAndApplicationsComeAndGo) {
 }
 
 TEST(DemoHistory, FollowsFromTheSeedAlone) {
-    EXPECT_EQ(fingerprint(scene), fingerprint(scene));
+    EXPECT_TRUE(firstMonth(scene) == firstMonth(scene));
     DemoScene other = scene;
     other.seed = 2;
-    EXPECT_NE(fingerprint(scene), fingerprint(other));
+    EXPECT_FALSE(firstMonth(scene) == firstMonth(other));
 }
 
 TEST(DemoHistory, FillsANewStoreAndLeavesAnOlderOneAlone) {

@@ -28,6 +28,14 @@ class RealDaemon:
         """Returns once it answers."""
         with open(self.log, "a") as log:
             self.process = subprocess.Popen(self.command, stderr=log, **self.process_options)
+        try:
+            self._wait_until_it_answers()
+        except BaseException:
+            self.end(signal.SIGKILL)
+            print(self.log.read_text())
+            raise
+
+    def _wait_until_it_answers(self):
         deadline = time.monotonic() + START_LIMIT
         while True:
             try:
@@ -35,9 +43,7 @@ class RealDaemon:
                     client.ask(wire.TOTAL_STATISTIC_INFO)
                 return
             except ConnectionRefusedError:
-                if self.process.poll() is not None or time.monotonic() > deadline:
-                    self.end(signal.SIGKILL)
-                    raise AssertionError(self.log.read_text()) from None
+                assert self.process.poll() is None and time.monotonic() < deadline, "it does not come up"
                 time.sleep(0.02)
 
     def end(self, how=signal.SIGTERM):

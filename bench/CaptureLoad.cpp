@@ -2,7 +2,7 @@
 // Loads that show what the capture costs: capture_load MODE ADDRESS PORT [NUMBER]...
 //
 //   receive A P             takes in streams and datagrams until its input ends
-//   stream A P S            sends as fast as it can for S seconds; tells bytes a second
+//   stream A P S            sends as fast as it can for S seconds; tells bytes a second, for each slot of time
 //   datagrams A P S SIZE    likewise, so many at a time that none is dropped; tells datagrams a second
 //   echo A P                sends back what connections bring, until its input ends
 //   live A P N ACTIVE S     opens N connections; each second for S seconds ACTIVE of them carry 1,000 bytes there and back
@@ -103,38 +103,58 @@ int connected(int type, const sockaddr_in& there) {
     untilInputEnds();
 }
 
+/** Tells what was done in each slot of time, as it ends: the moment of its end and how much a second. */
+class Meter {
+  public:
+    explicit Meter(double seconds)
+        : m_End(Clock::now() + std::chrono::duration_cast<Clock::duration>(Seconds(seconds))) {}
+
+    void add(double amount) { m_Amount += amount; }
+
+    bool goesOn() {
+        const auto now = Clock::now();
+        if (const Seconds length = now - m_SlotStart; length >= slot) {
+            std::printf("%.3f %.0f\n", Seconds(now.time_since_epoch()).count(), m_Amount / length.count());
+            std::fflush(stdout);
+            m_SlotStart = now;
+            m_Amount = 0;
+        }
+        return now < m_End;
+    }
+
+  private:
+    static constexpr Seconds slot{0.05};
+
+    const Clock::time_point m_End;
+    Clock::time_point m_SlotStart = Clock::now();
+    double m_Amount = 0;
+};
+
 void stream(const sockaddr_in& there, double seconds) {
     const int socket = connected(SOCK_STREAM, there);
     const std::vector<char> data(64 << 10);
-    double bytes = 0;
-    const auto start = Clock::now();
-    while (Seconds(Clock::now() - start).count() < seconds) {
-        bytes += check(::write(socket, data.data(), data.size()), "write");
+    Meter meter(seconds);
+    while (meter.goesOn()) {
+        meter.add(check(::write(socket, data.data(), data.size()), "write"));
     }
-    ::shutdown(socket, SHUT_WR);
-    char c;
-    ::read(socket, &c, 1) == 0 ? void() : std::exit(1);  // the other end has all
-    std::printf("%.0f\n", bytes / Seconds(Clock::now() - start).count());
 }
 
 void datagrams(const sockaddr_in& there, double seconds, std::size_t size) {
     const int socket = connected(SOCK_DGRAM, there);
     const std::vector<char> data(size);
-    double count = 0;
+    Meter meter(seconds);
     int outstanding = 0;
     char c;
-    const auto start = Clock::now();
-    while (Seconds(Clock::now() - start).count() < seconds) {
+    while (meter.goesOn()) {
         for (int i = 0; i < datagramsPerAcknowledgement; ++i) {
             check(::send(socket, data.data(), data.size(), 0), "send");
         }
-        count += datagramsPerAcknowledgement;
+        meter.add(datagramsPerAcknowledgement);
         if (++outstanding >= window) {
             check(::recv(socket, &c, 1, 0), "acknowledgement");
             --outstanding;
         }
     }
-    std::printf("%.0f\n", count / Seconds(Clock::now() - start).count());
 }
 
 [[noreturn]] void echo(const sockaddr_in& here) {

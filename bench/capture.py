@@ -32,6 +32,7 @@ FAR, LOOPBACK, PORT = "10.77.0.2", "127.77.0.1", "20000"
 KERNEL, UNKNOWN = "", "(unknown)"
 STATISTICS = Path("/proc/sys/kernel/bpf_stats_enabled")
 TICKS_PER_SECOND = os.sysconf("SC_CLK_TCK")
+SLOT = 0.05  # seconds, for which a load tells its rate
 PROCESSORS = sorted(os.sched_getaffinity(0))
 
 #        name                         address   offloads  load          least median of with/without
@@ -107,45 +108,67 @@ def nothing():
     yield
 
 
-def measure_loads(bench):
-    """Bytes or datagrams a second under each load."""
-    rates = []
-    for _, address, offloads, (mode, *words), _ in LOADS:
-        bench.network.near.set_offloads("far", offloads)
-        bench.network.far.set_offloads("near", offloads)
-        rates.append(float(bench.send(mode, address, PORT, bench.options.seconds, *words)))
-    return rates
-
-
 def start_receivers(bench):
     bench.start("far", "receiver", "receive", FAR, PORT)
     bench.start("near", "receiver", "receive", LOOPBACK, PORT)
 
 
+class Meter:
+    """A load that goes on, and how much it moves in a stretch of time."""
+
+    def __init__(self, bench, address, offloads, mode, *words):
+        bench.network.near.set_offloads("far", offloads)
+        bench.network.far.set_offloads("near", offloads)
+        command = bench.command("near", "sender", mode, address, PORT, 1000, *words)
+        self.load = subprocess.Popen(dying_with_us(command), stdout=subprocess.PIPE, text=True)
+        self.length = bench.options.seconds
+        self.stretches = []
+        time.sleep(self.length)
+
+    def take(self):
+        start = time.monotonic()
+        time.sleep(self.length)
+        self.stretches.append((start, time.monotonic()))
+
+    def rates(self):
+        """Of each stretch, the median of its slots; ends the load."""
+        self.load.terminate()
+        slots = [tuple(map(float, line.split())) for line in self.load.stdout.readlines()[:-1]]
+        self.load.wait()
+        return [
+            statistics.median(rate for end, rate in slots if start + SLOT <= end <= stop)
+            for start, stop in self.stretches
+        ]
+
+
+def ratios_with(monitor, meter, rounds):
+    """Of each stretch with the monitor to the mean of those before and after: what else the machine does drifts."""
+    meter.take()
+    for _ in range(rounds):
+        with monitor():
+            meter.take()
+        meter.take()
+    rates = meter.rates()
+    without = statistics.median(rates[::2])
+    return [2 * rates[i] / (rates[i - 1] + rates[i + 1]) for i in range(1, len(rates), 2)], without
+
+
 def throughput(bench):
     start_receivers(bench)
-    measure_loads(bench)  # warms up
-    monitors = {"capture": bench.capture}
+    monitors = {"nothing": nothing, "capture": bench.capture}
     if shutil.which("nethogs"):
         monitors["nethogs"] = bench.sniffer
     else:
         print("nethogs is not installed: nothing to compare with")
-    ratios = {name: [] for name in monitors}
-    for _ in range(bench.options.rounds):
-        for name, monitor in monitors.items():
-            # Without before and after: what else the machine does drifts.
-            before = measure_loads(bench)
-            with monitor():
-                during = measure_loads(bench)
-            after = measure_loads(bench)
-            ratios[name].append([2 * d / (b + a) for b, d, a in zip(before, during, after)])
-    print(f"throughput with a monitor / without, median (and least) of {bench.options.rounds} rounds")
-    for index, (load, *_, least) in enumerate(LOADS):
+    print(f"throughput with a monitor / without, median (and quarters) of {bench.options.rounds} rounds")
+    for load, address, offloads, (mode, *words), least in LOADS:
         columns = []
-        for name in monitors:
-            values = [row[index] for row in ratios[name]]
-            columns.append(f"{name} {statistics.median(values):.3f} ({min(values):.3f})")
-        print(f"  {load:28} {'   '.join(columns)}   wanted {least:.2f}   {before[index]:.3g}/s without")
+        for name, monitor in monitors.items():
+            meter = Meter(bench, address, offloads, mode, *words)
+            ratios, without = ratios_with(monitor, meter, bench.options.rounds)
+            low, median, high = statistics.quantiles(ratios, n=4)
+            columns.append(f"{name} {median:.3f} ({low:.2f} to {high:.2f})")
+        print(f"  {load:26} {'   '.join(columns)}   wanted {least:.2f}   {without:.3g}/s without", flush=True)
 
 
 def packet_programs(daemon):
@@ -170,7 +193,7 @@ def packets(bench):
                 bench.network.near.set_offloads("far", offloads)
                 bench.network.far.set_offloads("near", offloads)
                 old = packet_programs(daemon)
-                bench.send(mode, address, PORT, bench.options.seconds, *words)
+                bench.send(mode, address, PORT, 2, *words)
                 new = packet_programs(daemon)
                 costs = [
                     f"{name} {(new[name][0] - old[name][0]) / max(1, new[name][1] - old[name][1]):.0f}"
@@ -266,7 +289,7 @@ PARTS = (throughput, packets, live, short, mixed)
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--rounds", type=int, default=15)
-    parser.add_argument("--seconds", type=float, default=0.7, help="of each load")
+    parser.add_argument("--seconds", type=float, default=0.6, help="of each stretch of a load")
     parser.add_argument("--short-seconds", type=float, default=60)
     parser.add_argument("--mixed-seconds", type=float, default=600)
     parser.add_argument("programs", type=Path)

@@ -9,9 +9,9 @@
 
 #include "service/server/ByteBuffer.h"
 #include "service/server/ClientSession.h"
-#include "service/server/FileDescriptor.h"
 #include "service/server/FrameScanner.h"
 #include "service/server/Outbox.h"
+#include "service/system/FileDescriptor.h"
 
 namespace service {
 

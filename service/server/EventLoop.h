@@ -8,7 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "service/server/FileDescriptor.h"
+#include "service/system/FileDescriptor.h"
 
 namespace service {
 

@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "service/server/FileDescriptor.h"
 #include "service/server/ListenAddress.h"
+#include "service/system/FileDescriptor.h"
 
 namespace service {
 

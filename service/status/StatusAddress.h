@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "service/server/FileDescriptor.h"
+#include "service/system/FileDescriptor.h"
 
 namespace service {
 

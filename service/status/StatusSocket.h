@@ -6,8 +6,8 @@
 #include <string>
 
 #include "service/server/EventLoop.h"
-#include "service/server/FileDescriptor.h"
 #include "service/status/StatusAddress.h"
+#include "service/system/FileDescriptor.h"
 
 namespace service {
 

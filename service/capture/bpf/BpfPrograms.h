@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "service/capture/bpf/records.h"
-#include "service/server/FileDescriptor.h"
+#include "service/system/FileDescriptor.h"
 
 struct capture_bpf;
 struct bpf_link;

@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <map>
 
-#include "service/server/FileDescriptor.h"
+#include "service/system/FileDescriptor.h"
 #include "service/traffic/Clock.h"
 #include "tests/service/capture/LoopbackPair.h"
 #include "tests/support/PrivateNetwork.h"

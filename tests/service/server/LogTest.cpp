@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <array>
 
-#include "service/server/FileDescriptor.h"
+#include "service/system/FileDescriptor.h"
 
 namespace service {
 

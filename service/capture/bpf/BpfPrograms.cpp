@@ -158,9 +158,10 @@ bool BpfPrograms::attach(std::string& error) {
     // Owners first, then a look at the sockets that are older, then the counting: so nothing is counted
     // before its owner can be known.
     const bool attached =
-        attachEach(group, {programs.on_create, programs.on_release, programs.on_connect4,
-                           programs.on_connect6, programs.on_sendmsg4, programs.on_sendmsg6,
-                           programs.on_state, programs.on_destroy, programs.on_send, programs.on_receive}) &&
+        attachEach(group,
+                   {programs.on_create, programs.on_release, programs.on_connect4, programs.on_connect6,
+                    programs.on_sendmsg4, programs.on_sendmsg6, programs.on_state, programs.on_destroy,
+                    programs.on_nested_destroy, programs.on_send, programs.on_receive}) &&
         scanSockets() &&
         attachEach(group, {programs.on_egress, programs.on_ingress, programs.on_drop, programs.on_untold_drop,
                            programs.on_consume, programs.on_transmit});

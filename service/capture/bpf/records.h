@@ -119,11 +119,19 @@ struct handshake_key {
     __u16 unused[3];
 };
 
+/** What tells a packet from another one. */
+struct seen_packet {
+    __u64 place; /* in the kernel's memory */
+    __u32 length;
+    __u32 flags;
+};
+
 struct handshake {
     __u64 executable; /* the listener's */
     __u64 opened;
     struct amount received;
     struct amount sent;
+    struct seen_packet seen[2]; /* the latest, and the one before */
     __u16 domain;
     __u16 unused[3];
 };

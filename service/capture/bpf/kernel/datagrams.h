@@ -57,6 +57,7 @@ static __always_inline struct tracked_flow* flow_beside(struct socket_state* sta
     }
     ++state->new_flows;
     struct tracked_flow fresh = {};
+    fresh.flow.opened = bpf_ktime_get_ns();
     fresh.flow.ends = packet->ends;
     begin_flow(&fresh.flow, state, facts, direction);
     bpf_map_update_elem(&flows, &key, &fresh, BPF_NOEXIST);
@@ -69,7 +70,10 @@ static __always_inline void count_peer(struct socket_state* state, const struct 
                                        enum way way) {
     struct tracked_flow* flow = &state->flow;
     const __u8 direction = way == SENT ? DIRECTION_OUTPUT : DIRECTION_INPUT;
-    if (state->kind == KIND_PACKET || (flow->flow.id && !same_peer(&flow->flow, packet))) {
+    if (state->kind != KIND_PACKET && take_place(&flow->flow)) {
+        flow->flow.ends = packet->ends;
+        begin_flow(&flow->flow, state, facts, direction);
+    } else if (state->kind == KIND_PACKET || !same_peer(&flow->flow, packet)) {
         flow = flow_beside(state, facts, packet, direction);
         if (!flow) {
             LOSE(flows, 1);
@@ -80,9 +84,6 @@ static __always_inline void count_peer(struct socket_state* state, const struct 
         }
         flow->flow.executable = state->executable;
         flow->flow.grade = state->grade;
-    } else if (!flow->flow.id) {
-        flow->flow.ends = packet->ends;
-        begin_flow(&flow->flow, state, facts, direction);
     }
     count(&flow->flow, way, amount);
 }

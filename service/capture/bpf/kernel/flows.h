@@ -123,12 +123,20 @@ struct socket_facts {
     __u32 protocol;
 };
 
+/**
+ * Takes the place in a socket's storage for a flow that begins now; 0 when it is taken, maybe this very moment by
+ * another processor.
+ */
+static __always_inline int take_place(struct flow* flow) {
+    return !flow->opened && !__sync_val_compare_and_swap(&flow->opened, 0, bpf_ktime_get_ns());
+}
+
+/** Fills a place that was taken, `opened` and `ends` apart. */
 static __always_inline void begin_flow(struct flow* flow, const struct socket_state* state,
                                        const struct socket_facts* facts, __u8 direction) {
     flow->socket = state->id;
     flow->executable = state->executable;
     flow->grade = state->grade;
-    flow->opened = bpf_ktime_get_ns();
     flow->protocol = facts->protocol;
     flow->domain = facts->domain;
     flow->type = facts->type;

@@ -48,7 +48,23 @@ static __always_inline void leave_listener(struct socket_state* state) {
     state->grade = state->grade > OWNER_LIKELY ? OWNER_LIKELY : state->grade;
 }
 
-static __always_inline void take_handshake(struct socket_state* state, struct flow* flow) {
+/**
+ * Whether a packet was counted at the listener already. Of two packets that end a handshake at once the kernel shows
+ * both to the listener, makes the connection with the faster one, and then shows the slower one to that as well.
+ */
+static __noinline int was_at_listener(struct __sk_buff* skb, const struct handshake* handshake) {
+    struct packet packet = {};
+    const __u64 place = (__u64)kernel_address(skb);
+    if (!handshake || (handshake->seen[0].place != place && handshake->seen[1].place != place)) {
+        return 0;
+    }
+    const struct seen_packet* seen = &handshake->seen[handshake->seen[0].place != place];
+    return seen->length == skb->len && read_packet(skb, read_from_cgroup_skb, RECEIVED, &packet) &&
+           seen->flags == packet.tcp_flags;
+}
+
+static __always_inline void take_handshake(struct __sk_buff* skb, struct socket_state* state,
+                                           struct flow* flow, enum way way) {
     struct handshake_key key = {.listener = state->parent, .remote_port = flow->ends.remote_port};
     __builtin_memcpy(key.local, flow->ends.local, sizeof(key.local));
     __builtin_memcpy(key.remote, flow->ends.remote, sizeof(key.remote));
@@ -62,6 +78,9 @@ static __always_inline void take_handshake(struct socket_state* state, struct fl
         __sync_fetch_and_add(&flow->received.wire, handshake.received.wire);
         __sync_fetch_and_add(&flow->sent.wire, handshake.sent.wire);
         flow->opened = handshake.opened;
+        if (way == RECEIVED && was_at_listener(skb, &handshake)) {
+            flow->received.wire -= skb->len;
+        }
     }
 }
 
@@ -123,6 +142,10 @@ static __noinline int count_handshake(struct __sk_buff* skb, struct bpf_sock* sk
     }
     if (handshake) {
         add(way == SENT ? &handshake->sent : &handshake->received, &amount);
+        handshake->seen[1] = handshake->seen[0];
+        handshake->seen[0].place = (__u64)kernel_address(skb);
+        handshake->seen[0].length = skb->len;
+        handshake->seen[0].flags = packet.tcp_flags;
         return 0;
     }
     LOSE(handshakes, 1);
@@ -131,18 +154,20 @@ static __noinline int count_handshake(struct __sk_buff* skb, struct bpf_sock* sk
     return 0;
 }
 
-static __always_inline void begin_stream(struct __sk_buff* skb, struct bpf_sock* sk,
-                                         struct socket_state* state, enum way way) {
+/** Not inlined, to spare the stack of what `find_stream` calls besides. */
+static __noinline int begin_stream(struct __sk_buff* skb, struct bpf_sock* sk, struct socket_state* state,
+                                   enum way way) {
     struct flow* flow = &state->flow.flow;
     struct socket_facts facts = {.type = SOCK_STREAM, .domain = sk->family, .protocol = IPPROTO_TCP};
     ends_of(sk, version_of(skb), &flow->ends);
     begin_flow(flow, state, &facts, state->direction);
     if (state->parent) {
-        take_handshake(state, flow);
+        take_handshake(skb, state, flow, way);
     }
     if (!state->is_new) {
         leave_out_past(skb, sk, state, way);
     }
+    return 1;
 }
 
 /** Finds the flow of a packet that has none yet; 0 when it belongs to a handshake, and is counted there. */
@@ -151,14 +176,16 @@ static __noinline int find_stream(struct __sk_buff* skb, struct socket_state* st
     if (!sk) {
         return 0;
     }
-    if (state->kind == KIND_LISTENER) {
-        if (sk->state == TCP_LISTEN) {
-            count_handshake(skb, sk, state, way);
-            return 0;
-        }
-        leave_listener(state);
+    if (state->kind == KIND_LISTENER && sk->state == TCP_LISTEN) {
+        count_handshake(skb, sk, state, way);
+        return 0;
     }
-    begin_stream(skb, sk, state, way);
+    if (take_place(&state->flow.flow)) {
+        if (state->kind == KIND_LISTENER) {
+            leave_listener(state);
+        }
+        begin_stream(skb, sk, state, way);
+    }
     return 1;
 }
 
@@ -201,11 +228,24 @@ int BPF_PROG(on_state, struct sock* sk, int before, int after) {
     return 0;
 }
 
-SEC("tp_btf/tcp_destroy_sock")
-int BPF_PROG(on_destroy, struct sock* sk) {
+static __always_inline int end_stream(struct sock* sk) {
     struct socket_state* state = bpf_sk_storage_get(&sockets, sk, 0, 0);
     if (state) {
         end_flow(state, sk);
     }
     return 0;
+}
+
+SEC("tp_btf/tcp_destroy_sock")
+int BPF_PROG(on_destroy, struct sock* sk) {
+    return end_stream(sk);
+}
+
+/**
+ * Once more, because the kernel leaves out a program that it is just running on that processor, as when an interrupt
+ * ends another connection. This one finds its flow gone nearly always.
+ */
+SEC("tp_btf/tcp_destroy_sock")
+int BPF_PROG(on_nested_destroy, struct sock* sk) {
+    return end_stream(sk);
 }

@@ -2,7 +2,6 @@
 #include "service/capture/bpf/BpfPrograms.h"
 
 #include <bpf/bpf.h>
-#include <bpf/btf.h>
 #include <bpf/libbpf.h>
 #include <errno.h>
 #include <sys/random.h>
@@ -45,16 +44,6 @@ std::string reason() {
     }
     const std::string cause = std::strerror(errno);
     return firstWarning.empty() ? cause : cause + " (" + firstWarning + ")";
-}
-
-/** How many arguments a tracepoint of the running kernel passes; -1 when it has none of that name. */
-int tracepointArguments(const btf* types, const std::string& name) {
-    const int id = btf__find_by_name_kind(types, ("btf_trace_" + name).c_str(), BTF_KIND_TYPEDEF);
-    if (id < 0) {
-        return -1;
-    }
-    const btf_type* const pointer = btf__type_by_id(types, btf__type_by_id(types, id)->type);
-    return btf_vlen(btf__type_by_id(types, pointer->type)) - 1;  // the first one is not the tracepoint's own
 }
 
 /** Reads records from an iterator until it has no more. False with errno set when it failed in between. */
@@ -103,7 +92,7 @@ void BpfPrograms::Free::operator()(ring_buffer* ring) const {
     ring_buffer__free(ring);
 }
 
-std::unique_ptr<BpfPrograms> BpfPrograms::load(std::string& error) {
+std::unique_ptr<BpfPrograms> BpfPrograms::load(const KernelFeatures& features, std::string& error) {
     firstWarning.clear();
     libbpf_set_print(keepFirstWarning);
     capture_bpf* const skeleton = capture_bpf__open();
@@ -112,7 +101,7 @@ std::unique_ptr<BpfPrograms> BpfPrograms::load(std::string& error) {
         return nullptr;
     }
     std::unique_ptr<BpfPrograms> programs(new BpfPrograms(skeleton));
-    programs->leaveOutWhatKernelLacks();
+    programs->leaveOut(features);
     if (capture_bpf__load(skeleton) != 0) {
         error = "the kernel does not load the programs: " + reason();
         return nullptr;
@@ -131,22 +120,17 @@ BpfPrograms::BpfPrograms(capture_bpf* skeleton) : m_Skeleton(skeleton) {
 
 BpfPrograms::~BpfPrograms() = default;
 
-void BpfPrograms::leaveOutWhatKernelLacks() {
-    const std::unique_ptr<btf, decltype(&btf__free)> types(btf__load_vmlinux_btf(), btf__free);
-    if (!types) {
-        return;  // then nothing loads, which tells why
-    }
-    if (tracepointArguments(types.get(), "sock_send_length") < 0) {
+void BpfPrograms::leaveOut(const KernelFeatures& features) {
+    if (!features.tellsTransfers) {
         logLine(
             "bpf: this kernel does not tell who reads and writes; connections that one process accepts and "
             "another one serves are counted for the first");
-        bpf_program__set_autoload(m_Skeleton->progs.on_send, false);
-        bpf_program__set_autoload(m_Skeleton->progs.on_receive, false);
     }
-    constexpr int withReceiver = 4;
-    const bool tellsReceiver = tracepointArguments(types.get(), "kfree_skb") == withReceiver;
-    bpf_program__set_autoload(m_Skeleton->progs.on_drop, tellsReceiver);
-    bpf_program__set_autoload(m_Skeleton->progs.on_untold_drop, !tellsReceiver);
+    const auto& programs = m_Skeleton->progs;
+    bpf_program__set_autoload(programs.on_send, features.tellsTransfers);
+    bpf_program__set_autoload(programs.on_receive, features.tellsTransfers);
+    bpf_program__set_autoload(programs.on_drop, features.tellsReceiver);
+    bpf_program__set_autoload(programs.on_untold_drop, !features.tellsReceiver);
 }
 
 bool BpfPrograms::attach(std::string& error) {

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "service/capture/bpf/KernelFeatures.h"
 #include "service/capture/bpf/records.h"
 #include "service/system/FileDescriptor.h"
 
@@ -27,10 +28,10 @@ class BpfPrograms {
     using FlowVisitor = std::function<void(const flow&)>;
 
     /**
-     * Loads and attaches all programs that this kernel can run, after a look at the sockets that are there.
+     * Loads and attaches all programs that a kernel with `features` can run, after a look at the sockets that are there.
      * Null with the reason in `error` when the counting ones are not among them. Takes about 0.5 s.
      */
-    static std::unique_ptr<BpfPrograms> load(std::string& error);
+    static std::unique_ptr<BpfPrograms> load(const KernelFeatures& features, std::string& error);
 
     ~BpfPrograms();
     BpfPrograms(const BpfPrograms&) = delete;
@@ -68,7 +69,7 @@ class BpfPrograms {
 
     explicit BpfPrograms(capture_bpf* skeleton);
 
-    void leaveOutWhatKernelLacks();
+    void leaveOut(const KernelFeatures& features);
     bool attach(std::string& error);
     bool openTables(std::string& error);
 

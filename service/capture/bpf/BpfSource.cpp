@@ -68,8 +68,8 @@ bool isLate(const flow& reported) {
 
 }  // namespace
 
-std::unique_ptr<BpfSource> BpfSource::create(std::string& error) {
-    auto programs = BpfPrograms::load(error);
+std::unique_ptr<BpfSource> BpfSource::create(std::string& error, const KernelFeatures& features) {
+    auto programs = BpfPrograms::load(features, error);
     return programs ? std::unique_ptr<BpfSource>(new BpfSource(std::move(programs))) : nullptr;
 }
 

@@ -25,7 +25,8 @@ namespace service {
 class BpfSource : public TrafficSource {
   public:
     /** Null with the reason in `error` when this kernel, or this process, may not. */
-    static std::unique_ptr<BpfSource> create(std::string& error);
+    static std::unique_ptr<BpfSource> create(std::string& error,
+                                             const KernelFeatures& features = KernelFeatures::ofThisKernel());
 
     std::string_view name() const override { return "bpf"; }
     std::vector<TrafficSample> poll(Moment now) override;

@@ -2,9 +2,11 @@
 #include "service/capture/bpf/ControlGroups.h"
 
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <mntent.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 
 #include <cstdio>
 #include <cstring>
@@ -21,9 +23,12 @@ struct MountsCloser {
     void operator()(std::FILE* mounts) const { ::endmntent(mounts); }
 };
 
+/** Another file system may cover the mount, and its root may well have the same number. */
 bool isRoot(const FileDescriptor& group) {
+    struct statfs system {};
     struct stat status {};
-    return group.isValid() && ::fstat(group.get(), &status) == 0 && status.st_ino == rootInode;
+    return group.isValid() && ::fstatfs(group.get(), &system) == 0 && system.f_type == CGROUP2_SUPER_MAGIC &&
+           ::fstat(group.get(), &status) == 0 && status.st_ino == rootInode;
 }
 
 /** Where the control groups are mounted; invalid when that is nowhere to be seen, or only a part of them. */

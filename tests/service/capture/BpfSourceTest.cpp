@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <map>
@@ -30,11 +32,17 @@ class BpfSourceTest : public ::testing::Test {
         if (!enterPrivateNetwork()) {
             GTEST_SKIP() << "no network namespace can be made here";
         }
-        std::string error;
-        m_Source = BpfSource::create(error);
-        if (m_Source == nullptr) {
+        if (const std::string error = startSource({}); !m_Source) {
             GTEST_SKIP() << error;
         }
+    }
+
+    /** Another one, as on a kernel with these features; why there is none. */
+    std::string startSource(const KernelFeatures& features) {
+        std::string error;
+        m_Source.reset();
+        m_Source = BpfSource::create(error, features);
+        return error;
     }
 
     /**
@@ -92,6 +100,44 @@ TEST_F(BpfSourceTest, LeavesToTheKernelWhatTheKernelSays) {
         20 + 8 + datagram;  // the ICMP message, which comes back to the kernel as well
     EXPECT_GE(found.at(Direction::Undefined).moved.received, datagram + unreachable);
     EXPECT_GE(found.at(Direction::Undefined).moved.sent, unreachable);
+}
+
+/** Has a program at `path` read 5,000 bytes of a connection that this one accepted, answer with one, and wait. */
+void serveBy(const std::string& path, LoopbackPair& pair) {
+    std::filesystem::copy_file("/bin/bash", path, std::filesystem::copy_options::overwrite_existing);
+    if (::fork() == 0) {
+        ::dup2(pair.server(), STDIN_FILENO);
+        ::execl(path.c_str(), path.c_str(), "-c", "read -r -N 5000; echo -n k >&0; read -r", nullptr);
+        ::_exit(127);
+    }
+    char answer;
+    const std::string payload(5000, 'p');
+    ASSERT_EQ(::send(pair.client(), payload.data(), payload.size(), 0), 5000);
+    ASSERT_EQ(::recv(pair.client(), &answer, 1, 0), 1);
+}
+
+TEST_F(BpfSourceTest, CountsForWhoAcceptedWhereTheKernelDoesNotTellWhoReads) {
+    const std::string other = ::testing::TempDir() + "bpf_source_other_" + std::to_string(::getpid());
+    for (const bool tellsTransfers : {true, false}) {
+        startSource({.tellsTransfers = tellsTransfers});
+        LoopbackPair pair(AF_INET);
+        serveBy(other, pair);
+        auto found = pollFor(tellsTransfers ? other : ownPath(), pair.serverPort(), 5);
+        EXPECT_EQ(found[Direction::Input].payload, (ByteCount{5000, 1}));
+        pair.closeClient();
+        ::wait(nullptr);
+    }
+    std::filesystem::remove(other);
+}
+
+TEST_F(BpfSourceTest, CountsWhatComesInTimeWaitWhereTheKernelDoesNotTellForWhom) {
+    startSource({.tellsReceiver = false});
+    LoopbackPair pair(AF_INET);
+    LoopbackPair::move(pair.client(), pair.server(), payloadBytes);
+    pair.closeBoth();
+    auto found = pollFor(ownPath(), pair.serverPort());
+    EXPECT_EQ(found[Direction::Output].moved.received, found[Direction::Input].moved.sent);
+    EXPECT_EQ(found[Direction::Output].moved.sent, found[Direction::Input].moved.received);
 }
 
 }  // namespace

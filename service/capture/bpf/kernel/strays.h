@@ -74,6 +74,11 @@ int BPF_PROG(on_untold_drop, struct sk_buff* buffer, void* location, enum skb_dr
     return without_reason || is_for_nobody(reason) ? count_dropped(buffer, without_reason) : 0;
 }
 
+/** What the kernel says to other kernels, and to routers. */
+static __always_inline int is_control(const struct packet* packet) {
+    return is_icmp(packet) || packet->protocol == IPPROTO_IGMP;
+}
+
 /** Lets a program look at memory as it looks at the kernel's types: for the price of a load, not of a call. */
 extern void* bpf_rdonly_cast(void* memory, __u32 type) __ksym __weak;
 
@@ -94,23 +99,24 @@ static __always_inline __u8 next_protocol(const struct sk_buff* buffer, int is_i
 }
 
 /** By its first header's look alone: most packets are of no interest, and this is cheap. */
-static __always_inline int may_be_icmp(const struct sk_buff* buffer) {
+static __always_inline int may_be_control(const struct sk_buff* buffer) {
     const int is_ipv4 = buffer->protocol == bpf_htons(ETH_P_IP);
     const __u8 protocol = next_protocol(buffer, is_ipv4);
-    return is_ipv4 ? protocol == IPPROTO_ICMP : protocol == IPPROTO_ICMPV6 || is_extension(protocol);
+    return is_ipv4 ? protocol == IPPROTO_ICMP || protocol == IPPROTO_IGMP
+                   : protocol == IPPROTO_ICMPV6 || is_extension(protocol);
 }
 
-/** What the kernel has done with: among it are the ICMP messages that it takes itself. */
+/** What the kernel has done with: among it are the ICMP and IGMP messages that it takes itself. */
 SEC("tp_btf/consume_skb")
 int BPF_PROG(on_consume, struct sk_buff* buffer) {
     // What is sent has a socket, and what is forwarded did not come from the device that it is at now.
-    if (buffer->sk || !buffer->skb_iif || !is_ip(buffer->protocol) || !may_be_icmp(buffer)) {
+    if (buffer->sk || !buffer->skb_iif || !is_ip(buffer->protocol) || !may_be_control(buffer)) {
         return 0;
     }
     struct packet packet = {};
     __u32 length = 0;
     if (buffer->skb_iif != BPF_CORE_READ(buffer, dev, ifindex) ||
-        !read_stray(buffer, RECEIVED, &packet, &length) || !is_icmp(&packet) || is_echo_reply(&packet)) {
+        !read_stray(buffer, RECEIVED, &packet, &length) || !is_control(&packet) || is_echo_reply(&packet)) {
         return 0;
     }
     struct amount amount = stray_amount(&packet, length);
@@ -140,12 +146,12 @@ static __always_inline int is_stacked(const struct net_device* device) {
 }
 
 /**
- * Whether a packet is for a socket that is gone: an acknowledgement from TIME_WAIT, or maybe an IPv6 reset.
+ * Whether a packet has no socket that counts: an acknowledgement from TIME_WAIT, or maybe an IPv6 reset or a report of
+ * membership in a multicast group.
  */
-static __always_inline int may_be_for_past(const struct sk_buff* buffer, struct sock* sk) {
+static __always_inline int has_no_socket(const struct sk_buff* buffer, struct sock* sk) {
     // What another machine sent and this one forwards has no socket either, but a device that it came from.
-    return sk ? sk->__sk_common.skc_state == TCP_TIME_WAIT
-              : buffer->skb_iif == 0 && buffer->protocol == bpf_htons(ETH_P_IPV6);
+    return sk ? sk->__sk_common.skc_state == TCP_TIME_WAIT : buffer->skb_iif == 0;
 }
 
 /** Every packet that leaves: of interest are those that passed the control groups by. */
@@ -153,7 +159,7 @@ SEC("tp_btf/net_dev_start_xmit")
 int BPF_PROG(on_transmit, const struct sk_buff* buffer, const struct net_device* device) {
     struct sock* sk = buffer->sk;
     const int from_packet_socket = sk && sk->__sk_common.skc_family == AF_PACKET;
-    if ((!from_packet_socket && !may_be_for_past(buffer, sk)) || !is_ip(buffer->protocol) ||
+    if ((!from_packet_socket && !has_no_socket(buffer, sk)) || !is_ip(buffer->protocol) ||
         is_stacked(device)) {
         return 0;
     }
@@ -165,7 +171,10 @@ int BPF_PROG(on_transmit, const struct sk_buff* buffer, const struct net_device*
     struct amount amount = stray_amount(&packet, length);
     if (from_packet_socket) {
         count_frame(&packet, sk, &amount);
-    } else if (packet.protocol == IPPROTO_TCP && (sk || packet.tcp_flags & TCP_FLAG_RST)) {
+    } else if (!sk && is_control(&packet)) {
+        count_kernels(domain_of(&packet), packet.protocol, &amount, SENT);
+    } else if (packet.protocol == IPPROTO_TCP &&
+               (sk || (packet.version == 6 && packet.tcp_flags & TCP_FLAG_RST))) {
         count_late_or_kernels(&packet, BPF_CORE_READ(device, nd_net.net, ns.inum), &amount, SENT);
     }
     return 0;

@@ -9,7 +9,7 @@ wayland_packages=(qt6-wayland) # large, and of use only where there is no X serv
 # For a window on a machine without a display, read from outside.
 desktop_packages=(xvfb openbox dbus-daemon at-spi2-core python3-pyatspi xdotool)
 picture_packages=("${desktop_packages[@]}" imagemagick)
-test_packages=("${desktop_packages[@]}" libgtest-dev python3 iproute2)
+test_packages=("${desktop_packages[@]}" libgtest-dev python3 iproute2 nftables)
 
 say() { printf '==> %s\n' "$*"; }
 

@@ -126,6 +126,27 @@ def lacks_device(kind, name, *options):
     return find_out
 
 
+def lacks_translation():
+    """Of addresses."""
+    table = "add table ip probe; add chain ip probe probe { type nat hook output priority 0; }"
+    try:
+        made = subprocess.run(["unshare", "--net", "nft", table], capture_output=True, text=True)
+    except FileNotFoundError:
+        return "there is no nft"
+    if made.returncode:
+        return f"this kernel translates no addresses: {made.stderr.strip()}"
+
+
+def translating(end, hook, rule):
+    chain = f"add chain ip kinds kinds {{ type nat hook {hook} priority 0; }}"
+    rules = f"add table ip kinds; {chain}; add rule ip kinds kinds {rule}"
+    return lambda network: getattr(network, end).run("nft", rules)
+
+
+def translating_no_more(end):
+    return lambda network: getattr(network, end).run("nft", "delete table ip kinds")
+
+
 def set_offloads(enabled):
     def change(network):
         network.near.set_offloads("far", enabled)
@@ -227,6 +248,11 @@ KINDS = [
     tcp("MSG_ZEROCOPY", **both(method="zerocopy")),
     tcp("io_uring", lacks=lacks_io_uring, **both(method="uring")),
     tcp("io_uring by the kernel's workers", lacks=lacks_io_uring, **both(method="uring-async")),
+    tcp("io_uring that looks for requests by itself", lacks=lacks_io_uring, **both(method="uring-polled")),
+    Kind(
+        "TCP of servers that share a port",
+        [tcp_server(shared=1), tcp_server("another server", shared=1), tcp_client(count=20, request=5 * KILO)],
+    ),
     tcp(
         "TCP with offloads",
         cables=(Cable("far", "near", in_large_pieces=True),),
@@ -245,6 +271,14 @@ KINDS = [
     tcp("SCTP", lacks=lacks_socket(socket.SOCK_STREAM, SCTP, "SCTP"), **both(protocol=SCTP)),
     udp("UDP on connected sockets"),
     udp("UDP on unconnected sockets", client={"connected": 0}),
+    Kind(
+        "UDP on a socket that turns to another peer",
+        [udp_server(), udp_server("another server", address="10.64.0.9"), udp_client(next="10.64.0.9")],
+    ),
+    Kind(
+        "UDP of servers that share a port",
+        [udp_server(shared=1), udp_server("another server", shared=1), udp_client(flows=20, count=10)],
+    ),
     udp("UDP over IPv6", **both(address=V6)),
     udp("UDP over IPv4 in IPv6 sockets", {"address": "::"}, {"address": "::ffff:" + V4, "connected": 0}),
     udp("200 UDP flows", client={"flows": 200, "count": 5}),
@@ -297,14 +331,38 @@ KINDS = [
                 ),
             ],
             directions=False,
+            silent=("sender",) if "ring" in cooked else (),  # what lies in the frames cannot be seen
         )
-        for name, cooked in (("raw", {}), ("cooked", {"cooked": 1}))
+        for name, cooked in (("raw", {}), ("cooked", {"cooked": 1}), ("from a ring", {"ring": 1}))
     ),
     tcp("TCP over loopback", {"end": "near", "address": "127.77.0.1"}, {"address": "127.77.0.1"}, **LOOPBACK),
     tcp("TCP over IPv6 loopback", {"end": "near", "address": "fd77:1::1"}, {"address": "fd77:1::1"}, **LOOPBACK),
     udp("UDP over loopback", {"end": "near", "address": "127.77.0.1"}, {"address": "127.77.0.1"}, **LOOPBACK),
     tcp("TCP through a router", {"address": "10.79.0.2"}, {"address": "10.79.0.2"}, cables=(Cable("far", "router"),)),
     udp("UDP through a router", {"address": "10.79.0.2"}, {"address": "10.79.0.2"}, cables=(Cable("far", "router"),)),
+    *(
+        make(
+            f"{make.__name__.upper()} through a router that hides who asks",
+            {"address": "10.79.0.2"},
+            {"address": "10.79.0.2"},
+            cables=(Cable("far", "router"),),
+            lacks=lacks_translation,
+            prepare=translating("router", "postrouting", "oifname far masquerade"),
+            restore=translating_no_more("router"),
+        )
+        for make in (tcp, udp)
+    ),
+    *(
+        make(
+            f"{make.__name__.upper()} to an address that stands for another",
+            client={"address": "10.65.0.1"},
+            lacks=lacks_translation,
+            prepare=translating("near", "output", f"ip daddr 10.65.0.1 dnat to {V4}"),
+            restore=translating_no_more("near"),
+            directions=make is tcp,  # a datagram goes to the one address, and its reply comes from the other
+        )
+        for make in (tcp, udp)
+    ),
     Kind(
         "TCP in a tunnel of programs",
         [

@@ -11,6 +11,7 @@
 #include <netinet/tcp.h>
 #include <netinet/udp.h>
 #include <poll.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <array>
@@ -108,9 +109,30 @@ void ping(const Arguments& arguments) {
     report(tally);
 }
 
+namespace {
+
+/** Sends `packet` so many times from memory that it shares with the kernel, a frame at a time. */
+void sendFromRing(int socket, const sockaddr_ll& station, const std::string& packet, std::uint64_t count) {
+    tpacket_req layout{.tp_block_size = 4096, .tp_block_nr = 1, .tp_frame_size = 2048, .tp_frame_nr = 2};
+    check(::setsockopt(socket, SOL_PACKET, PACKET_TX_RING, &layout, sizeof layout), "PACKET_TX_RING");
+    void* const memory = ::mmap(nullptr, layout.tp_block_size, PROT_READ | PROT_WRITE, MAP_SHARED, socket, 0);
+    check(memory == MAP_FAILED ? -1 : 0, "mmap of a packet ring");
+    for (std::uint64_t i = 0; i < count; ++i) {
+        char* const frame = static_cast<char*>(memory) + i % layout.tp_frame_nr * layout.tp_frame_size;
+        packet.copy(frame + TPACKET_HDRLEN - sizeof(sockaddr_ll), packet.size());
+        auto* const header = reinterpret_cast<tpacket_hdr*>(frame);
+        header->tp_len = static_cast<unsigned>(packet.size());
+        header->tp_status = TP_STATUS_SEND_REQUEST;
+        check(::sendto(socket, nullptr, 0, 0, reinterpret_cast<const sockaddr*>(&station), sizeof station),
+              "send a ring's frame");
+    }
+}
+
+}  // namespace
+
 /**
  * "count" frames to the station "ether" behind "interface", with UDP of "size" bytes in them that the kernel's own
- * layers never see. "cooked": the kernel makes the frames' headers.
+ * layers never see. "cooked": the kernel makes the frames' headers. "ring": they lie in memory that it shares.
  */
 void packetSender(const Arguments& arguments) {
     const std::uint64_t size = arguments.number("size", 1000);
@@ -141,8 +163,14 @@ void packetSender(const Arguments& arguments) {
     packet.append(size, '\0');
 
     const int socket = check(::socket(AF_PACKET, isCooked ? SOCK_DGRAM : SOCK_RAW, 0), "socket");
+    const std::uint64_t count = arguments.number("count", 100);
+    if (arguments.number("ring")) {
+        sendFromRing(socket, station, packet, count);
+        report({0, count * size});
+        return;
+    }
     Tally tally;
-    for (std::uint64_t i = 0; i < arguments.number("count", 100); ++i) {
+    for (std::uint64_t i = 0; i < count; ++i) {
         check(::sendto(socket, packet.data(), packet.size(), 0, reinterpret_cast<const sockaddr*>(&station),
                        sizeof station),
               "send a frame");

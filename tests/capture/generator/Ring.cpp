@@ -22,7 +22,9 @@ std::atomic_ref<unsigned> counter(char* rings, unsigned offset) {
 
 }  // namespace
 
-Ring::Ring(bool byWorkers) : m_ByWorkers(byWorkers) {
+Ring::Ring(const std::string& method)
+    : m_ByWorkers(method == "uring-async"), m_IsPolled(method == "uring-polled") {
+    m_Layout.flags = m_IsPolled ? IORING_SETUP_SQPOLL : 0;
     m_Descriptor = static_cast<int>(check(::syscall(SYS_io_uring_setup, 1, &m_Layout), "io_uring_setup"));
     m_RingsSize = std::max(m_Layout.sq_off.array + m_Layout.sq_entries * sizeof(unsigned),
                            m_Layout.cq_off.cqes + m_Layout.cq_entries * sizeof(io_uring_cqe));
@@ -58,8 +60,8 @@ ssize_t Ring::run(unsigned char operation, int socket, const void* data, std::si
     m_Request->len = static_cast<std::uint32_t>(size);
     counter(m_Rings, m_Layout.sq_off.array) = 0;
     counter(m_Rings, m_Layout.sq_off.tail).fetch_add(1, std::memory_order_release);
-    check(::syscall(SYS_io_uring_enter, m_Descriptor, 1, 1, IORING_ENTER_GETEVENTS, nullptr, 0),
-          "io_uring_enter");
+    const unsigned flags = IORING_ENTER_GETEVENTS | (m_IsPolled ? IORING_ENTER_SQ_WAKEUP : 0);
+    check(::syscall(SYS_io_uring_enter, m_Descriptor, 1, 1, flags, nullptr, 0), "io_uring_enter");
     const unsigned head = counter(m_Rings, m_Layout.cq_off.head).load(std::memory_order_acquire);
     const unsigned mask = counter(m_Rings, m_Layout.cq_off.ring_mask);
     const int result = reinterpret_cast<const io_uring_cqe*>(m_Rings + m_Layout.cq_off.cqes)[head & mask].res;

@@ -5,14 +5,18 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <string>
 
 namespace traffic {
 
 /** An io_uring with one request at a time, by the bare system calls. */
 class Ring {
   public:
-    /** @param byWorkers a thread of the kernel's makes the calls, not the caller's own */
-    explicit Ring(bool byWorkers);
+    /**
+     * @param method "uring": the caller's own thread makes the calls; "uring-async": one of the kernel's workers;
+     * "uring-polled": a thread that looks for requests by itself
+     */
+    explicit Ring(const std::string& method);
     ~Ring();
 
     Ring(const Ring&) = delete;
@@ -26,6 +30,7 @@ class Ring {
     ssize_t run(unsigned char operation, int socket, const void* data, std::size_t size);
 
     const bool m_ByWorkers;
+    const bool m_IsPolled;
     int m_Descriptor;
     io_uring_params m_Layout{};
     char* m_Rings;  ///< both queues' heads and tails, and the completions

@@ -139,7 +139,7 @@ void sendStream(int socket, std::uint64_t bytes, const std::string& method) {
     } else if (method == "mmsg") {
         sendMany(socket, bytes);
     } else if (method.starts_with("uring")) {
-        Ring ring(method == "uring-async");
+        Ring ring(method);
         repeat(
             bytes, [&](std::size_t size) { return ring.send(socket, chunk.data(), size); }, "io_uring");
     } else {
@@ -152,7 +152,7 @@ void receiveStream(int socket, std::uint64_t bytes, const std::string& method) {
     if (method == "splice") {
         receiveSpliced(socket, bytes);
     } else if (method.starts_with("uring")) {
-        Ring ring(method == "uring-async");
+        Ring ring(method);
         repeat(
             bytes, [&](std::size_t size) { return ring.receive(socket, chunk.data(), size); }, "io_uring");
     } else {

@@ -8,7 +8,7 @@ namespace traffic {
 
 /**
  * Moves exactly `bytes` through a stream socket in the way that `method` names: "plain", "sendfile", "splice",
- * "zerocopy", "mmsg", "uring" or "uring-async" (by a worker of the kernel). Ways of sending that have no
+ * "zerocopy", "mmsg", or those of a `Ring`. Ways of sending that have no
  * counterpart receive plainly.
  */
 void sendStream(int socket, std::uint64_t bytes, const std::string& method);

@@ -79,7 +79,8 @@ int listenAt(const Arguments& arguments) {
     }
     const Endpoint here = Endpoint::of(arguments);
     const int listener = makeSocket(arguments, here.family());
-    setOption(listener, SOL_SOCKET, SO_REUSEADDR, 1, "SO_REUSEADDR");
+    setOption(listener, SOL_SOCKET, arguments.number("shared") ? SO_REUSEPORT : SO_REUSEADDR, 1,
+              "SO_REUSE...");
     if (here.family() == AF_INET6) {
         setOption(listener, IPPROTO_IPV6, IPV6_V6ONLY, 0, "IPV6_V6ONLY");
     }

@@ -49,7 +49,7 @@ int makeSocket(const Arguments& arguments, int family) {
     return socket;
 }
 
-/** Sends and receives in the way that "method" names: "plain", "mmsg", "uring", "uring-async". */
+/** Sends and receives in the way that "method" names: "plain", "mmsg", or those of a `Ring`. */
 class Datagrams {
   public:
     Datagrams(const Arguments& arguments, const Endpoint& server, int socket)
@@ -88,7 +88,7 @@ class Datagrams {
 
     ssize_t sendOne() {
         if (m_Method.starts_with("uring")) {
-            Ring ring(m_Method == "uring-async");
+            Ring ring(m_Method);
             return ring.send(m_Socket, m_Data.data(), m_Data.size());
         }
         return ::sendto(m_Socket, m_Data.data(), m_Data.size(), 0, m_IsConnected ? nullptr : m_Server.get(),
@@ -111,7 +111,7 @@ class Datagrams {
 
     CountAndBytes receiveOne() {
         if (m_Method.starts_with("uring")) {
-            Ring ring(m_Method == "uring-async");
+            Ring ring(m_Method);
             return {1, check(ring.receive(m_Socket, received.data(), received.size()), "io_uring receives")};
         }
         return {1, check(::recv(m_Socket, received.data(), received.size(), 0), "receive a datagram")};
@@ -218,12 +218,15 @@ void answer(int socket, int flags, Tally& tally) {
 
 }  // namespace
 
-/** Until its input ends. "group": joins it; "gro": takes super-packets. */
+/** Until its input ends. "group": joins it; "gro": takes super-packets; "shared": others may have the port too. */
 void udpServer(const Arguments& arguments) {
     const Endpoint here = Endpoint::of(arguments);
     const int socket = makeSocket(arguments, here.family());
     if (here.family() == AF_INET6 && !arguments.number("protocol")) {
         setOption(socket, IPPROTO_IPV6, IPV6_V6ONLY, 0, "IPV6_V6ONLY");
+    }
+    if (arguments.number("shared")) {
+        setOption(socket, SOL_SOCKET, SO_REUSEPORT, 1, "SO_REUSEPORT");
     }
     check(::bind(socket, here.get(), here.size), "bind");
     join(socket, arguments.text("group"));
@@ -244,7 +247,7 @@ void udpServer(const Arguments& arguments) {
 
 /**
  * "count" datagrams on each of "flows" sockets, which stay open. "wait": says ready when the first socket is made
- * and waits for input.
+ * and waits for input. "next": the address of another server, to which each turns afterwards.
  */
 void udpClient(const Arguments& arguments) {
     if (arguments.number("unlink")) {
@@ -268,6 +271,11 @@ void udpClient(const Arguments& arguments) {
             waitForInput();
         }
         tally += exchange(arguments, datagrams);
+        if (const std::string next = arguments.text("next"); !next.empty()) {
+            const Endpoint peer = Endpoint::of(next, arguments.number("port"));
+            check(::connect(socket, peer.get(), peer.size), "connect to another");
+            tally += exchange(arguments, datagrams);
+        }
     }
     report(tally);
 }

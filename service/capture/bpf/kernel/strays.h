@@ -124,6 +124,19 @@ int BPF_PROG(on_consume, struct sk_buff* buffer) {
     return 0;
 }
 
+/** Bytes in front of the IP header; of 64 bits, because the verifier takes no shorter ones for addresses. */
+static __always_inline __u64 link_header(const struct sk_buff* buffer) {
+    return buffer->head + buffer->network_header - buffer->data;
+}
+
+/**
+ * Whether a packet's IP header lies in pages that no program gets to read, as in a packet socket's ring of frames to
+ * send. To whom such a frame goes, and with what payload, nobody knows.
+ */
+static __always_inline int has_hidden_header(const struct sk_buff* buffer) {
+    return buffer->len - buffer->data_len < link_header(buffer) + IPV4_BYTES;
+}
+
 static __always_inline void count_frame(const struct packet* packet, struct sock* sk,
                                         const struct amount* amount) {
     struct socket_state* state = state_of(sk);
@@ -134,6 +147,11 @@ static __always_inline void count_frame(const struct packet* packet, struct sock
     }
     if (state->grade == OWNER_UNKNOWN) {
         note_heir(state, sk);  // it runs in the sender's context, unless the device's queue was full
+    }
+    if (!packet->ends.version) {
+        struct rest_key rest = rest_of(state->executable, AF_INET, 0, DIRECTION_UNDEFINED);
+        count_rest(&rest, amount, SENT);
+        return;
     }
     struct socket_facts facts = {.type = SOCK_RAW, .domain = domain_of(packet), .protocol = packet->protocol};
     count_peer(state, &facts, packet, amount, SENT);
@@ -165,16 +183,20 @@ int BPF_PROG(on_transmit, const struct sk_buff* buffer, const struct net_device*
     }
     struct packet packet = {};
     __u32 length = 0;
-    if (!read_stray(buffer, SENT, &packet, &length)) {
+    const int is_known = !has_hidden_header(buffer) && read_stray(buffer, SENT, &packet, &length);
+    if (!is_known && !from_packet_socket) {
         return 0;
     }
-    struct amount amount = stray_amount(&packet, length);
+    struct amount amount = {.wire = buffer->len - link_header(buffer)};
+    if (is_known) {
+        amount = stray_amount(&packet, length);
+    }
     if (from_packet_socket) {
         count_frame(&packet, sk, &amount);
     } else if (!sk && is_control(&packet)) {
         count_kernels(domain_of(&packet), packet.protocol, &amount, SENT);
     } else if (packet.protocol == IPPROTO_TCP &&
-               (sk || (packet.version == 6 && packet.tcp_flags & TCP_FLAG_RST))) {
+               (sk || (packet.ends.version == 6 && packet.tcp_flags & TCP_FLAG_RST))) {
         count_late_or_kernels(&packet, BPF_CORE_READ(device, nd_net.net, ns.inum), &amount, SENT);
     }
     return 0;

@@ -137,6 +137,7 @@ struct sk_buff {
     struct sock* sk;
     char cb[48];
     unsigned int len;
+    unsigned int data_len;
     int skb_iif;
     __be16 protocol;
     __u16 network_header;

@@ -9,9 +9,11 @@
 
 #include <array>
 #include <charconv>
+#include <cstdio>
 #include <cstdlib>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 namespace service {
 
@@ -46,6 +48,38 @@ bool isSameFile(const std::string& left, const std::string& right) {
     struct stat second {};
     return ::stat(left.c_str(), &first) == 0 && ::stat(right.c_str(), &second) == 0 &&
            first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+/** The number in the link text "mnt:[number]" of a mount namespace; 0 where it is not to be seen. */
+std::uint32_t mountNamespaceOf(const std::string& processFolder) {
+    std::array<char, 64> link{};
+    unsigned number = 0;
+    const ssize_t length = ::readlink((processFolder + "/ns/mnt").c_str(), link.data(), link.size() - 1);
+    return length > 0 && std::sscanf(link.data(), "mnt:[%u]", &number) == 1 ? number : 0;
+}
+
+/** What runs in a process; nothing when its executable is not to be seen or it has ended. */
+std::optional<Program> programIn(const std::string& processFolder) {
+    std::array<char, PATH_MAX> link;
+    struct stat file {};
+    const std::string executable = processFolder + "/exe";
+    const ssize_t length = ::readlink(executable.c_str(), link.data(), link.size());
+    if (length <= 0 || ::stat(executable.c_str(), &file) != 0) {
+        return std::nullopt;
+    }
+    std::string path(link.data(), static_cast<std::size_t>(length));
+    // The kernel's mark on an executable that was replaced, as by an update, while it runs.
+    constexpr std::string_view deletedMark = " (deleted)";
+    if (path.ends_with(deletedMark) && !isSameFile(path, executable)) {
+        path.resize(path.size() - deletedMark.size());
+    }
+    const std::size_t number = processFolder.rfind('/') + 1;
+    return Program{.path = std::move(path),
+                   .process = static_cast<pid_t>(std::atoi(processFolder.c_str() + number)),
+                   .device = file.st_dev,
+                   .inode = file.st_ino,
+                   .isApart = !isSameFile(processFolder + "/root", "/"),
+                   .mountNamespace = mountNamespaceOf(processFolder)};
 }
 
 }  // namespace
@@ -106,20 +140,8 @@ void SocketOwners::rememberProcess(const std::string& processFolder) {
 }
 
 std::shared_ptr<const ApplicationIdentity> SocketOwners::applicationOf(const std::string& processFolder) {
-    std::array<char, PATH_MAX> link;
-    const std::string executable = processFolder + "/exe";
-    const ssize_t length = ::readlink(executable.c_str(), link.data(), link.size());
-    if (length <= 0) {
-        return nullptr;
-    }
-    std::string path(link.data(), static_cast<std::size_t>(length));
-    // The kernel's mark on an executable that was replaced, as by an update, while it runs.
-    constexpr std::string_view deletedMark = " (deleted)";
-    if (path.ends_with(deletedMark) && !isSameFile(path, executable)) {
-        path.resize(path.size() - deletedMark.size());
-    }
-    const std::size_t number = processFolder.rfind('/') + 1;
-    return m_Names.identify(path, static_cast<pid_t>(std::atoi(processFolder.c_str() + number)));
+    const std::optional<Program> program = programIn(processFolder);
+    return program ? m_Names.applicationAt(m_Names.find(*program)) : nullptr;
 }
 
 }  // namespace service

@@ -3,8 +3,6 @@
 
 #include <unicode/unistr.h>
 
-#include <fstream>
-#include <string_view>
 #include <utility>
 
 namespace service {
@@ -21,62 +19,34 @@ std::string validUtf8(const std::string& bytes) {
     return text;
 }
 
-/** "/snap/NAME/REVISION/..." with "current", the link to the revision in use; any other path as it is. */
-std::string withoutSnapRevision(const std::string& path) {
-    constexpr std::string_view snaps = "/snap/";
-    if (!path.starts_with(snaps)) {
-        return path;
-    }
-    const std::size_t nameEnd = path.find('/', snaps.size());
-    const std::size_t revisionEnd = nameEnd == std::string::npos ? nameEnd : path.find('/', nameEnd + 1);
-    if (revisionEnd == std::string::npos) {
-        return path;
-    }
-    return path.substr(0, nameEnd) + "/current" + path.substr(revisionEnd);
-}
-
-/** ".../app/ID/ARCHITECTURE/BRANCH/COMMIT/files" with "active", the link to the commit in use. */
-std::filesystem::path withoutCommit(const std::filesystem::path& files) {
-    return files.parent_path().parent_path() / "active" / files.filename();
-}
-
 }  // namespace
 
 ApplicationNames::ApplicationNames(NamingPlaces places)
-    : m_Processes(places.processes),
+    : m_Finder(places.processes, places.root),
       m_DesktopNames(std::move(places)),
       m_NextRefresh(std::chrono::steady_clock::now() + refreshInterval) {}
 
-std::shared_ptr<const ApplicationIdentity> ApplicationNames::identify(const std::string& path,
-                                                                      pid_t process) {
+std::string ApplicationNames::find(const Program& program) {
+    return validUtf8(m_Finder.find(program));
+}
+
+std::shared_ptr<const ApplicationIdentity> ApplicationNames::applicationAt(const std::string& path) {
     refreshWhenDue();
-    const std::string onMachine = validUtf8(pathOnMachine(path, process));
-    auto& application = m_Known[onMachine];
+    auto& application = m_Known[path];
     if (!application) {
-        std::string name = validUtf8(m_DesktopNames.nameOf(onMachine));
-        if (name.empty()) {
-            name = onMachine.substr(onMachine.rfind('/') + 1);
-        }
-        application = std::make_shared<const ApplicationIdentity>(ApplicationIdentity{onMachine, name});
+        application = std::make_shared<const ApplicationIdentity>(ApplicationIdentity{path, nameOf(path)});
     }
     return application;
 }
 
-std::string ApplicationNames::pathOnMachine(const std::string& path, pid_t process) const {
-    return path.starts_with("/app/") ? flatpakFile(path, process) : withoutSnapRevision(path);
-}
-
-/** Where a file that a Flatpak sees below /app/ lies; `path` itself where its sandbox tells of none. */
-std::string ApplicationNames::flatpakFile(const std::string& path, pid_t process) const {
-    constexpr std::string_view inside = "/app/";
-    constexpr std::string_view key = "app-path=";
-    std::ifstream info(m_Processes / std::to_string(process) / "root/.flatpak-info");
-    for (std::string line; std::getline(info, line);) {
-        if (line.starts_with(key) && line.find("/app/") != std::string::npos) {
-            return withoutCommit(line.substr(key.size())) / path.substr(inside.size());
-        }
+std::string ApplicationNames::nameOf(const std::string& path) const {
+    const std::string file = path.substr(path.rfind('/') + 1);
+    if (path.starts_with('/')) {
+        const std::string name = validUtf8(m_DesktopNames.nameOf(path));
+        return name.empty() ? file : name;
     }
-    return path;
+    const std::string place = path.substr(0, path.find('/'));
+    return place.ends_with(':') ? file + " (" + place.substr(0, place.size() - 1) + ")" : file + " " + place;
 }
 
 void ApplicationNames::refreshWhenDue() {

@@ -29,10 +29,6 @@ std::string folderKey(const fs::path& folder) {
     return "folder " + folder.string();
 }
 
-std::string fileNameKey(const fs::path& file) {
-    return "file name " + file.filename().string();
-}
-
 std::string flatpakKey(const std::string& id) {
     return "flatpak " + id;
 }
@@ -41,14 +37,29 @@ std::string snapKey(const std::string& name) {
     return "snap " + name;
 }
 
-/** True for "python3 tool.py", "flatpak run ...", "sh -c ...": the entry is not the first word's own. */
+/** Whether a program is there to run others, whatever version stands behind its name. */
+bool isInterpreter(const fs::path& program) {
+    constexpr std::array<std::string_view, 33> names{
+        "awk",   "bash",    "busybox", "dash",   "deno",  "electron", "env",  "fish", "flatpak",
+        "gjs",   "guile",   "java",    "julia",  "ksh",   "lua",      "mono", "node", "nodejs",
+        "perl",  "php",     "pkexec",  "python", "qml",   "ruby",     "sh",   "snap", "sudo",
+        "tclsh", "toolbox", "wine",    "wish",   "xterm", "zsh"};
+    const std::string name = program.filename();
+    const std::size_t end = name.find_last_not_of("0123456789.");
+    return std::ranges::find(names, std::string_view(name).substr(0, end + 1)) != names.end();
+}
+
+/** Whether nothing but files to open follows the program. */
+bool isPlain(const std::vector<std::string>& words) {
+    return words.size() == 1 || words[1].starts_with('%');
+}
+
+/**
+ * True for "python3 -u tool.py", "flatpak run ...", "terminal -e tool": the entry is not the first word's own.
+ */
 bool startsAnotherProgram(const std::vector<std::string>& words) {
-    if (words.size() < 2 || words[1].starts_with('%')) {
-        return false;
-    }
-    constexpr std::array<std::string_view, 4> programOptions{"-c", "-e", "-m", "-jar"};
-    return !words[1].starts_with('-') ||
-           std::find(programOptions.begin(), programOptions.end(), words[1]) != programOptions.end();
+    return !isPlain(words) && (isInterpreter(words.front()) || !words[1].starts_with('-') ||
+                               std::ranges::find(words, "-e") != words.end());
 }
 
 /** A folder where programs of many applications lie, such as /usr/bin, /usr/libexec, /usr/lib/x86_64-linux-gnu. */
@@ -56,6 +67,13 @@ bool isShared(const fs::path& folder) {
     constexpr std::array<std::string_view, 7> names{"bin", "sbin", "games", "lib", "lib64", "libexec", ""};
     const std::string name = folder.filename();
     return std::find(names.begin(), names.end(), name) != names.end() || name.ends_with("-linux-gnu");
+}
+
+/** Whether a folder is one of `packageFolders` or below. */
+bool isBelow(const fs::path& folder, const std::vector<fs::path>& packageFolders) {
+    return std::ranges::any_of(packageFolders, [&folder](const fs::path& packages) {
+        return folder.string().starts_with(packages.string() + "/");
+    });
 }
 
 /** The part of a path behind a first occurrence of `folder`; empty when it does not occur. */
@@ -70,8 +88,10 @@ std::string partBehind(const std::string& path, std::string_view folder) {
 
 /** The key of the package whose file this is, "" for a file of the system. */
 std::string packageKey(const std::string& path) {
-    if (const std::string flatpak = partBehind(path, "/flatpak/app/"); !flatpak.empty()) {
-        return flatpakKey(flatpak);
+    for (const std::string_view flatpaks : {"/var/lib/flatpak/app/", "/.local/share/flatpak/app/"}) {
+        if (const std::string flatpak = partBehind(path, flatpaks); !flatpak.empty()) {
+            return flatpakKey(flatpak);
+        }
     }
     const bool isSnap = path.starts_with("/snap/") || path.starts_with("/var/lib/snapd/snap/");
     return isSnap ? snapKey(partBehind(path, "/snap/")) : "";
@@ -91,12 +111,8 @@ std::string DesktopNames::nameOf(const fs::path& path) const {
     if (const std::string package = packageKey(path.string()); !package.empty()) {
         return find(package);
     }
-    std::string name = find(fileKey(path));
-    if (name.empty() && !isShared(path.parent_path())) {
-        name = find(folderKey(path.parent_path()));
-        name = name.empty() ? find(fileNameKey(path)) : name;
-    }
-    return name;
+    const std::string name = find(fileKey(path));
+    return name.empty() ? find(folderKey(path.parent_path())) : name;
 }
 
 bool DesktopNames::refresh() {
@@ -164,27 +180,45 @@ void DesktopNames::enter(const DesktopEntry& entry, bool isMain) {
         if (findProgram(entry.tryProgram).empty()) {
             return;  // an entry whose program is not installed
         }
-        if (entry.command.empty() || entry.tryProgram != entry.command.front()) {
+        if (!isInterpreter(entry.tryProgram) && !isStarted(entry.tryProgram, entry.command)) {
             enterProgram(entry.name, entry.tryProgram, rankOfOptions);
         }
     }
     if (!entry.command.empty() && !startsAnotherProgram(entry.command)) {
-        const bool isPlain = entry.command.size() == 1 || entry.command[1].starts_with('%');
-        enterProgram(entry.name, entry.command.front(), isPlain ? 0 : rankOfOptions);
+        enterProgram(entry.name, entry.command.front(), isPlain(entry.command) ? 0 : rankOfOptions);
     }
+}
+
+/** Whether a program is the first one that a command starts, however the two are written. */
+bool DesktopNames::isStarted(const fs::path& program, const std::vector<std::string>& command) const {
+    std::error_code none;
+    return !command.empty() && fs::equivalent(findProgram(program), findProgram(command.front()), none);
 }
 
 void DesktopNames::enterProgram(const std::string& name, const fs::path& program, int rank) {
     const fs::path file = findProgram(program);
     std::error_code none;
     const fs::path target = fs::canonical(file, none);
-    claim(fileNameKey(program), {name, rank});
-    for (const fs::path& path : {file, target}) {
-        const int rankThere = rank + (path == file ? 0 : rankOfLinks);
-        if (!path.empty()) {
-            claim(fileKey(path), {name, rankThere});
-            claim(folderKey(path.parent_path()), {name, rankThere});
+    enterFile(name, file, rank);
+    if (!isInterpreter(target)) {  // which a link may lead to as well
+        enterFile(name, target, rank + rankOfLinks);
+    }
+    // Maybe a script: /usr/bin/chromium starts /usr/lib/chromium/chromium.
+    if (std::ranges::find(m_Places.launcherFolders, target.parent_path()) != m_Places.launcherFolders.end()) {
+        for (const fs::path& packages : m_Places.packageFolders) {
+            claim(fileKey(packages / target.filename() / target.filename()), {name, rank + rankOfLinks});
         }
+    }
+}
+
+/** Claims a file, and its folder where that is an application's own. */
+void DesktopNames::enterFile(const std::string& name, const fs::path& file, int rank) {
+    if (file.empty()) {
+        return;
+    }
+    claim(fileKey(file), {name, rank});
+    if (isBelow(file.parent_path(), m_Places.packageFolders) && !isShared(file.parent_path())) {
+        claim(folderKey(file.parent_path()), {name, rank});
     }
 }
 

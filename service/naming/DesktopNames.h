@@ -25,9 +25,10 @@ class DesktopNames {
 
     /**
      * The name that an entry gives to the executable at `path`: one that starts this file, or another of its
-     * folder when that is an application's own (/opt/browser, not /usr/bin), or a file of the same name that
-     * such a folder holds. For a program of a Flatpak or Snap, whose files `path` shows, the package's own.
-     * Empty when there is none.
+     * folder when that is an application's own (/opt/browser, not /usr/bin and not a user's Downloads). A
+     * script among the system's programs is taken to start the file of its name in the folder of its name
+     * (/usr/bin/browser that of /usr/lib/browser/browser). For a program of a Flatpak or Snap, whose files
+     * `path` shows, the package's own. Empty when there is none.
      */
     std::string nameOf(const std::filesystem::path& path) const;
 
@@ -48,7 +49,9 @@ class DesktopNames {
     void readEntries();
     void readFolder(const std::filesystem::path& folder, std::set<std::filesystem::path>& seen);
     void enter(const DesktopEntry& entry, bool isMain);
+    bool isStarted(const std::filesystem::path& program, const std::vector<std::string>& command) const;
     void enterProgram(const std::string& name, const std::filesystem::path& program, int rank);
+    void enterFile(const std::string& name, const std::filesystem::path& file, int rank);
     void claim(const std::string& key, const Claim& claim);
 
     /** The file that a command's first word means; empty when there is none. */

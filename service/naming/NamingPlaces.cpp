@@ -72,8 +72,13 @@ NamingPlaces NamingPlaces::ofThisMachine() {
         add(places.entryFolders, std::filesystem::path(data) / "applications");
     }
     add(places.entryFolders, "/var/lib/snapd/desktop/applications");
-    addList(places.programFolders, "/usr/local/bin:/usr/bin:/bin:/usr/local/sbin:/usr/sbin:/sbin:/usr/games",
-            "");
+    for (const char* const programs :
+         {"/usr/local/bin", "/usr/bin", "/bin", "/usr/local/sbin", "/usr/sbin", "/sbin", "/usr/games"}) {
+        add(places.programFolders, programs);
+        add(places.launcherFolders, programs);
+    }
+    addList(places.packageFolders,
+            "/usr/lib:/usr/lib64:/usr/libexec:/usr/share:/usr/local/lib:/usr/local/share:/opt", "");
     places.languages = languagesOf(localeOfMessages());
     return places;
 }

@@ -106,6 +106,12 @@ std::unique_ptr<BpfPrograms> BpfPrograms::load(const KernelFeatures& features, s
         error = "the kernel does not load the programs: " + reason();
         return nullptr;
     }
+    bpf_test_run_opts once{};
+    once.sz = sizeof(once);
+    if (bpf_prog_test_run_opts(bpf_program__fd(skeleton->progs.note_root), &once) != 0) {
+        error = "the programs can't be run: " + reason();
+        return nullptr;
+    }
     if (!programs->attach(error) || !programs->openTables(error)) {
         return nullptr;
     }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "service/capture/bpf/ExecutableNames.h"
 
+#include <sys/sysmacros.h>
+
 #include <algorithm>
 #include <cstring>
 #include <string_view>
@@ -31,6 +33,17 @@ std::string pathOf(const executable& entry) {
     return path;
 }
 
+Program programOf(const executable& entry) {
+    constexpr unsigned minorBits = 20;
+    const unsigned minor = entry.device & ((1u << minorBits) - 1);
+    return {.path = pathOf(entry),
+            .process = static_cast<pid_t>(entry.process),
+            .device = ::makedev(entry.device >> minorBits, minor),
+            .inode = entry.inode,
+            .isApart = entry.root != 0,
+            .mountNamespace = entry.mount_namespace};
+}
+
 }  // namespace
 
 ExecutableNames::ExecutableNames(BpfPrograms& programs) : m_Programs(programs) {}
@@ -42,33 +55,31 @@ Identity ExecutableNames::applicationOf(std::uint64_t number) {
     if (m_Programs.countedLosses().executables != m_Refused) {
         makeRoomInKernel();
     }
-    Known* const known = number == EXECUTABLE_UNKNOWN ? nullptr : find(number);
-    if (known == nullptr) {
-        return unknownApplication();
-    }
-    Identity application = m_Names.identify(known->path, known->process);
-    known->path = application->path;  // so that it stays when the process has ended
-    return application;
+    const std::string path = number == EXECUTABLE_UNKNOWN ? "" : find(number);
+    return path.empty() ? unknownApplication() : m_Names.applicationAt(path);
 }
 
-ExecutableNames::Known* ExecutableNames::find(std::uint64_t number) {
-    const auto position = m_Known.find(number);
-    if (position != m_Known.end()) {
-        return &position->second;
+std::string ExecutableNames::find(std::uint64_t number) {
+    const auto known = m_Known.find(number);
+    if (known != m_Known.end()) {
+        return known->second;
     }
     const std::optional<executable> entry = m_Programs.findExecutable(number);
-    if (!entry || entry->length == 0) {
-        return nullptr;
+    return entry && entry->length != 0 ? keep(number, *entry) : "";
+}
+
+const std::string& ExecutableNames::keep(std::uint64_t number, const executable& entry) {
+    const auto [position, isNew] = m_Known.try_emplace(number);
+    if (isNew) {
+        position->second = m_Names.find(programOf(entry));
     }
-    return &m_Known.try_emplace(number, Known{pathOf(*entry), static_cast<pid_t>(entry->process)})
-                .first->second;
+    return position->second;
 }
 
 void ExecutableNames::makeRoomInKernel() {
     m_Refused = m_Programs.countedLosses().executables;
-    m_Programs.takeExecutables([this](std::uint64_t number, const executable& entry) {
-        m_Known.try_emplace(number, Known{pathOf(entry), static_cast<pid_t>(entry.process)});
-    });
+    m_Programs.takeExecutables(
+        [this](std::uint64_t number, const executable& entry) { keep(number, entry); });
 }
 
 }  // namespace service

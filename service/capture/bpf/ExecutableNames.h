@@ -24,20 +24,16 @@ class ExecutableNames {
     std::shared_ptr<const ApplicationIdentity> applicationOf(std::uint64_t number);
 
   private:
-    struct Known {
-        std::string path;
-        pid_t process = 0;  ///< that ran it and tells of its sandbox
-    };
-
     /** Takes all names over when the kernel has no room for more; they are some 200 bytes each here. */
     void makeRoomInKernel();
 
-    /** Null when the kernel has no such name. */
-    Known* find(std::uint64_t number);
+    /** Where an executable lies; "" when the kernel has no such name. */
+    std::string find(std::uint64_t number);
+    const std::string& keep(std::uint64_t number, const executable& entry);
 
     BpfPrograms& m_Programs;
     ApplicationNames m_Names;
-    std::unordered_map<std::uint64_t, Known> m_Known;
+    std::unordered_map<std::uint64_t, std::string> m_Known;  ///< where they lie
     std::uint64_t m_Refused = 0;  ///< names that the kernel had no room for, when it was last made
 };
 

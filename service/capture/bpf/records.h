@@ -136,12 +136,14 @@ struct handshake {
     __u16 unused[3];
 };
 
-/** A program's file, kept under the hash of its path and mount namespace. */
+/** A program's file, kept under the hash of its path and of where that path begins. */
 struct executable {
-    __u32 process; /* one that ran it */
-    __u32 mount_namespace;
-    __u32 length; /* of `path` in use */
-    __u32 unused;
+    __u64 root;            /* 0: the machine's root; else the mount namespace, by a number never used again */
+    __u64 inode;           /* of the file */
+    __u32 device;          /* likewise, as the kernel writes it: 12 bits and 20 */
+    __u32 mount_namespace; /* as /proc numbers it */
+    __u32 process;         /* one that ran it */
+    __u32 length;          /* of `path` in use */
     char path[PATH_BYTES + COMPONENT_BYTES]; /* names, the file's own first, each with its NUL */
 };
 

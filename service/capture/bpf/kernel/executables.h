@@ -88,7 +88,7 @@ static long hash_word(__u32 index, struct path_hash* hashing) {
 static __always_inline __u64 hash_path(struct executable* out, __u32 bench) {
     const __u64 zero = 0;
     struct path_hash hashing = {
-        .hash = path_seed ^ ((__u64)out->mount_namespace << 32 | out->length),
+        .hash = path_seed ^ (out->root << 32 | out->length),
         .bench = bench,
     };
     const __u32 length = out->length < PATH_BYTES ? out->length : PATH_BYTES;
@@ -104,11 +104,35 @@ static __always_inline void image_of(struct task_struct* task, struct image* ima
     image->started = task->group_leader->start_boottime;
 }
 
+static __always_inline __u64 lasting_number(struct mnt_namespace* mounts) {
+    return bpf_core_field_exists(mounts->ns.ns_id) ? BPF_CORE_READ(mounts, ns.ns_id)
+                                                   : BPF_CORE_READ(mounts, seq);
+}
+
+/**
+ * Where paths of `task` begin: of a service with a /tmp of its own at the machine's root all the same, of a
+ * container elsewhere.
+ */
+static __always_inline __u64 root_of(struct task_struct* task) {
+    struct dentry* root = BPF_CORE_READ(task, fs, root.dentry);
+    return (__u64)root == machine_root ? 0 : lasting_number(BPF_CORE_READ(task, nsproxy, mnt_ns));
+}
+
+/** Run once by the daemon, whose root is the machine's. */
+SEC("syscall")
+int note_root(void* context) {
+    machine_root = (__u64)BPF_CORE_READ(bpf_get_current_task_btf(), fs, root.dentry);
+    return 0;
+}
+
 /** Finds out what `task` runs, keeps it in `executables` and returns its key there. */
 static __always_inline __u64 keep_executable(struct task_struct* task, struct file* file,
                                              struct executable* out, __u32 bench) {
     out->process = BPF_CORE_READ(task, tgid);
     out->mount_namespace = BPF_CORE_READ(task, nsproxy, mnt_ns, ns.inum);
+    out->root = root_of(task);
+    out->inode = BPF_CORE_READ(file, f_path.dentry, d_inode, i_ino);
+    out->device = BPF_CORE_READ(file, f_path.dentry, d_sb, s_dev);
     out->length = walk_path(task, file, bench);
     __u64 hash = hash_path(out, bench);
     if (bpf_map_lookup_elem(&executables, &hash)) {

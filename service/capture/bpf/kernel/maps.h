@@ -158,6 +158,7 @@ const volatile __u64 path_seed = 0; /* so that nobody can make a path with the h
 
 __u32 scan_pass = SCAN_OWNERS;
 __u64 next_id = 1;
+__u64 machine_root = 0; /* a dentry's address; set before any hook is attached */
 struct losses losses = {};
 struct occupancy occupancy = {}; /* set to zero by the daemon before each reading */
 

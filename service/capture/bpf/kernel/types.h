@@ -14,9 +14,19 @@ struct qstr {
     const unsigned char* name;
 };
 
+struct super_block {
+    __u32 s_dev;
+};
+
+struct inode {
+    unsigned long i_ino;
+};
+
 struct dentry {
     struct dentry* d_parent;
     struct qstr d_name;
+    struct inode* d_inode;
+    struct super_block* d_sb;
 };
 
 struct vfsmount {
@@ -48,10 +58,12 @@ struct mm_struct {
 
 struct ns_common {
     unsigned int inum;
+    __u64 ns_id; /* from Linux 6.18 on */
 };
 
 struct mnt_namespace {
     struct ns_common ns;
+    __u64 seq; /* before */
 };
 
 struct nsproxy {

@@ -35,7 +35,14 @@ CaptureChoice makeBpfSource(const std::string& reason) {
 
 CaptureChoice makeBestSource() {
     CaptureChoice best = makeBpfSource("it sees most");
-    return best.source ? std::move(best) : makeDiagSource(best.reason);
+    if (best.source) {
+        return best;
+    }
+    CaptureChoice next = makeDiagSource(best.reason);
+    if (!next.source) {
+        next.reason = best.reason + "; " + next.reason;
+    }
+    return next;
 }
 
 CaptureChoice makeSource(CaptureMode mode) {

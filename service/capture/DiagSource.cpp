@@ -118,6 +118,7 @@ void DiagSource::enterDump(Moment now) {
         logLine("diag: sockets can't be read, counting goes on when they can: ", error);
     }
     m_DumpFailing = failing;
+    m_FailedDumps += failing ? 1 : 0;
     m_Connections.enterDump(reports, whole, now);
 }
 
@@ -132,6 +133,22 @@ void DiagSource::enterNotices(Moment now) {
             "diag: more connections ended than there was room to note; the short ones among them are lost");
     }
     m_NoticesLost = !complete;
+    m_LossesOfNotices += complete ? 0 : 1;
+}
+
+std::vector<StatusLine> DiagSource::status() const {
+    std::vector<StatusLine> lines;
+    if (!m_Notices) {
+        lines.push_back({"ends not told", "the last second of each connection is lost"});
+    }
+    if (const std::uint64_t count = m_FailedDumps; count != 0) {
+        lines.push_back({"sockets not read", std::to_string(count) + " times"});
+    }
+    if (const std::uint64_t count = m_LossesOfNotices; count != 0) {
+        lines.push_back(
+            {"no room for ends", std::to_string(count) + " times; some short connections are lost"});
+    }
+    return lines;
 }
 
 }  // namespace service

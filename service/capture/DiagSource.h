@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -29,6 +31,7 @@ class DiagSource : public TrafficSource {
 
     std::string_view name() const override { return "diag"; }
     std::vector<TrafficSample> poll(Moment now) override;
+    std::vector<StatusLine> status() const override;
 
   private:
     /** @param notices subscribed to the notices of destroyed sockets; null where that was refused */
@@ -43,6 +46,10 @@ class DiagSource : public TrafficSource {
     SocketOwners m_Owners;
     bool m_DumpFailing = false;  ///< the latest poll's dump failed; logged when that begins
     bool m_NoticesLost = false;  ///< likewise for notices that the kernel dropped
+
+    // What has gone wrong since the start, for any thread to read.
+    std::atomic<std::uint64_t> m_FailedDumps = 0;
+    std::atomic<std::uint64_t> m_LossesOfNotices = 0;
 };
 
 }  // namespace service

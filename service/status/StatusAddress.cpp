@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/socket.h>
 
+#include <cerrno>
 #include <filesystem>
 
 namespace service {
@@ -14,7 +15,11 @@ StatusAddress::StatusAddress(const std::string& databasePath) {
     FileDescriptor opened(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     const std::string path =
         "/proc/self/fd/" + std::to_string(opened.get()) + "/" + file.filename().string() + ".status";
-    if (!opened.isValid() || path.size() >= sizeof(m_Address.sun_path)) {
+    if (!opened.isValid()) {
+        return;
+    }
+    if (path.size() >= sizeof(m_Address.sun_path)) {
+        errno = ENAMETOOLONG;
         return;
     }
     m_Address.sun_family = AF_UNIX;

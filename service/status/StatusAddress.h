@@ -15,7 +15,7 @@ namespace service {
  */
 class StatusAddress {
   public:
-    /** Check with `isValid` whether the folder is there. */
+    /** Check with `isValid` whether the folder is there and the file's name short enough; if not, errno tells. */
     explicit StatusAddress(const std::string& databasePath);
 
     bool isValid() const { return m_Folder.isValid(); }

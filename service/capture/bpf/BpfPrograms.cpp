@@ -17,6 +17,7 @@
 
 #include "capture.skel.h"
 #include "service/capture/bpf/ControlGroups.h"
+#include "service/capture/bpf/Refusal.h"
 #include "service/log/Log.h"
 
 namespace service {
@@ -39,11 +40,7 @@ int keepFirstWarning(libbpf_print_level level, const char* format, va_list argum
 }
 
 std::string reason() {
-    if (errno == EPERM) {
-        return "it takes root, or CAP_BPF, CAP_PERFMON and CAP_NET_ADMIN";
-    }
-    const std::string cause = std::strerror(errno);
-    return firstWarning.empty() ? cause : cause + " (" + firstWarning + ")";
+    return whyRefused(errno, firstWarning);
 }
 
 /** Reads records from an iterator until it has no more. False with errno set when it failed in between. */
@@ -55,6 +52,9 @@ bool readRecords(const bpf_link* table, const Visit& visit) {
     for (;;) {
         char* const start = reinterpret_cast<char*>(records.data());
         const ssize_t length = ::read(stream.get(), start + filled, records.size() * sizeof(Record) - filled);
+        if (length < 0 && errno == EAGAIN) {
+            continue;  // it had nothing to tell of a million of entries, and wants to be asked for the others
+        }
         if (length <= 0) {
             return length == 0;
         }
@@ -65,6 +65,24 @@ bool readRecords(const bpf_link* table, const Visit& visit) {
         }
         filled -= whole * sizeof(Record);
         std::memmove(start, start + whole * sizeof(Record), filled);
+    }
+}
+
+/** How many entries a table has; the count of one that changes meanwhile may be off. */
+std::uint64_t entriesOf(const bpf_map* table) {
+    constexpr std::size_t batch = 4096;
+    std::vector<char> keys(batch * bpf_map__key_size(table));
+    std::vector<char> values(batch * bpf_map__value_size(table));
+    std::uint64_t sum = 0;
+    __u64 position = 0;
+    for (void* from = nullptr;; from = &position) {
+        __u32 count = batch;
+        const int failed = bpf_map_lookup_batch(bpf_map__fd(table), from, &position, keys.data(),
+                                                values.data(), &count, nullptr);
+        sum += failed == 0 || errno == ENOENT ? count : 0;
+        if (failed != 0) {
+            return sum;
+        }
     }
 }
 
@@ -215,16 +233,24 @@ void BpfPrograms::readEvents(const FlowVisitor& visit) {
 
 void BpfPrograms::readTables(const FlowVisitor& visit) {
     m_Skeleton->bss->occupancy = {};
+    m_ReadingFailure.clear();
     readFlows(m_Sockets, visit);
     readFlows(m_Flows, visit);
     forgetHandshakes();
-    m_Occupancy = m_Skeleton->bss->occupancy;
     readFlows(m_Rests, visit);
+    m_Occupancy = m_Skeleton->bss->occupancy;
+}
+
+template <class Record, class Visit>
+void BpfPrograms::readTable(const Link& table, const Visit& visit) {
+    if (!readRecords<Record>(table.get(), visit)) {
+        m_ReadingFailure = std::strerror(errno);
+    }
 }
 
 void BpfPrograms::readFlows(const Link& table, const FlowVisitor& visit) {
     std::vector<flow> ended;
-    readRecords<flow>(table.get(), [&](const flow& reported) {
+    readTable<flow>(table, [&](const flow& reported) {
         visit(reported);
         if (reported.ended != 0 && &table == &m_Flows) {
             ended.push_back(reported);
@@ -247,7 +273,7 @@ void BpfPrograms::forgetEnded(const flow& ended) {
 
 void BpfPrograms::forgetHandshakes() {
     std::vector<handshake_key> old;
-    readRecords<handshake_key>(m_Handshakes.get(), [&](const handshake_key& key) { old.push_back(key); });
+    readTable<handshake_key>(m_Handshakes, [&](const handshake_key& key) { old.push_back(key); });
     for (const handshake_key& key : old) {
         bpf_map__delete_elem(m_Skeleton->maps.handshakes, &key, sizeof(key), 0);
     }
@@ -270,11 +296,33 @@ void BpfPrograms::takeExecutables(const std::function<void(__u64 hash, const exe
         if (bpf_map__delete_elem(table, &hash, sizeof(hash), 0) != 0) {
             return;
         }
+        __atomic_fetch_sub(&m_Skeleton->bss->names, 1, __ATOMIC_RELAXED);
     }
 }
 
 const losses& BpfPrograms::countedLosses() const {
     return m_Skeleton->bss->losses;
+}
+
+__u64 BpfPrograms::keptExecutables() const {
+    return __atomic_load_n(&m_Skeleton->bss->names, __ATOMIC_RELAXED);
+}
+
+std::uint64_t BpfPrograms::countPasts() const {
+    return entriesOf(m_Skeleton->maps.pasts);
+}
+
+std::uint64_t BpfPrograms::countMissedCalls() const {
+    std::uint64_t sum = 0;
+    bpf_program* program = nullptr;
+    bpf_object__for_each_program(program, m_Skeleton->obj) {
+        bpf_prog_info info{};
+        __u32 size = sizeof(info);
+        const bool isTold = bpf_program__autoload(program) &&
+                            bpf_obj_get_info_by_fd(bpf_program__fd(program), &info, &size) == 0;
+        sum += isTold ? info.recursion_misses : 0;
+    }
+    return sum;
 }
 
 }  // namespace service

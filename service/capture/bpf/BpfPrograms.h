@@ -55,6 +55,18 @@ class BpfPrograms {
     const occupancy& tableOccupancy() const { return m_Occupancy; }
     const losses& countedLosses() const;
 
+    /** Why the latest reading of the tables brought not all of it; mostly "". */
+    const std::string& readingFailure() const { return m_ReadingFailure; }
+
+    /** How many executables the kernel has in its table, which has room for MAX_EXECUTABLES. */
+    __u64 keptExecutables() const;
+
+    /** How many flows that ended are remembered, of MAX_PASTS. Takes some ms; on any thread. */
+    std::uint64_t countPasts() const;
+
+    /** Calls that the kernel left out because they would have interrupted the same program. Some 20 us. */
+    std::uint64_t countMissedCalls() const;
+
   private:
     struct Unload {
         void operator()(capture_bpf* skeleton) const;
@@ -76,6 +88,8 @@ class BpfPrograms {
     /** Leaves out those that were not loaded; false with errno set. */
     bool attachEach(const FileDescriptor& group, std::initializer_list<const bpf_program*> programs);
     bool scanSockets() const;
+    template <class Record, class Visit>
+    void readTable(const Link& table, const Visit& visit);
     void readFlows(const Link& table, const FlowVisitor& visit);
     void forgetEnded(const flow& ended);
     void forgetHandshakes();
@@ -89,6 +103,7 @@ class BpfPrograms {
     Link m_Rests;
     Link m_Handshakes;
     occupancy m_Occupancy{};
+    std::string m_ReadingFailure;
 };
 
 }  // namespace service

@@ -15,9 +15,9 @@ namespace service {
 
 namespace {
 
-std::uint64_t monotonicNow() {
+std::uint64_t sinceBoot() {
     timespec now{};
-    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    ::clock_gettime(CLOCK_BOOTTIME, &now);
     return static_cast<std::uint64_t>(now.tv_sec) * 1'000'000'000 + static_cast<std::uint64_t>(now.tv_nsec);
 }
 
@@ -38,7 +38,7 @@ std::string ofRoom(__u64 taken, __u64 room) {
 }
 
 /** What went wrong, as far as anything did. */
-std::vector<StatusLine> linesOf(const losses& lost) {
+std::vector<StatusLine> linesOf(const losses& lost, std::uint64_t missedCalls) {
     std::vector<StatusLine> lines;
     const auto add = [&lines](const char* name, __u64 count, const char* meaning) {
         if (count != 0) {
@@ -53,6 +53,7 @@ std::vector<StatusLine> linesOf(const losses& lost) {
     add("no room for a name", lost.executables, " times");
     add("in nobody's hands", lost.strangers, " sockets, counted for the unknown application");
     add("not understood", lost.packets, " packets");
+    add("left out by the kernel", missedCalls, " calls of a program that was at work on the same processor");
     return lines;
 }
 
@@ -78,7 +79,7 @@ BpfSource::BpfSource(std::unique_ptr<BpfPrograms> programs)
 
 std::vector<TrafficSample> BpfSource::poll(Moment now) {
     m_Now = now;
-    m_Monotonic = monotonicNow();
+    m_SinceBoot = sinceBoot();
     m_ClosingNext.clear();
     const auto enter = [this](const flow& reported) { this->enter(reported); };
     m_Programs->readEvents(enter);
@@ -94,7 +95,7 @@ std::vector<TrafficSample> BpfSource::poll(Moment now) {
 
 TrafficSample BpfSource::sampleOf(const flow& reported) {
     using namespace std::chrono;
-    const nanoseconds age(m_Monotonic - std::min<std::uint64_t>(reported.opened, m_Monotonic));
+    const nanoseconds age(m_SinceBoot - std::min<std::uint64_t>(reported.opened, m_SinceBoot));
     TrafficSample sample;
     sample.connectionKey = reported.id;
     sample.application = m_Names.applicationOf(reported.executable);
@@ -137,29 +138,43 @@ void BpfSource::enterLate(TrafficSample& sample) {
 }
 
 void BpfSource::noteStatus() {
-    const losses now = m_Programs->countedLosses();
-    {
-        const std::lock_guard lock(m_StatusMutex);
-        m_Losses = now;
-        m_Occupancy = m_Programs->tableOccupancy();
+    const Health now{.lost = m_Programs->countedLosses(),
+                     .missedCalls = m_Programs->countMissedCalls(),
+                     .tables = m_Programs->tableOccupancy(),
+                     .executables = m_Programs->keptExecutables(),
+                     .readingFailure = m_Programs->readingFailure()};
+    if (!now.readingFailure.empty() && m_Health.readingFailure.empty()) {
+        logLine("bpf: the tables can't be read, counting goes on when they can: ", now.readingFailure);
     }
-    if (sumOf(now) <= m_NextLogged) {
+    {
+        const std::lock_guard lock(m_HealthMutex);
+        m_Health = now;
+    }
+    const std::uint64_t sum = sumOf(now.lost) + now.missedCalls;
+    if (sum <= m_NextLogged) {
         return;
     }
-    m_NextLogged = 2 * sumOf(now);
-    for (const StatusLine& line : linesOf(now)) {
+    m_NextLogged = 2 * sum;
+    for (const StatusLine& line : linesOf(now.lost, now.missedCalls)) {
         logLine("bpf: ", line.name, ": ", line.value);
     }
 }
 
 std::vector<StatusLine> BpfSource::status() const {
-    const std::lock_guard lock(m_StatusMutex);
+    const std::uint64_t pasts = m_Programs->countPasts();
+    const std::lock_guard lock(m_HealthMutex);
     std::vector<StatusLine> lines{
-        {"sockets", std::to_string(m_Occupancy.sockets)},
-        {"flow table", ofRoom(m_Occupancy.flows, MAX_FLOWS)},
-        {"handshake table", ofRoom(m_Occupancy.handshakes, MAX_HANDSHAKES)},
+        {"sockets", std::to_string(m_Health.tables.sockets)},
+        {"flow table", ofRoom(m_Health.tables.flows, MAX_FLOWS)},
+        {"handshake table", ofRoom(m_Health.tables.handshakes, MAX_HANDSHAKES)},
+        {"traffic without a flow", ofRoom(m_Health.tables.rests, MAX_RESTS)},
+        {"executables", ofRoom(m_Health.executables, MAX_EXECUTABLES)},
+        {"ended flows", ofRoom(pasts, MAX_PASTS) + ", the oldest make room"},
     };
-    std::ranges::move(linesOf(m_Losses), std::back_inserter(lines));
+    if (!m_Health.readingFailure.empty()) {
+        lines.push_back({"tables not read", m_Health.readingFailure});
+    }
+    std::ranges::move(linesOf(m_Health.lost, m_Health.missedCalls), std::back_inserter(lines));
     return lines;
 }
 

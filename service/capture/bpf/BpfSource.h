@@ -33,6 +33,15 @@ class BpfSource : public TrafficSource {
     std::vector<StatusLine> status() const override;
 
   private:
+    /** As of the latest poll. */
+    struct Health {
+        losses lost{};
+        std::uint64_t missedCalls = 0;
+        occupancy tables{};
+        std::uint64_t executables = 0;  ///< that the kernel keeps
+        std::string readingFailure;     ///< of the tables; mostly ""
+    };
+
     explicit BpfSource(std::unique_ptr<BpfPrograms> programs);
 
     TrafficSample sampleOf(const flow& reported);
@@ -50,16 +59,15 @@ class BpfSource : public TrafficSource {
     std::unordered_map<std::uint64_t, TrafficSample> m_ClosingNext;
 
     Moment m_Now;                   ///< of the poll
-    std::uint64_t m_Monotonic = 0;  ///< the same, as the kernel's programs count it, in ns
+    std::uint64_t m_SinceBoot = 0;  ///< the same, as the kernel's programs count it, in ns
     std::uint64_t m_NextLateKey = firstLateKey;
     std::vector<TrafficSample> m_Samples;
 
     /** The sum of all losses from which on they are logged again: each time that it has doubled. */
     std::uint64_t m_NextLogged = 0;
 
-    mutable std::mutex m_StatusMutex;  ///< guards the two below
-    losses m_Losses{};
-    occupancy m_Occupancy{};
+    mutable std::mutex m_HealthMutex;  ///< guards what is below; only the polling thread changes it
+    Health m_Health;
 
     static constexpr std::uint64_t firstLateKey = 1ull << 63;  ///< the kernel's own keys stay below
 };

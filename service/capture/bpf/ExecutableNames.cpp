@@ -52,7 +52,7 @@ Identity ExecutableNames::applicationOf(std::uint64_t number) {
     if (number == EXECUTABLE_KERNEL) {
         return kernel();
     }
-    if (m_Programs.countedLosses().executables != m_Refused) {
+    if (m_Programs.keptExecutables() > MAX_EXECUTABLES / 4 * 3) {
         makeRoomInKernel();
     }
     const std::string path = number == EXECUTABLE_UNKNOWN ? "" : find(number);
@@ -77,7 +77,6 @@ const std::string& ExecutableNames::keep(std::uint64_t number, const executable&
 }
 
 void ExecutableNames::makeRoomInKernel() {
-    m_Refused = m_Programs.countedLosses().executables;
     m_Programs.takeExecutables(
         [this](std::uint64_t number, const executable& entry) { keep(number, entry); });
 }

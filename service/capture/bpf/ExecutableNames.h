@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -24,7 +22,7 @@ class ExecutableNames {
     std::shared_ptr<const ApplicationIdentity> applicationOf(std::uint64_t number);
 
   private:
-    /** Takes all names over when the kernel has no room for more; they are some 200 bytes each here. */
+    /** Takes all names over before the kernel has no room for more; they are some 200 bytes each here. */
     void makeRoomInKernel();
 
     /** Where an executable lies; "" when the kernel has no such name. */
@@ -34,7 +32,6 @@ class ExecutableNames {
     BpfPrograms& m_Programs;
     ApplicationNames m_Names;
     std::unordered_map<std::uint64_t, std::string> m_Known;  ///< where they lie
-    std::uint64_t m_Refused = 0;  ///< names that the kernel had no room for, when it was last made
 };
 
 }  // namespace service

@@ -2,6 +2,7 @@
 // The programs in the kernel that count every IP byte for the executable that moved it. Each header has one
 // job.
 #include <linux/bpf.h>
+#include <linux/errno.h>
 #include <linux/if_ether.h>
 // clang-format off
 #include "kernel/types.h"

@@ -2,7 +2,7 @@
 /*
  * What the programs in the kernel and the daemon tell each other: structs of fixed width in host byte order,
  * plain C. Addresses are in network order, an IPv4 address in the first four of sixteen bytes; ports are in
- * host order; moments are nanoseconds of CLOCK_MONOTONIC.
+ * host order; moments are nanoseconds of CLOCK_BOOTTIME.
  */
 #pragma once
 
@@ -40,6 +40,9 @@ enum {
     PATH_BYTES = 1024,     /* of a path; what is longer loses its front, the folders next to the root */
     MAX_FLOWS = 65536,     /* entries of the tables */
     MAX_HANDSHAKES = 16384,
+    MAX_RESTS = 4096,
+    MAX_PASTS = 32768,
+    MAX_EXECUTABLES = 16384,
     SCAN_OWNERS = 0, /* passes over the sockets that are older than the capture */
     SCAN_DIRECTIONS = 1,
 };
@@ -100,6 +103,7 @@ struct occupancy {
     __u64 sockets;
     __u64 flows;
     __u64 handshakes;
+    __u64 rests;
 };
 
 /** Traffic of an executable that belongs to no flow that can be kept. */

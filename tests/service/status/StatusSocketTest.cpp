@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <thread>
 
@@ -26,6 +28,9 @@ TEST(StatusSocket, AnswersAsLongAsTheDaemonLives) {
     std::string error;
     EXPECT_EQ(queryStatus(database, error), std::nullopt);
     EXPECT_NE(error.find(database), std::string::npos) << error;
+
+    EXPECT_EQ(queryStatus(folder + "/" + std::string(100, 'f'), error), std::nullopt);
+    EXPECT_TRUE(error.ends_with(std::strerror(ENAMETOOLONG))) << error;
 
     const std::string text = statusText({{"source", "bpf"}, {"lost", "0 bytes"}});
     EXPECT_EQ(text, "source: bpf\nlost:   0 bytes\n");

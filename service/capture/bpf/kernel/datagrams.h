@@ -57,7 +57,7 @@ static __always_inline struct tracked_flow* flow_beside(struct socket_state* sta
     }
     ++state->new_flows;
     struct tracked_flow fresh = {};
-    fresh.flow.opened = bpf_ktime_get_ns();
+    fresh.flow.opened = bpf_ktime_get_boot_ns();
     fresh.flow.ends = packet->ends;
     begin_flow(&fresh.flow, state, facts, direction);
     bpf_map_update_elem(&flows, &key, &fresh, BPF_NOEXIST);

@@ -138,10 +138,12 @@ static __always_inline __u64 keep_executable(struct task_struct* task, struct fi
     if (bpf_map_lookup_elem(&executables, &hash)) {
         return hash;
     }
-    if (bpf_map_update_elem(&executables, &hash, out, BPF_ANY)) {
+    const long failure = bpf_map_update_elem(&executables, &hash, out, BPF_NOEXIST);
+    if (failure && failure != -EEXIST) {
         LOSE(executables, 1);
         return EXECUTABLE_UNKNOWN;
     }
+    __sync_fetch_and_add(&names, !failure);
     return hash;
 }
 

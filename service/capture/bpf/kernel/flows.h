@@ -30,7 +30,7 @@ static __noinline int count_rest(const struct rest_key* key, const struct amount
         struct tracked_flow fresh = {};
         fresh.flow.id = new_id();
         fresh.flow.executable = key->executable;
-        fresh.flow.opened = bpf_ktime_get_ns();
+        fresh.flow.opened = bpf_ktime_get_boot_ns();
         fresh.flow.protocol = key->protocol;
         fresh.flow.domain = key->domain;
         fresh.flow.type = key->protocol == IPPROTO_TCP ? SOCK_STREAM : SOCK_RAW;
@@ -128,7 +128,7 @@ struct socket_facts {
  * another processor.
  */
 static __always_inline int take_place(struct flow* flow) {
-    return !flow->opened && !__sync_val_compare_and_swap(&flow->opened, 0, bpf_ktime_get_ns());
+    return !flow->opened && !__sync_val_compare_and_swap(&flow->opened, 0, bpf_ktime_get_boot_ns());
 }
 
 /** Fills a place that was taken, `opened` and `ends` apart. */

@@ -71,7 +71,7 @@ struct {
 /** Flows in the name only: they count what has no other place, for ever. */
 struct {
     __uint(type, BPF_MAP_TYPE_HASH);
-    __uint(max_entries, 4096);
+    __uint(max_entries, MAX_RESTS);
     __uint(map_flags, BPF_F_NO_PREALLOC);
     __type(key, struct rest_key);
     __type(value, struct tracked_flow);
@@ -98,14 +98,14 @@ struct past {
 
 struct {
     __uint(type, BPF_MAP_TYPE_LRU_HASH);
-    __uint(max_entries, 32768);
+    __uint(max_entries, MAX_PASTS);
     __type(key, struct past_key);
     __type(value, struct past);
 } pasts SEC(".maps");
 
 struct {
     __uint(type, BPF_MAP_TYPE_HASH);
-    __uint(max_entries, 16384);
+    __uint(max_entries, MAX_EXECUTABLES);
     __uint(map_flags, BPF_F_NO_PREALLOC);
     __type(key, __u64);
     __type(value, struct executable);
@@ -159,6 +159,7 @@ const volatile __u64 path_seed = 0; /* so that nobody can make a path with the h
 __u32 scan_pass = SCAN_OWNERS;
 __u64 next_id = 1;
 __u64 machine_root = 0; /* a dentry's address; set before any hook is attached */
+__u64 names = 0;        /* of entries in `executables`; the daemon counts down those that it takes out */
 struct losses losses = {};
 struct occupancy occupancy = {}; /* set to zero by the daemon before each reading */
 

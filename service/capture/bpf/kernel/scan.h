@@ -17,9 +17,12 @@ static __always_inline struct port_key port_of(struct sock* sk) {
 static __always_inline void scan_owner(struct socket_state* state, struct task_struct* task,
                                        struct sock* sk) {
     if (state->grade == OWNER_UNKNOWN) {
-        image_of(task, &state->image);
-        state->executable = name_executable(task);
-        state->grade = OWNER_LIKELY;
+        __u64 executable = name_executable(task);
+        if (executable != EXECUTABLE_UNKNOWN) {  // else another task that has the socket is asked
+            image_of(task, &state->image);
+            state->executable = executable;
+            state->grade = OWNER_LIKELY;
+        }
     }
     if (state->kind == KIND_STREAM && BPF_CORE_READ(sk, __sk_common.skc_state) == TCP_LISTEN) {
         struct port_key key = port_of(sk);

@@ -136,7 +136,7 @@ static __noinline int count_handshake(struct __sk_buff* skb, struct bpf_sock* sk
     struct handshake* handshake = bpf_map_lookup_elem(&handshakes, &key);
     if (!handshake) {
         struct handshake fresh = {
-            .executable = state->executable, .opened = bpf_ktime_get_ns(), .domain = sk->family};
+            .executable = state->executable, .opened = bpf_ktime_get_boot_ns(), .domain = sk->family};
         bpf_map_update_elem(&handshakes, &key, &fresh, BPF_NOEXIST);
         handshake = bpf_map_lookup_elem(&handshakes, &key);
     }

@@ -69,7 +69,7 @@ SEC("iter/bpf_map_elem")
 int read_flows(struct bpf_iter__bpf_map_elem* context) {
     struct tracked_flow* tracked = context->value;
     if (tracked) {
-        ++occupancy.flows;
+        ++*(tracked->flow.socket ? &occupancy.flows : &occupancy.rests);
         report(context->meta->seq, tracked, tracked->flow.socket != 0);
     }
     return 0;
@@ -87,7 +87,7 @@ int read_handshakes(struct bpf_iter__bpf_map_elem* context) {
         return 0;
     }
     ++occupancy.handshakes;
-    if (bpf_ktime_get_ns() - handshake->opened < MAX_HANDSHAKE_NS) {
+    if (bpf_ktime_get_boot_ns() - handshake->opened < MAX_HANDSHAKE_NS) {
         return 0;
     }
     if (bpf_seq_write(context->meta->seq, (void*)key, sizeof(*key)) == 0) {

@@ -108,6 +108,10 @@ CommandLine parseCommandLine(const std::vector<std::string>& arguments) {
         line.action = CommandLine::Action::ShowError;
     } else if (contains(arguments, "--status")) {
         line.action = CommandLine::Action::ShowStatus;
+        if (line.options.demo && line.options.database.empty()) {
+            line.action = CommandLine::Action::ShowError;
+            line.error = "--status asks by the history: name that of the demo with --database";
+        }
     }
     return line;
 }
@@ -130,7 +134,9 @@ std::string usage() {
            "                         packet), diag (the kernel's socket diagnostics: TCP, once a second), "
            "off,\n"
            "                         or auto, the best that works here (default)\n"
-           "  --status               ask the daemon that keeps the history in FILE how it is doing\n"
+           "  --status               ask the daemon that keeps the history in FILE how it is doing; that of "
+           "another\n"
+           "                         user tells only him and root\n"
            "  --help                 show this text\n"
            "  --version              show the version\n";
 }

@@ -78,6 +78,6 @@ int main(int argc, char** argv) {
         case Action::ShowError:
             break;
     }
-    std::cerr << "nevtora-daemon: " << line.error << "\n\n" << service::usage();
+    std::cerr << "nevtora-daemon: " << line.error << "\nTry: nevtora-daemon --help\n";
     return 2;
 }

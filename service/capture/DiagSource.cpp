@@ -137,7 +137,7 @@ void DiagSource::enterNotices(Moment now) {
 }
 
 std::vector<StatusLine> DiagSource::status() const {
-    std::vector<StatusLine> lines;
+    std::vector<StatusLine> lines{{"counts", "TCP in this network namespace, once a second"}};
     if (!m_Notices) {
         lines.push_back({"ends not told", "the last second of each connection is lost"});
     }

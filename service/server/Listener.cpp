@@ -45,7 +45,9 @@ Listener::Listener(FileDescriptor descriptor, const ListenAddress& address)
 std::optional<Listener> Listener::open(const ListenAddress& address, std::string& error) {
     FileDescriptor descriptor(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     if (!descriptor.isValid() || !listenAt(descriptor.get(), address)) {
-        error = "cannot listen on " + address.text() + ": " + std::strerror(errno);
+        error = "cannot listen on " + address.text() + ": " +
+                (errno == EADDRINUSE ? "somebody does already, such as another nevtora-daemon"
+                                     : std::strerror(errno));
         return std::nullopt;
     }
     const ListenAddress bound = boundAddress(descriptor.get(), address);

@@ -19,7 +19,8 @@ std::optional<std::string> queryStatus(const std::string& databasePath, std::str
     ::setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof(patience));
     if (!address.isValid() || ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address.address()),
                                         sizeof(sockaddr_un)) != 0) {
-        error = "no daemon keeps " + databasePath + ": " + std::strerror(errno);
+        error = "no daemon keeps " + databasePath +
+                " (--database names another history): " + std::strerror(errno);
         return std::nullopt;
     }
     std::string text;

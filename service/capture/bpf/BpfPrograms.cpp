@@ -121,7 +121,7 @@ std::unique_ptr<BpfPrograms> BpfPrograms::load(const KernelFeatures& features, s
     std::unique_ptr<BpfPrograms> programs(new BpfPrograms(skeleton));
     programs->leaveOut(features);
     if (capture_bpf__load(skeleton) != 0) {
-        error = "the kernel does not load the programs: " + reason();
+        error = reason();
         return nullptr;
     }
     bpf_test_run_opts once{};

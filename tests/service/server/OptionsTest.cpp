@@ -36,7 +36,7 @@ TEST(Options, WrongOnesAreNamed) {
           Case{{"--listen", "127.0.0.1"}, "'127.0.0.1'"},
           Case{{"--listen", "127.0.0.1:65536"}, "127.0.0.1:65536"}, Case{{"--listen", "127.0.0.1:1x"}, "1x"},
           Case{{"--listen", "127.0.0.1:"}, "--listen"}, Case{{"--capture", "pcap"}, "'pcap'"},
-          Case{{"--demo", "--capture", "auto"}, "exclude"}}) {
+          Case{{"--demo", "--capture", "auto"}, "exclude"}, Case{{"--demo", "--status"}, "--database"}}) {
         const CommandLine line = parseCommandLine(wrong.arguments);
         EXPECT_EQ(line.action, CommandLine::Action::ShowError) << wrong.mentioned;
         EXPECT_NE(line.error.find(wrong.mentioned), std::string::npos) << line.error;

@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <map>
 
@@ -84,6 +85,29 @@ TEST_F(BpfSourceTest, CountsEachByteAsSentByOneAndReceivedByTheOther) {
     EXPECT_TRUE(client.closed && server.closed);
     EXPECT_EQ(client.remote.port, port);
     EXPECT_EQ(client.local, server.remote);
+}
+
+TEST_F(BpfSourceTest, WithAnotherRootAProgramIsTheMachinesOnlyIfItsFileIs) {
+    const std::string root = ::testing::TempDir() + "bpf_source_root_" + std::to_string(::getpid());
+    const FileDescriptor receiver = socketAt(SOCK_DGRAM, 4005);
+    const std::string script =
+        "cd " + root +
+        " && mount --bind /usr usr && for l in bin lib lib64; do ln -s usr/$l $l; done && "
+        "cp /bin/bash usurper && for program in /usurper /usr/bin/bash; do "
+        "chroot . $program -c 'echo -n 12345 >/dev/udp/127.0.0.1/4005' || exit; done";
+    std::filesystem::create_directories(root + "/usr");
+    ASSERT_EQ(std::system(("unshare --mount sh <<'END'\n" + script + "\nEND\n").c_str()), 0);
+    std::map<std::string, std::int64_t> sent;
+    for (int i = 0; i < 3; ++i) {
+        for (const TrafficSample& sample : m_Source->poll(systemClock())) {
+            sent[sample.application->path] += sample.remote.port == 4005 ? sample.payload.sent : 0;
+        }
+    }
+    EXPECT_EQ(sent["(sandbox)/usurper"], 5);
+    EXPECT_EQ(sent["/usr/bin/bash"], 5);
+    for (const char* const name : {"/usr", "/bin", "/lib", "/lib64", "/usurper", ""}) {
+        std::filesystem::remove(root + name);  // one by one: what was mounted there is the system's
+    }
 }
 
 TEST_F(BpfSourceTest, LeavesToTheKernelWhatTheKernelSays) {

@@ -7,9 +7,12 @@
 
 namespace {
 
-/** What the daemon's applications without a file have for a path. */
 const QString kernelPath = QStringLiteral("/mach_kernel");
-const QString unknownPath = QStringLiteral("(unknown)");
+
+/** Of an application whose file this machine does not have: "(unknown)", or in a container "web:/usr/sbin/nginx". */
+bool isElsewhere(const QString& path) {
+    return !path.startsWith('/');
+}
 
 /** `path` up to, and without, the extension of the first bundle in it. */
 QString withoutExtension(const QString& path) {
@@ -39,5 +42,5 @@ QIcon AppListEntry::icon() const {
 }
 
 bool AppListEntry::exists() const {
-    return m_BundlePath == kernelPath || m_BundlePath == unknownPath || QFileInfo::exists(m_BundlePath);
+    return m_BundlePath == kernelPath || isElsewhere(m_BundlePath) || QFileInfo::exists(m_BundlePath);
 }

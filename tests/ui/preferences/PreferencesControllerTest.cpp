@@ -195,9 +195,9 @@ TEST_F(PreferencesControllerTest, LeavesTheEntryForLogInAloneWhoseBoxIsNotTouche
 
 TEST_F(PreferencesControllerTest, DropsApplicationsWhoseFileIsGoneButNotThoseThatNeverHadOne) {
     const QString here = makeFile("here");
-    m_Config->setAllowDenyAppsList({here, path("gone"), "/mach_kernel", "(unknown)"});
+    m_Config->setAllowDenyAppsList({here, path("gone"), "/mach_kernel", "(unknown)", "web:/usr/bin/mail"});
     open();
-    const QStringList left{here, "/mach_kernel", "(unknown)"};
+    const QStringList left{here, "/mach_kernel", "(unknown)", "web:/usr/bin/mail"};
     EXPECT_EQ(rows(), left);
     m_Sheet->accept();
     EXPECT_EQ(m_Config->allowDenyAppsList(), left);

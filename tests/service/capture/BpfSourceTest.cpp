@@ -4,11 +4,15 @@
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <map>
 
@@ -108,6 +112,30 @@ TEST_F(BpfSourceTest, WithAnotherRootAProgramIsTheMachinesOnlyIfItsFileIs) {
     for (const char* const name : {"/usr", "/bin", "/lib", "/lib64", "/usurper", ""}) {
         std::filesystem::remove(root + name);  // one by one: what was mounted there is the system's
     }
+}
+
+TEST_F(BpfSourceTest, SaysSoAsLongAsTheTablesCannotBeRead) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer takes descriptors itself";
+#endif
+    if (!startSource()) {
+        GTEST_SKIP() << m_Error;
+    }
+    const auto failure = [this] {
+        m_Source->poll(systemClock());
+        const std::vector<StatusLine> lines = m_Source->status();
+        const auto line = std::ranges::find(lines, "tables not read", &StatusLine::name);
+        return line == lines.end() ? "" : line->value;
+    };
+    EXPECT_EQ(failure(), "");
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{.rlim_cur = 0, .rlim_max = before.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &none);
+    const std::string told = failure();
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ(told, std::strerror(EMFILE));
+    EXPECT_EQ(failure(), "");
 }
 
 TEST_F(BpfSourceTest, LeavesToTheKernelWhatTheKernelSays) {

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <charconv>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 #include <string_view>
 #include <system_error>
@@ -25,9 +24,10 @@ constexpr std::size_t shownDigits = 12;  // as engines show them
 std::string textOf(const fs::path& file) {
     constexpr std::size_t limitBytes = 4 << 20;
     std::ifstream stream(file, std::ios::binary);
-    std::string text;
-    std::copy_n(std::istreambuf_iterator<char>(stream), stream ? limitBytes : 0, std::back_inserter(text));
-    return text.substr(0, text.find('\0'));
+    std::string text(stream ? limitBytes : 0, '\0');
+    stream.read(text.data(), static_cast<std::streamsize>(text.size()));
+    text.resize(static_cast<std::size_t>(stream.gcount()));
+    return text;
 }
 
 /** What stands between a first `begin` and the `end` behind it; "" when there is no such thing. */

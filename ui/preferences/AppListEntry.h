@@ -26,7 +26,8 @@ class AppListEntry {
 
     /**
      * Whether there still is such an application. The kernel always is, although no file has the path that stands
-     * for it, and so is what the daemon puts in place of an application that it could not find out.
+     * for it, and so is what runs in a container, or what the daemon puts in place of an application that it could
+     * not find out.
      */
     bool exists() const;
 

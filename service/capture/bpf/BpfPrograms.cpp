@@ -47,6 +47,9 @@ std::string reason() {
 template <class Record, class Visit>
 bool readRecords(const bpf_link* table, const Visit& visit) {
     const FileDescriptor stream(bpf_iter_create(bpf_link__fd(table)));
+    if (!stream.isValid()) {
+        return false;
+    }
     std::vector<Record> records(32 * 1024 / sizeof(Record));  // the kernel has eight pages at most
     std::size_t filled = 0;                                   // bytes; a record may come in two pieces
     for (;;) {

@@ -2,10 +2,10 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Downloads a file over a cable and looks when, and with how many bytes, the window shows it.
 
-    own_settings download_from_outside.py WINDOW DAEMON [PICTURE]
+    own_settings download_from_outside.py WINDOW DAEMON
 
-Both are programs; the daemon chooses its source by itself. PICTURE is where to save how the window looks at the end.
-Takes root. Ends with 77, which ctest takes for "skipped", where it cannot run.
+Both are programs; the daemon chooses its source by itself. The environment's PICTURE is where to save how the window
+looks at the end. Takes root. Ends with 77, which ctest takes for "skipped", where it cannot run.
 """
 
 import ctypes
@@ -18,20 +18,14 @@ import time
 import unittest
 from pathlib import Path
 
-ROOT = Path(__file__).resolve().parents[2]
-sys.path[:0] = [str(ROOT / folder) for folder in ("scripts", "tests/link", "tests/capture")]
+from setting import ROOT, Window, accessible, desktop, run_cases
 
-try:
-    import accessible
-    import desktop
-except ImportError as missing:
-    print(f"skipped: {missing}")
-    sys.exit(77)
+sys.path.append(str(ROOT / "tests/capture"))
 
 import wire
 from capturing_daemon import skip_where_it_cannot_run
-from client import Client
 from network import Network
+from real_daemon import RealDaemon
 
 FILE_BYTES = 50_000_000
 FAR, PORT = "10.77.0.2", 8080
@@ -63,7 +57,7 @@ def a_byte_count(megabytes):
 
 
 class Download(unittest.TestCase):
-    window_program = daemon_program = picture = None
+    window_program = daemon_program = None
     children = None  # the desktop's
     network = None
 
@@ -71,7 +65,6 @@ class Download(unittest.TestCase):
         folder = tempfile.TemporaryDirectory(prefix="nevtora-download-")
         self.addCleanup(folder.cleanup)
         self.folder = Path(folder.name).resolve()
-        self.history = self.folder / "history.sqlite"
 
     def start(self, command, **options):
         process = self.children.start(command, **options)
@@ -79,17 +72,13 @@ class Download(unittest.TestCase):
         return process
 
     def start_daemon(self):
-        command = [self.daemon_program, "--database", self.history, "--config", self.folder / "none.plist"]
-        self.start(command)
-        desktop.wait_for("The daemon", self.answers, seconds=30)
-
-    @staticmethod
-    def answers():
-        try:
-            with Client(("127.0.0.1", wire.PORT)) as client:
-                return client.ask(wire.TOTAL_STATISTIC_INFO)
-        except (ConnectionError, EOFError):
-            return None
+        """Answers its status."""
+        options = "--database", self.folder / "history.sqlite"
+        daemon = RealDaemon(self.daemon_program, self.folder / "log", *options, "--config", self.folder / "none.plist",
+                            address=("127.0.0.1", wire.PORT))
+        self.addCleanup(daemon.end)
+        return subprocess.run([self.daemon_program, "--status", *options], check=True, stdout=subprocess.PIPE,
+                              text=True).stdout
 
     def start_server(self):
         site = self.folder / "site"
@@ -100,15 +89,6 @@ class Download(unittest.TestCase):
         self.start(self.network.far.inside(server), stderr=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
         listening = f"sport = :{PORT}"
         desktop.wait_for("The server", lambda: self.network.far.run("ss", "-Hltn", listening))
-
-    def open_window(self):
-        self.window = self.start([self.window_program])
-        return desktop.wait_for("The window's table", lambda: accessible.attempt(self.find_table))
-
-    def find_table(self):
-        mine = [each for each in accessible.programs("nevtora-meter") if each.get_process_id() == self.window.pid]
-        frames = [frame for each in mine for frame in accessible.find_all(each, ["frame"])]
-        return accessible.tables(frames[0])[0] if frames and accessible.tables(frames[0]) else None
 
     def download(self):
         """By a program of its own; answers its executable and what it says that it got."""
@@ -138,12 +118,10 @@ class Download(unittest.TestCase):
         return totals > 0
 
     def test_the_next_refresh_shows_a_download(self):
-        self.start_daemon()
-        status = subprocess.run([self.daemon_program, "--status", "--database", self.history], check=True,
-                                stdout=subprocess.PIPE, text=True).stdout
-        self.assertRegex(status, r"\Asource: +bpf,", "of all sources it sees most")
+        self.assertRegex(self.start_daemon(), r"\Asource: +bpf,", "of all sources it sees most")
         self.start_server()
-        table = self.open_window()
+        window = Window(self.start([self.window_program]))
+        table = window.table
         path, got = self.download()
         ended = time.monotonic()
         self.assertEqual(got, FILE_BYTES)
@@ -156,23 +134,15 @@ class Download(unittest.TestCase):
         self.assertLess(a_byte_count(row["Sent, MB"]), FILE_BYTES * HEADERS)
         self.assertTrue(desktop.first_result(lambda: accessible.attempt(lambda: self.adds_up(table)), 2 * REFRESH),
                         "the totals row is not the sum of the others")
-        if self.picture:
-            desktop.save_picture(desktop.windows_of(self.window)[0], self.picture)
-
-
-def main():
-    Download.window_program, Download.daemon_program, *pictures = sys.argv[1:]
-    Download.picture = next(iter(pictures), None)
-    Download.network = Network()
-    try:
-        enter(Download.network.near)  # the desktop too: its bus is not seen from elsewhere
-        with desktop.desktop() as Download.children:
-            accessible.check_available()
-            unittest.main(argv=sys.argv[:1], verbosity=2)
-    finally:
-        Download.network.close()
+        if picture := os.environ.get("PICTURE"):
+            desktop.save_picture(desktop.windows_of(window.process)[0], picture)
 
 
 if __name__ == "__main__":
     skip_where_it_cannot_run()
-    desktop.run_or_skip(main)
+    Download.network = Network()
+    try:
+        enter(Download.network.near)  # the desktop too: its bus is not seen from elsewhere
+        run_cases(Download, "window_program", "daemon_program")
+    finally:
+        Download.network.close()

@@ -93,7 +93,6 @@ TEST_F(BpfSourceTest, CountsEachByteAsSentByOneAndReceivedByTheOther) {
 
 TEST_F(BpfSourceTest, WithAnotherRootAProgramIsTheMachinesOnlyIfItsFileIs) {
     const std::string root = ::testing::TempDir() + "bpf_source_root_" + std::to_string(::getpid());
-    const FileDescriptor receiver = socketAt(SOCK_DGRAM, 4005);
     const std::string script =
         "cd " + root +
         " && mount --bind /usr usr && for l in bin lib lib64; do ln -s usr/$l $l; done && "

@@ -52,6 +52,7 @@ class Kind:
     cables: tuple = (Cable("far", "near"),)  # whose counters tell the wire bytes
     wire: frozenset = EVERY_WIRE  # of which ends and ways all bytes are the programs'
     payload_tolerance: float = 0.001
+    apart: tuple = ()  # roles with a root of their own, where paths are not the machine's
     silent: tuple = ()  # roles that move no byte of payload, but headers maybe
     directions: bool = True  # clients' connections are outgoing, servers' incoming
     is_older: bool = False  # its sockets are there before the daemon
@@ -238,6 +239,7 @@ KINDS = [
             tcp_server(),
             Program("starter", "container", "near", {"mode": "tcp-client", "program": "@contained"} | AN_EXCHANGE),
         ],
+        apart=("contained",),
         silent=("starter",),
     ),
     Kind("TCP sockets older than the daemon", [tcp_server(), tcp_client(waits=True)], is_older=True),

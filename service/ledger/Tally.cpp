@@ -24,7 +24,6 @@ void Tally::record(const TrafficSample& sample, Moment recordedSince, Moment now
     application.counters.add(protocolClass, sample.moved, sample.payload);
     application.lastSeen = now;
     m_Totals.counters.add(protocolClass, sample.moved, sample.payload);
-    connection.applicationId = application.id;
     connection.bytes += sample.moved;
     connection.payload += sample.payload;
     connection.end = now;

@@ -17,6 +17,7 @@
 #include "kernel/flows.h"
 #include "kernel/pasts.h"
 #include "kernel/ends.h"
+#include "kernel/multipath.h"
 #include "kernel/owners.h"
 #include "kernel/streams.h"
 #include "kernel/datagrams.h"

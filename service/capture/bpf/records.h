@@ -85,8 +85,9 @@ struct tracked_flow {
     struct flow flow;
     struct amount told_received; /* what the daemon knows of them */
     struct amount told_sent;
-    __u32 quiet;  /* readings of the tables in a row that found nothing new */
-    __u32 waited; /* readings that left it out because its owner was not sure yet */
+    __u32 quiet;    /* readings of the tables in a row that found nothing new */
+    __u16 waited;   /* readings that left it out because its owner was not sure yet */
+    __u16 is_known; /* to the daemon, by its id */
 };
 
 /** Where a flow is kept whose socket has others besides. */

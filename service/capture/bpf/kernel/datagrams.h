@@ -82,8 +82,10 @@ static __always_inline void count_peer(struct socket_state* state, const struct 
             count_rest(&rest, amount, way);
             return;
         }
-        flow->flow.executable = state->executable;
-        flow->flow.grade = state->grade;
+        if (flow->flow.executable != state->executable || flow->flow.grade != state->grade) {
+            const struct foreign none = {};
+            change_hands(flow, state->executable, state->grade, &none);
+        }
     }
     count(&flow->flow, way, amount);
 }

@@ -2,13 +2,16 @@
 /* The payload of TCP's sockets, and the end of the flow in a socket's storage. */
 #pragma once
 
-/** Payload that a TCP socket took in order, for any pointer to it. */
+/** 1 when the other end has sent its last, which TCP counts as if it were a byte. For any pointer to a socket. */
+static __always_inline int has_fin(void* sk) {
+    struct sock* address = sk;
+    return BPF_CORE_READ(address, __sk_common.skc_flags) >> bpf_core_enum_value(enum sock_flags, SOCK_DONE) & 1;
+}
+
+/** Payload that a TCP socket took in order. */
 static __always_inline __u64 payload_received(void* sk) {
     struct tcp_sock* tcp = sk;
-    struct sock* address = sk;
-    const int has_fin =
-        BPF_CORE_READ(address, __sk_common.skc_flags) >> bpf_core_enum_value(enum sock_flags, SOCK_DONE) & 1;
-    return BPF_CORE_READ(tcp, bytes_received) - has_fin;  // which TCP counts as if it were a byte
+    return BPF_CORE_READ(tcp, bytes_received) - has_fin(sk);
 }
 
 /** Payload that a TCP socket handed down, each byte once however often it was sent again. */
@@ -46,16 +49,18 @@ static __always_inline void refresh_payload(struct socket_state* state, void* sk
 }
 
 /** Ends the flow in a socket's storage, whose place is free then. */
-static __always_inline void end_flow(struct socket_state* state, void* sk) {
-    struct tracked_flow* tracked = &state->flow;
+static __noinline int end_flow(struct socket_state* state, void* sk) {
     struct sock* address = sk;
-    if (!tracked->flow.id) {
-        return;
+    if (!state || !state->flow.flow.id) {
+        return 0;
     }
+    struct tracked_flow* tracked = &state->flow;
+    const struct foreign none = {};
     refresh_payload(state, sk);
-    tell(tracked, FLOW_ENDED);
+    tell_end(tracked, &none);
     if (tracked->flow.protocol == IPPROTO_TCP || tracked->flow.protocol == IPPROTO_UDP) {
         remember_past(&tracked->flow, BPF_CORE_READ(address, __sk_common.skc_net.net, ns.inum));
     }
     __builtin_memset(tracked, 0, sizeof(*tracked));
+    return 0;
 }

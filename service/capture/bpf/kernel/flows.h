@@ -71,10 +71,7 @@ static __always_inline void mark_told(struct tracked_flow* tracked, const struct
     tracked->told_received.payload += told->received.payload;
     tracked->told_sent.wire += told->sent.wire;
     tracked->told_sent.payload += told->sent.payload;
-}
-
-static __always_inline int was_told(const struct tracked_flow* tracked) {
-    return tracked->told_received.wire + tracked->told_sent.wire != 0;
+    tracked->is_known = 1;
 }
 
 static __always_inline struct flow_key key_of(const struct flow* flow) {
@@ -87,32 +84,80 @@ static __always_inline struct flow_key key_of(const struct flow* flow) {
 }
 
 /**
- * Puts a flow that ends where the daemon finds it when it reads the tables next; 0 when there is no room
+ * Puts the last of a flow where the daemon finds it when it reads the tables next; 0 when there is no room
  * either.
  */
-static __always_inline int put_aside(struct tracked_flow* tracked, enum flow_end ended) {
-    struct flow_key key = key_of(&tracked->flow);
-    tracked->flow.ended = ended;
-    return ended != FLOW_LIVES && bpf_map_update_elem(&flows, &key, tracked, BPF_NOEXIST) == 0;
-}
-
-/** Tells at once of a flow that ends or passes into other hands. Where it can't, its bytes go to the rest. */
-static __noinline int tell(struct tracked_flow* tracked, enum flow_end ended) {
-    struct flow told;
-    if (!tracked || (!whats_new(tracked, &told) && !(ended && was_told(tracked)))) {
+static __noinline int put_aside(const struct flow* told) {
+    struct tracked_flow last = {};
+    if (!told) {
         return 0;
     }
-    told.ended = ended;
-    if (bpf_ringbuf_output(&events, &told, sizeof(told), BPF_RB_NO_WAKEUP)) {
-        if (put_aside(tracked, ended)) {
-            return 0;
-        }
+    last.flow = *told;
+    last.is_known = 1;
+    struct flow_key key = key_of(told);
+    return bpf_map_update_elem(&flows, &key, &last, BPF_NOEXIST) == 0;
+}
+
+/** Payload that has moved, and is not the owner's. */
+struct foreign {
+    __u64 received;
+    __u64 sent;
+};
+
+/** Takes payload out of an amount, with its part of the headers. */
+static __always_inline void leave_out(struct amount* amount, __u64 payload) {
+    const __u64 left_out = payload < amount->payload ? payload : amount->payload;
+    if (left_out) {
+        amount->wire -= (amount->wire << 16) / amount->payload * left_out >> 16;
+        amount->payload -= left_out;
+    }
+}
+
+/**
+ * Tells at once that a flow has ended, but for the bytes that are `foreign`. Where it can't, its bytes go to the
+ * rest.
+ */
+static __noinline int tell_end(struct tracked_flow* tracked, const struct foreign* foreign) {
+    struct flow told;
+    if (!tracked || !foreign) {
+        return 0;
+    }
+    whats_new(tracked, &told);
+    leave_out(&told.received, foreign->received);
+    leave_out(&told.sent, foreign->sent);
+    if (!tracked->is_known && told.received.wire + told.sent.wire == 0) {
+        return 0;
+    }
+    told.ended = FLOW_ENDED;
+    if (bpf_ringbuf_output(&events, &told, sizeof(told), BPF_RB_NO_WAKEUP) && !put_aside(&told)) {
         LOSE(events, 1);
         struct rest_key rest = rest_of(told.executable, told.domain, told.protocol, told.direction);
         count_rest(&rest, &told.received, RECEIVED);
         count_rest(&rest, &told.sent, SENT);
     }
     mark_told(tracked, &told);
+    return 0;
+}
+
+/**
+ * Gives what a flow moves from now on, and what is `foreign`, to another owner: as a flow of its own with the same
+ * ends.
+ */
+static __noinline int change_hands(struct tracked_flow* tracked, __u64 executable, __u8 grade,
+                                   const struct foreign* foreign) {
+    if (!tracked || !foreign) {
+        return 0;
+    }
+    // What nobody was sure of, and was not told, was the new owner's all the time.
+    if (tracked->flow.executable != executable && (tracked->flow.grade == OWNER_SURE || tracked->is_known)) {
+        tell_end(tracked, foreign);
+        tracked->flow.opened = bpf_ktime_get_ns();
+        tracked->flow.id = new_id();
+        tracked->is_known = 0;
+        tracked->waited = 0;
+    }
+    tracked->flow.executable = executable;
+    tracked->flow.grade = grade;
     return 0;
 }
 

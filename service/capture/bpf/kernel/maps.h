@@ -10,6 +10,7 @@ enum socket_kind {
     KIND_RAW,        /* likewise, but it gets copies of packets that are meant for others */
     KIND_PACKET,     /* AF_PACKET: below IP, and nothing tells of its end */
     KIND_CONTROL,    /* the kernel's own, for replies and resets: no flows */
+    KIND_MULTIPATH,  /* MPTCP: has no packets, but sockets below that do */
 };
 
 /** A process image: an id that is used again and an exec() both make another one. */
@@ -139,6 +140,25 @@ struct {
     __uint(type, BPF_MAP_TYPE_RINGBUF);
     __uint(max_entries, 2 << 20);
 } events SEC(".maps");
+
+/** Who acts on MPTCP's sockets. */
+struct multipath_key {
+    __u64 address; /* the kernel's, of the socket */
+    __u64 secret;  /* of the connection: another one may have the address later */
+};
+
+struct owner {
+    struct image image;
+    __u64 executable;
+    __u64 grade;
+};
+
+struct {
+    __uint(type, BPF_MAP_TYPE_LRU_HASH);
+    __uint(max_entries, 4096);
+    __type(key, struct multipath_key);
+    __type(value, struct owner);
+} multipath_owners SEC(".maps");
 
 /** Local ports that were listened on when the capture began, and by what executable. */
 struct port_key {

@@ -9,54 +9,84 @@ static __always_inline int same_image(const struct image* left, const struct ima
 }
 
 /**
- * Makes the process that runs the owner of a socket that the kernel knows at `sk`. Bytes so far stay with the
- * owner before, if that one was sure.
+ * What of a socket's bytes is the new owner's, whose call has just moved some: its own, and what waits to be read.
  */
-static __always_inline void own(struct socket_state* state, void* sk, const struct image* image, __u8 grade) {
-    __u64 executable = current_executable(image);
-    if (executable == EXECUTABLE_UNKNOWN || (grade == OWNER_LIKELY && executable == EXECUTABLE_KERNEL)) {
-        return;  // it is ending, or it only tidies up: the owner before is the better one
+static __always_inline struct foreign share_of(const struct socket_state* state, void* sk, __u32 received,
+                                               __u32 sent) {
+    struct tcp_sock* tcp = sk;
+    struct foreign share = {received, sent};
+    if (state->kind == KIND_STREAM) {
+        const __s32 unsent = BPF_CORE_READ(tcp, write_seq) - BPF_CORE_READ(tcp, snd_nxt);
+        const __s32 unread = BPF_CORE_READ(tcp, rcv_nxt) - BPF_CORE_READ(tcp, copied_seq) - has_fin(sk);
+        share.received += unread > 0 ? unread : 0;
+        share.sent -= unsent < 0 ? 0 : unsent < sent ? unsent : sent;
     }
-    if (state->flow.flow.id && state->grade == OWNER_SURE && state->executable != executable) {
-        refresh_payload(state, sk);
-        tell(&state->flow, FLOW_LIVES);
-    }
-    state->image = *image;
-    state->executable = executable;
-    state->grade = grade;
-    state->flow.flow.executable = executable;
-    state->flow.flow.grade = grade;
+    return share;
 }
 
-static __noinline int own_surely(struct socket_state* state, void* sk) {
-    struct image image = {};
+/** Makes an executable the owner of a socket that the kernel knows at `sk`. What was moved before stays. */
+static __always_inline void pass_to(struct socket_state* state, void* sk, const struct owner* owner,
+                                    __u32 received, __u32 sent) {
+    if (state->flow.flow.id) {
+        struct foreign share = share_of(state, sk, received, sent);
+        refresh_payload(state, sk);
+        change_hands(&state->flow, owner->executable, owner->grade, &share);
+    }
+    state->image = owner->image;
+    state->executable = owner->executable;
+    state->grade = owner->grade;
+}
+
+/** Makes the process that runs the owner; its call that tells so has moved that much payload. */
+static __noinline int own(struct socket_state* state, void* sk, __u8 grade, __u32 received, __u32 sent) {
+    struct owner owner = {.grade = grade};
     if (!state) {
         return 0;
     }
-    image_of(bpf_get_current_task_btf(), &image);
-    own(state, sk, &image, OWNER_SURE);
+    image_of(bpf_get_current_task_btf(), &owner.image);
+    owner.executable = current_executable(&owner.image);
+    if (owner.executable == EXECUTABLE_UNKNOWN || owner.executable == EXECUTABLE_KERNEL) {
+        return 0;  // it is ending, or it works for someone: the owner before is the better one
+    }
+    pass_to(state, sk, &owner, received, sent);
+    if (state->kind == KIND_MULTIPATH) {
+        keep_multipath_owner(sk, &owner);
+    }
     return 0;
 }
 
-/** As `own_surely`, at the price of a comparison when nothing changes. */
-static __always_inline void note_user(struct socket_state* state, void* sk) {
+/**
+ * Makes the owner of the MPTCP socket above the owner of a TCP socket below it, if it is one. Asked now and then,
+ * since nobody tells of the sockets below when somebody acts above them.
+ */
+static __noinline int follow_multipath(struct socket_state* state, struct sock* sk) {
+    struct owner* found = state && sk && state->kind == KIND_STREAM ? find_multipath_owner(sk) : 0;
+    if (found && found->executable != state->executable &&
+        (found->grade == OWNER_SURE || found->grade > state->grade)) {
+        struct owner owner = *found;
+        pass_to(state, sk, &owner, 0, 0);
+    }
+    return 0;
+}
+
+/** At the price of a comparison when nothing changes. */
+static __always_inline void note_user(struct socket_state* state, void* sk, __u32 received, __u32 sent) {
     struct image image = {};
     image_of(bpf_get_current_task_btf(), &image);
     if (!state->is_kernels && (state->grade != OWNER_SURE || !same_image(&state->image, &image))) {
-        own_surely(state, sk);
+        own(state, sk, OWNER_SURE, received, sent);
     }
 }
 
 static __always_inline void note_heir(struct socket_state* state, void* sk) {
-    struct image image = {};
-    image_of(bpf_get_current_task_btf(), &image);
     if (state->grade != OWNER_SURE) {
-        own(state, sk, &image, OWNER_LIKELY);
+        own(state, sk, OWNER_LIKELY, 0, 0);
     }
 }
 
 static __always_inline __u8 kind_of(__u32 family, __u32 type, __u32 protocol) {
     return family == AF_PACKET                              ? KIND_PACKET
+           : protocol == IPPROTO_MPTCP                      ? KIND_MULTIPATH
            : protocol == IPPROTO_TCP && type == SOCK_STREAM ? KIND_STREAM
            : type == SOCK_RAW                               ? KIND_RAW
                                                             : KIND_DATAGRAM;
@@ -144,7 +174,7 @@ static __always_inline int on_address(struct bpf_sock_addr* context) {
     struct bpf_sock* sk = context->sk;
     struct socket_state* state = sk ? state_of_bpf_sock(sk) : 0;
     if (state) {
-        note_user(state, kernel_address(sk));
+        note_user(state, kernel_address(sk), 0, 0);
     }
     return 1;
 }
@@ -169,24 +199,26 @@ int on_sendmsg6(struct bpf_sock_addr* context) {
     return on_address(context);
 }
 
-static __always_inline int on_transfer(struct sock* sk) {
+/** A call that has moved payload. */
+static __always_inline int on_transfer(struct sock* sk, __u32 received, __u32 sent) {
     __u16 family = sk->__sk_common.skc_family;
     if (!is_internet(family) && family != AF_PACKET) {
         return 0;
     }
     struct socket_state* state = state_of(sk);
     if (state) {
-        note_user(state, sk);
+        note_user(state, sk, received, sent);
     }
     return 0;
 }
 
 SEC("tp_btf/sock_send_length")
 int BPF_PROG(on_send, struct sock* sk, int length, int flags) {
-    return on_transfer(sk);
+    return length > 0 ? on_transfer(sk, 0, length) : 0;
 }
 
+/** Whoever only looks, or finds nothing, does not get the socket for it. */
 SEC("tp_btf/sock_recv_length")
 int BPF_PROG(on_receive, struct sock* sk, int length, int flags) {
-    return on_transfer(sk);
+    return length > 0 && !(flags & MSG_PEEK) ? on_transfer(sk, length, 0) : 0;
 }

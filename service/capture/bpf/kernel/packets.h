@@ -8,6 +8,7 @@
 
 #define SOCK_STREAM 1
 #define SOCK_RAW 3
+#define MSG_PEEK 2
 
 #define IPPROTO_HOPOPTS 0
 #define IPPROTO_ICMP 1
@@ -21,6 +22,7 @@
 #define IPPROTO_DSTOPTS 60
 #define IPPROTO_SCTP 132
 #define IPPROTO_UDPLITE 136
+#define IPPROTO_MPTCP 262
 
 #define IPV4_BYTES 20
 #define IPV6_BYTES 40

@@ -222,7 +222,7 @@ int BPF_PROG(on_state, struct sock* sk, int before, int after) {
     state->is_new = 1;
     state->received_before = 0;
     state->sent_before = 0;
-    note_user(state, sk);
+    note_user(state, sk, 0, 0);
     state->kind = after == TCP_LISTEN ? KIND_LISTENER : KIND_STREAM;
     state->direction = after == TCP_LISTEN ? DIRECTION_INPUT : DIRECTION_OUTPUT;
     return 0;
@@ -231,6 +231,7 @@ int BPF_PROG(on_state, struct sock* sk, int before, int after) {
 static __always_inline int end_stream(struct sock* sk) {
     struct socket_state* state = bpf_sk_storage_get(&sockets, sk, 0, 0);
     if (state) {
+        follow_multipath(state, sk);
         end_flow(state, sk);
     }
     return 0;

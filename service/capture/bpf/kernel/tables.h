@@ -17,9 +17,11 @@
 /**
  * Tells of what is new; 1 when the flow has ended by its quiet. A full page is written again from the start.
  */
-static __always_inline int report(struct seq_file* sequence, struct tracked_flow* tracked,
-                                  int ends_by_quiet) {
+static __noinline int report(struct seq_file* sequence, struct tracked_flow* tracked, int ends_by_quiet) {
     struct flow told;
+    if (!sequence || !tracked) {
+        return 0;
+    }
     const __u64 news = whats_new(tracked, &told);
     if (told.ended) {  // put aside when there was no room to tell of its end
         if (bpf_seq_write(sequence, &told, sizeof(told)) == 0) {
@@ -56,6 +58,7 @@ int read_sockets(struct bpf_iter__bpf_sk_storage_map* context) {
     }
     ++occupancy.sockets;
     state->new_flows = 0;
+    follow_multipath(state, sk);
     refresh_payload(state, sk);
     const int ends_by_quiet = state->kind != KIND_STREAM;
     if (state->flow.flow.id && report(context->meta->seq, &state->flow, ends_by_quiet)) {

@@ -122,7 +122,22 @@ struct tcp_sock {
     __u64 bytes_acked;
     __u32 snd_nxt;
     __u32 snd_una;
+    __u32 write_seq;
+    __u32 rcv_nxt;
+    __u32 copied_seq;
     _Bool is_mptcp;
+};
+
+struct inet_connection_sock {
+    void* icsk_ulp_data;
+};
+
+struct mptcp_subflow_context {
+    struct sock* conn;
+};
+
+struct mptcp_sock {
+    __u64 local_key;
 };
 
 struct socket {

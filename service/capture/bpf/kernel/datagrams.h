@@ -43,9 +43,9 @@ static __always_inline int same_peer(const struct flow* flow, const struct packe
 }
 
 /** The flow with the peer among those beside the storage; null when there is no room for another. */
-static __always_inline struct tracked_flow* flow_beside(struct socket_state* state,
-                                                        const struct socket_facts* facts,
-                                                        const struct packet* packet, __u8 direction) {
+static __noinline struct tracked_flow* flow_beside(struct socket_state* state,
+                                                   const struct socket_facts* facts,
+                                                   const struct packet* packet, __u8 direction) {
     struct flow_key key = {.socket = state->id,
                            .remote_port = packet->ends.remote_port,
                            .protocol = packet->protocol,

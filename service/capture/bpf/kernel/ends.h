@@ -5,7 +5,8 @@
 /** 1 when the other end has sent its last, which TCP counts as if it were a byte. For any pointer to a socket. */
 static __always_inline int has_fin(void* sk) {
     struct sock* address = sk;
-    return BPF_CORE_READ(address, __sk_common.skc_flags) >> bpf_core_enum_value(enum sock_flags, SOCK_DONE) & 1;
+    return BPF_CORE_READ(address, __sk_common.skc_flags) >> bpf_core_enum_value(enum sock_flags, SOCK_DONE) &
+           1;
 }
 
 /** Payload that a TCP socket took in order. */

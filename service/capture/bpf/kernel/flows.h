@@ -20,6 +20,21 @@ static __always_inline struct rest_key rest_of(__u64 executable, __u16 domain, _
     return key;
 }
 
+/** What an entry of a table is made of that is filled in its place: for the stack, it is large. */
+static const struct tracked_flow blank_flow = {};
+
+static __always_inline void fill_rest(struct flow* rest, const struct rest_key* key) {
+    rest->executable = key->executable;
+    rest->opened = bpf_ktime_get_boot_ns();
+    rest->protocol = key->protocol;
+    rest->domain = key->domain;
+    rest->type = key->protocol == IPPROTO_TCP ? SOCK_STREAM : SOCK_RAW;
+    rest->grade = OWNER_SURE;
+    rest->direction = key->direction;
+    barrier();
+    rest->id = new_id();  // last: from now on it is told
+}
+
 /** Counts what has no flow of its own. */
 static __noinline int count_rest(const struct rest_key* key, const struct amount* amount, enum way way) {
     if (!key || !amount || !amount->wire) {
@@ -27,17 +42,11 @@ static __noinline int count_rest(const struct rest_key* key, const struct amount
     }
     struct tracked_flow* rest = bpf_map_lookup_elem(&rests, key);
     if (!rest) {
-        struct tracked_flow fresh = {};
-        fresh.flow.id = new_id();
-        fresh.flow.executable = key->executable;
-        fresh.flow.opened = bpf_ktime_get_boot_ns();
-        fresh.flow.protocol = key->protocol;
-        fresh.flow.domain = key->domain;
-        fresh.flow.type = key->protocol == IPPROTO_TCP ? SOCK_STREAM : SOCK_RAW;
-        fresh.flow.grade = OWNER_SURE;
-        fresh.flow.direction = key->direction;
-        bpf_map_update_elem(&rests, key, &fresh, BPF_NOEXIST);
+        const int is_first = bpf_map_update_elem(&rests, key, &blank_flow, BPF_NOEXIST) == 0;
         rest = bpf_map_lookup_elem(&rests, key);
+        if (rest && is_first) {
+            fill_rest(&rest->flow, key);
+        }
     }
     if (rest) {
         count(&rest->flow, way, amount);
@@ -88,14 +97,32 @@ static __always_inline struct flow_key key_of(const struct flow* flow) {
  * either.
  */
 static __noinline int put_aside(const struct flow* told) {
-    struct tracked_flow last = {};
     if (!told) {
         return 0;
     }
-    last.flow = *told;
-    last.is_known = 1;
     struct flow_key key = key_of(told);
-    return bpf_map_update_elem(&flows, &key, &last, BPF_NOEXIST) == 0;
+    if (bpf_map_update_elem(&flows, &key, &blank_flow, BPF_NOEXIST)) {
+        return 0;
+    }
+    struct tracked_flow* last = bpf_map_lookup_elem(&flows, &key);
+    if (!last) {
+        return 0;
+    }
+    last->flow.socket = told->socket;
+    last->flow.executable = told->executable;
+    last->flow.opened = told->opened;
+    last->flow.received = told->received;
+    last->flow.sent = told->sent;
+    last->flow.ends = told->ends;
+    last->flow.protocol = told->protocol;
+    last->flow.domain = told->domain;
+    last->flow.type = told->type;
+    last->flow.grade = told->grade;
+    last->flow.direction = told->direction;
+    last->flow.ended = told->ended;
+    barrier();
+    last->flow.id = told->id;  // last: from now on it is told
+    return 1;
 }
 
 /** Payload that has moved, and is not the owner's. */
@@ -151,7 +178,7 @@ static __noinline int change_hands(struct tracked_flow* tracked, __u64 executabl
     // What nobody was sure of, and was not told, was the new owner's all the time.
     if (tracked->flow.executable != executable && (tracked->flow.grade == OWNER_SURE || tracked->is_known)) {
         tell_end(tracked, foreign);
-        tracked->flow.opened = bpf_ktime_get_ns();
+        tracked->flow.opened = bpf_ktime_get_boot_ns();
         tracked->flow.id = new_id();
         tracked->is_known = 0;
         tracked->waited = 0;

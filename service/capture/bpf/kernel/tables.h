@@ -19,7 +19,7 @@
  */
 static __noinline int report(struct seq_file* sequence, struct tracked_flow* tracked, int ends_by_quiet) {
     struct flow told;
-    if (!sequence || !tracked) {
+    if (!sequence || !tracked || !tracked->flow.id) {
         return 0;
     }
     const __u64 news = whats_new(tracked, &told);

@@ -15,6 +15,8 @@ namespace service {
 
 namespace {
 
+constexpr int maxQuietPolls = 60;  ///< as many as the kernel's flows have that end by their quiet
+
 std::uint64_t sinceBoot() {
     timespec now{};
     ::clock_gettime(CLOCK_BOOTTIME, &now);
@@ -89,6 +91,7 @@ std::vector<TrafficSample> BpfSource::poll(Moment now) {
         m_Samples.push_back(std::move(sample));
     }
     m_Closing = std::move(m_ClosingNext);
+    closeQuietLate();
     noteStatus();
     return std::exchange(m_Samples, {});
 }
@@ -127,14 +130,30 @@ void BpfSource::enter(const flow& reported) {
     m_Samples.push_back(std::move(sample));
 }
 
-/** A connection that was closed already gets another one beside it, for what came later still. */
+/** A connection that was closed already gets another one beside it, for all that comes later still. */
 void BpfSource::enterLate(TrafficSample& sample) {
     const std::uint64_t key = sample.connectionKey;
     if (!m_Closing.contains(key) && !m_ClosingNext.contains(key)) {
-        sample.connectionKey = m_NextLateKey++;
-        sample.closed = true;
+        const auto [late, isNew] = m_Late.try_emplace(key);
+        sample.connectionKey = isNew ? m_NextLateKey++ : late->second.last.connectionKey;
+        late->second = {.last = sample};
     }
     m_Samples.push_back(std::move(sample));
+}
+
+void BpfSource::closeQuietLate() {
+    for (auto entry = m_Late.begin(); entry != m_Late.end();) {
+        Late& late = entry->second;
+        if (++late.quietPolls < maxQuietPolls) {
+            ++entry;
+            continue;
+        }
+        late.last.closed = true;
+        late.last.moved = {};
+        late.last.payload = {};
+        m_Samples.push_back(std::move(late.last));
+        entry = m_Late.erase(entry);
+    }
 }
 
 void BpfSource::noteStatus() {

@@ -47,6 +47,7 @@ class BpfSource : public TrafficSource {
     TrafficSample sampleOf(const flow& reported);
     void enter(const flow& reported);
     void enterLate(TrafficSample& sample);
+    void closeQuietLate();
     void noteStatus();
 
     const std::unique_ptr<BpfPrograms> m_Programs;
@@ -57,6 +58,13 @@ class BpfSource : public TrafficSource {
      */
     std::unordered_map<std::uint64_t, TrafficSample> m_Closing;
     std::unordered_map<std::uint64_t, TrafficSample> m_ClosingNext;
+
+    /** A connection for what comes after the end of another one. */
+    struct Late {
+        TrafficSample last;  ///< to be given when nothing comes any more
+        int quietPolls = 0;
+    };
+    std::unordered_map<std::uint64_t, Late> m_Late;  ///< by the other one's key
 
     Moment m_Now;                   ///< of the poll
     std::uint64_t m_SinceBoot = 0;  ///< the same, as the kernel's programs count it, in ns

@@ -90,11 +90,12 @@ struct past {
     __u64 socket;
     __u64 executable;
     __u64 opened;
+    __u64 ended;
+    __u32 late; /* packets that came since */
     __u8 domain;
     __u8 type;
     __u8 direction;
     __u8 lingers;
-    __u8 unused[4];
 };
 
 struct {

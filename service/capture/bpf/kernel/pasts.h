@@ -2,6 +2,12 @@
 /* Flows that have ended lately: packets that come after the end are still those of the last owner. */
 #pragma once
 
+/** Twice the time of TIME_WAIT. Whoever still sends then does not send to the last owner. */
+#define MAX_PAST_NS (120 * 1000000000ull)
+
+/** Of one flow, told one by one. The owner gets others without their ends, so that nobody fills the ring from outside. */
+#define MAX_TOLD_LATE 16
+
 static __always_inline void remember_past(const struct flow* flow, __u32 netns) {
     struct past_key key = {.netns = netns, .protocol = flow->protocol, .ends = flow->ends};
     struct past past = {
@@ -9,6 +15,7 @@ static __always_inline void remember_past(const struct flow* flow, __u32 netns) 
         .socket = flow->socket,
         .executable = flow->executable,
         .opened = flow->opened,
+        .ended = bpf_ktime_get_ns(),
         .domain = flow->domain,
         .type = flow->type,
         .direction = flow->direction,
@@ -19,15 +26,17 @@ static __always_inline void remember_past(const struct flow* flow, __u32 netns) 
 
 static __always_inline struct past* find_past(const struct packet* packet, __u32 netns) {
     struct past_key key = {.netns = netns, .protocol = packet->protocol, .ends = packet->ends};
-    return bpf_map_lookup_elem(&pasts, &key);
+    struct past* past = bpf_map_lookup_elem(&pasts, &key);
+    return past && bpf_ktime_get_ns() - past->ended < MAX_PAST_NS ? past : 0;
 }
 
 /** Tells of a packet that came too late for its flow. */
-static __always_inline void tell_late(const struct past* past, const struct packet* packet,
+static __always_inline void tell_late(struct past* past, const struct packet* packet,
                                       const struct amount* amount, enum way way) {
-    struct flow* late = bpf_ringbuf_reserve(&events, sizeof(*late), 0);
+    const int is_told = __sync_fetch_and_add(&past->late, 1) < MAX_TOLD_LATE;
+    struct flow* late = is_told ? bpf_ringbuf_reserve(&events, sizeof(*late), 0) : 0;
     if (!late) {
-        LOSE(events, 1);
+        LOSE(events, is_told);
         struct rest_key rest = rest_of(past->executable, past->domain, packet->protocol, past->direction);
         count_rest(&rest, amount, way);
         return;

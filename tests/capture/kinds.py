@@ -54,6 +54,8 @@ class Kind:
     payload_tolerance: float = 0.001
     apart: tuple = ()  # roles with a root of their own, where paths are not the machine's
     silent: tuple = ()  # roles that move no byte of payload, but headers maybe
+    deaf: tuple = ()  # roles that close before all is there
+    most_rows: dict = field(default_factory=dict)  # connections of a role, at most
     directions: bool = True  # clients' connections are outgoing, servers' incoming
     is_older: bool = False  # its sockets are there before the daemon
     settled_after: float = 0.08  # seconds without a packet
@@ -233,6 +235,8 @@ KINDS = [
         [Program("server", "tcp-passer", "far", {"address": V4, "program": "@handler"}, is_server=True), tcp_client()],
         silent=("server",),
     ),
+    tcp("TCP that passes from hand to hand", client={"program": "@second", "begun": 10 * KILO, "request": 40 * KILO}),
+    tcp("TCP beside a bystander", {"bystander": "@bystander", "linger": 2500}, {"pause": 300}, silent=("bystander",)),
     Kind(
         "TCP in a container",
         [
@@ -270,6 +274,14 @@ KINDS = [
         payload_tolerance=0.02,  # it hands TCP some bytes twice when it deems the first ones late
         **both(protocol=MPTCP),
     ),
+    tcp(
+        "MPTCP of a program for each connection",
+        {"style": "fork", "connections": 2, "program": "@handler", "protocol": MPTCP},
+        {"count": 2, "protocol": MPTCP},
+        lacks=lacks_socket(socket.SOCK_STREAM, MPTCP, "MPTCP"),
+        payload_tolerance=0.02,
+        silent=("server",),
+    ),
     tcp("SCTP", lacks=lacks_socket(socket.SOCK_STREAM, SCTP, "SCTP"), **both(protocol=SCTP)),
     udp("UDP on connected sockets"),
     udp("UDP on unconnected sockets", client={"connected": 0}),
@@ -292,6 +304,14 @@ KINDS = [
     udp("sendmmsg and recvmmsg", client={"method": "mmsg"}),
     udp("UDP by io_uring", lacks=lacks_io_uring, client={"method": "uring", "count": 100}),
     udp("UDP segmented by the kernel", {"gro": 1}, {"method": "gso", "count": 2000, "size": 1200}),
+    udp(
+        "UDP to a program that has closed",
+        {"until": 1},
+        {"connected": 0, "reply": 0, "pause": 200, "count": 300},
+        wire=frozenset({"near sent", "far received"}),  # the kernel rejects them
+        deaf=("server",),
+        most_rows={"server": 3},  # itself, what came late, and what came after that
+    ),
     udp(
         "UDP multicast",
         {"address": "0.0.0.0", "group": "239.77.0.1"},

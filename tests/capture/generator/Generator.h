@@ -87,6 +87,7 @@ void tcpServer(const Arguments& arguments);
 void tcpClient(const Arguments& arguments);
 void tcpHandler(const Arguments& arguments);
 void tcpReceiver(const Arguments& arguments);
+void tcpBystander(const Arguments& arguments);
 void tcpPasser(const Arguments& arguments);
 void udpServer(const Arguments& arguments);
 void udpClient(const Arguments& arguments);

@@ -28,6 +28,20 @@ int makeSocket(const Arguments& arguments, int family) {
     return check(::socket(family, SOCK_STREAM, protocol), "socket");
 }
 
+/** Lets "bystander", another program, have a look at the connection. Goes on when that one finds nothing yet. */
+void showToBystander(int connection, const Arguments& arguments) {
+    int ends[2];
+    check(::pipe(ends), "pipe");
+    if (check(::fork(), "fork") == 0) {
+        check(::dup2(ends[1], STDOUT_FILENO), "dup2");
+        become(arguments.text("bystander"), {"tcp-bystander", "socket=" + std::to_string(connection)});
+    }
+    char ready;
+    check(::read(ends[0], &ready, 1), "wait for the bystander");
+    ::close(ends[0]);
+    ::close(ends[1]);
+}
+
 /**
  * The server's half of an exchange. "linger": ms before it reads on; "first": it does not wait for the client to
  * close.
@@ -36,6 +50,9 @@ Tally serve(int connection, const Arguments& arguments) {
     const std::string method = arguments.text("method");
     Opening opening{};
     check(::recv(connection, &opening, sizeof opening, MSG_WAITALL), "receive an opening");
+    if (!arguments.text("bystander").empty()) {
+        showToBystander(connection, arguments);
+    }
     std::this_thread::sleep_for(std::chrono::milliseconds(arguments.number("linger")));
     receiveStream(connection, opening.request - sizeof opening, method);
     sendStream(connection, opening.reply, method);
@@ -46,17 +63,31 @@ Tally serve(int connection, const Arguments& arguments) {
     return {opening.request, opening.reply};
 }
 
-/** The client's half. */
-Tally demand(int connection, const Arguments& arguments) {
+/** Sends the first `bytes` of a request. "pause": ms behind the very first. */
+void begin(int connection, std::uint64_t bytes, const Arguments& arguments) {
     const Opening opening{arguments.number("request", 1000), arguments.number("reply", 1000)};
+    const std::uint64_t pause = arguments.number("pause");
+    check(::send(connection, &opening, sizeof opening, pause ? 0 : MSG_MORE), "send an opening");
+    std::this_thread::sleep_for(std::chrono::milliseconds(pause));
+    sendStream(connection, bytes - sizeof opening, arguments.text("method"));
+}
+
+/** The client's half. "begun": so many bytes of it have been sent by another program. */
+Tally demand(int connection, const Arguments& arguments) {
+    const std::uint64_t request = arguments.number("request", 1000);
+    const std::uint64_t reply = arguments.number("reply", 1000);
+    const std::uint64_t begun = arguments.number("begun");
     const std::string method = arguments.text("method");
-    check(::send(connection, &opening, sizeof opening, MSG_MORE), "send an opening");
-    sendStream(connection, opening.request - sizeof opening, method);
-    receiveStream(connection, opening.reply, method);
+    if (begun) {
+        sendStream(connection, request - begun, method);
+    } else {
+        begin(connection, request, arguments);
+    }
+    receiveStream(connection, reply, method);
     char none;
     while (arguments.number("last") && ::read(connection, &none, 1) > 0) {
     }
-    return {opening.reply, opening.request};
+    return {reply, request - begun};
 }
 
 int connectTo(const Arguments& arguments) {
@@ -176,7 +207,7 @@ void tcpServer(const Arguments& arguments) {
 
 /**
  * "count" connections one after the other. "wait": says ready when the first is connected and waits for input.
- * "program": another one takes over the connection by exec. "unlink":
+ * "program": another one takes over the connection by exec, after "begun" bytes. "unlink":
  * its file goes first.
  */
 void tcpClient(const Arguments& arguments) {
@@ -194,6 +225,10 @@ void tcpClient(const Arguments& arguments) {
             Arguments forHandler = arguments;
             forHandler.set("socket", std::to_string(connection));
             forHandler.set("client", "1");
+            if (const std::uint64_t begun = arguments.number("begun")) {
+                begin(connection, begun, arguments);
+                report({0, begun});
+            }
             std::vector<std::string> words = forHandler.words();
             words.insert(words.begin(), "tcp-handler");
             become(program, words);
@@ -208,6 +243,17 @@ void tcpClient(const Arguments& arguments) {
 void tcpHandler(const Arguments& arguments) {
     const int connection = static_cast<int>(arguments.number("socket"));
     report(arguments.number("client") ? demand(connection, arguments) : serve(connection, arguments));
+}
+
+/** Finds nothing on a connection, then looks at what comes, and leaves it there. */
+void tcpBystander(const Arguments& arguments) {
+    const int connection = static_cast<int>(arguments.number("socket"));
+    char byte;
+    if (::recv(connection, &byte, 1, MSG_DONTWAIT) >= 0) {
+        die("there is something on the connection already");
+    }
+    announceReady();
+    check(::recv(connection, &byte, 1, MSG_PEEK), "look at a connection");
 }
 
 /** Accepts one connection and hands it to "program" over a local socket. */

@@ -141,10 +141,17 @@ class Datagrams {
     std::vector<char> m_Data;
 };
 
+/** "pause": ms behind the first datagram. */
 Tally exchange(const Arguments& arguments, Datagrams& datagrams) {
     const bool wantsReplies = arguments.number("reply", 100) > 0;
     Tally tally;
-    for (std::uint64_t rest = arguments.number("count", 1); rest > 0;) {
+    std::uint64_t rest = arguments.number("count", 1);
+    if (const std::uint64_t pause = arguments.number("pause")) {
+        tally.sent += datagrams.send(1);
+        --rest;
+        std::this_thread::sleep_for(std::chrono::milliseconds(pause));
+    }
+    while (rest > 0) {
         const std::uint64_t now = std::min(rest, window);
         tally.sent += datagrams.send(now);
         tally.received += wantsReplies ? datagrams.receive(now) : 0;
@@ -195,10 +202,10 @@ void join(int socket, const std::string& group) {
     }
 }
 
-/** Answers the datagrams that are there; with `flags` MSG_DONTWAIT until there are none. */
-void answer(int socket, int flags, Tally& tally) {
+/** Answers `count` of the datagrams that are there; with `flags` MSG_DONTWAIT until there are none. */
+void answer(int socket, int flags, Tally& tally, std::uint64_t count) {
     static const std::array<char, largestDatagram> reply{};
-    while (true) {
+    for (; count > 0; --count) {
         Endpoint client;
         const ssize_t size =
             ::recvfrom(socket, received.data(), received.size(), flags, client.get(), &client.size);
@@ -218,7 +225,10 @@ void answer(int socket, int flags, Tally& tally) {
 
 }  // namespace
 
-/** Until its input ends. "group": joins it; "gro": takes super-packets; "shared": others may have the port too. */
+/**
+ * Until its input ends. "group": joins it; "gro": takes super-packets; "shared": others may have the port too;
+ * "until": closes after so many.
+ */
 void udpServer(const Arguments& arguments) {
     const Endpoint here = Endpoint::of(arguments);
     const int socket = makeSocket(arguments, here.family());
@@ -234,14 +244,22 @@ void udpServer(const Arguments& arguments) {
         setOption(socket, SOL_UDP, UDP_GRO, 1, "UDP_GRO");
     }
     Tally tally;
+    if (const std::uint64_t until = arguments.number("until")) {
+        announceReady();
+        answer(socket, 0, tally, until);
+        ::close(socket);
+        waitForInput();
+        report(tally);
+        return;
+    }
     std::thread ending([socket] {
         announceReady();
         waitForInput();
         ::shutdown(socket, SHUT_RD);  // wakes the other thread, though it says that it is not connected
     });
-    answer(socket, 0, tally);
+    answer(socket, 0, tally, UINT64_MAX);
     ending.join();
-    answer(socket, MSG_DONTWAIT, tally);
+    answer(socket, MSG_DONTWAIT, tally, UINT64_MAX);
     report(tally);
 }
 

@@ -124,13 +124,21 @@ int main(int count, char** words) {
     rememberProgram();
     ::signal(SIGPIPE, SIG_IGN);
     const std::map<std::string_view, void (*)(const Arguments&)> modes{
-        {"tcp-server", tcpServer},       {"tcp-client", tcpClient},
-        {"tcp-handler", tcpHandler},     {"tcp-receiver", tcpReceiver},
-        {"tcp-passer", tcpPasser},       {"udp-server", udpServer},
-        {"udp-client", udpClient},       {"storm", storm},
-        {"container", container},        {"ping", ping},
-        {"packet-sender", packetSender}, {"syn-flood", synFlood},
-        {"port-scan", portScan},         {"tunnel", tunnel},
+        {"tcp-server", tcpServer},
+        {"tcp-client", tcpClient},
+        {"tcp-handler", tcpHandler},
+        {"tcp-receiver", tcpReceiver},
+        {"tcp-passer", tcpPasser},
+        {"udp-server", udpServer},
+        {"udp-client", udpClient},
+        {"storm", storm},
+        {"container", container},
+        {"ping", ping},
+        {"packet-sender", packetSender},
+        {"syn-flood", synFlood},
+        {"tcp-bystander", tcpBystander},
+        {"port-scan", portScan},
+        {"tunnel", tunnel},
     };
     const auto mode = modes.find(count < 2 ? "" : words[1]);
     if (mode == modes.end()) {

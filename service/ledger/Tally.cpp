@@ -17,7 +17,7 @@ Tally::Tally(const TotalsRecord& totals, std::vector<ApplicationRecord> applicat
 void Tally::record(const TrafficSample& sample, Moment recordedSince, Moment now) {
     ApplicationRecord& application = applicationOf(*sample.application, now);
     ConnectionRecord& connection = connectionOf(sample, application.id, recordedSince, now);
-    if (sample.moved == ByteCount{}) {
+    if (sample.moved == ByteCount{} && sample.payload == ByteCount{}) {
         return;
     }
     const ProtocolClass protocolClass = protocolClassOf(sample.socketProtocol);

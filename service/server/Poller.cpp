@@ -41,7 +41,7 @@ void Poller::run() {
     steady_clock::time_point next = steady_clock::now();
     bool stop = false;
     while (!stop) {
-        poll();
+        poll(&TrafficSource::poll);
         const steady_clock::time_point now = steady_clock::now();
         if (next <= now) {  // else it was woken, and its turn is still to come
             next += interval;
@@ -52,12 +52,12 @@ void Poller::run() {
         m_PollRequested = false;
         stop = m_StopRequested;
     }
-    poll();
+    poll(&TrafficSource::pollLast);
 }
 
-void Poller::poll() {
+void Poller::poll(Poll poll) {
     const Moment now = systemClock();
-    m_Ledger.apply(m_Source.poll(now), now);
+    m_Ledger.apply((m_Source.*poll)(now), now);
     m_OnPolled();
 }
 

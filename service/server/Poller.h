@@ -30,7 +30,8 @@ class Poller {
 
   private:
     void run();
-    void poll();
+    using Poll = std::vector<TrafficSample> (TrafficSource::*)(Moment now);
+    void poll(Poll poll);
 
     TrafficSource& m_Source;
     Ledger& m_Ledger;

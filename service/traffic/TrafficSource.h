@@ -23,6 +23,9 @@ class TrafficSource {
      * one. */
     virtual std::vector<TrafficSample> poll(Moment now) = 0;
 
+    /** As `poll`, and nothing that it knows waits for another one. */
+    virtual std::vector<TrafficSample> pollLast(Moment now) { return poll(now); }
+
     /** How it is doing, for a person; any thread. */
     virtual std::vector<StatusLine> status() const { return {}; }
 };

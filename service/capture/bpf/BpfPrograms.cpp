@@ -89,6 +89,11 @@ std::uint64_t entriesOf(const bpf_map* table) {
     }
 }
 
+void addTo(amount& sum, const amount& more) {
+    sum.wire += more.wire;
+    sum.payload += more.payload;
+}
+
 bpf_link* attachTable(const bpf_program* reader, const bpf_map* table) {
     bpf_iter_link_info info{};
     info.map.map_fd = static_cast<__u32>(bpf_map__fd(table));
@@ -234,9 +239,10 @@ void BpfPrograms::readEvents(const FlowVisitor& visit) {
     ring_buffer__consume(m_Events.get());
 }
 
-void BpfPrograms::readTables(const FlowVisitor& visit) {
+void BpfPrograms::readTables(const FlowVisitor& visit, bool isLast) {
     m_Skeleton->bss->occupancy = {};
     m_ReadingFailure.clear();
+    m_Skeleton->bss->is_last_reading = isLast;
     readFlows(m_Sockets, visit);
     readFlows(m_Flows, visit);
     forgetHandshakes();
@@ -254,31 +260,52 @@ void BpfPrograms::readTable(const Link& table, const Visit& visit) {
 void BpfPrograms::readFlows(const Link& table, const FlowVisitor& visit) {
     std::vector<flow> ended;
     readTable<flow>(table, [&](const flow& reported) {
-        visit(reported);
-        if (reported.ended != 0 && &table == &m_Flows) {
+        if (reported.ended != FLOW_LIVES && &table != &m_Sockets) {
             ended.push_back(reported);
+        } else {
+            visit(reported);
         }
     });
-    for (const flow& past : ended) {
-        forgetEnded(past);
+    for (const flow& last : ended) {
+        takeOut(last, visit);
     }
 }
 
-void BpfPrograms::forgetEnded(const flow& ended) {
-    flow_key key{};
-    key.socket = ended.socket;
-    std::memcpy(key.remote, ended.ends.remote, sizeof(key.remote));
-    key.remote_port = ended.ends.remote_port;
-    key.protocol = ended.protocol;
-    key.version = ended.ends.version;
-    bpf_map__delete_elem(m_Skeleton->maps.flows, &key, sizeof(key), 0);
+void BpfPrograms::takeOut(const flow& ended, const FlowVisitor& visit) {
+    tracked_flow entry{};
+    if (ended.socket == 0) {
+        const rest_key key{ended.executable, ended.protocol, ended.domain, ended.direction};
+        bpf_map__lookup_and_delete_elem(m_Skeleton->maps.rests, &key, sizeof(key), &entry, sizeof(entry), 0);
+    } else {
+        flow_key key{};
+        key.socket = ended.socket;
+        std::memcpy(key.remote, ended.ends.remote, sizeof(key.remote));
+        key.remote_port = ended.ends.remote_port;
+        key.protocol = ended.protocol;
+        key.version = ended.ends.version;
+        bpf_map__lookup_and_delete_elem(m_Skeleton->maps.flows, &key, sizeof(key), &entry, sizeof(entry), 0);
+    }
+    flow last = ended;
+    if (entry.flow.id == ended.id) {
+        addTo(last.received, entry.flow.received);
+        addTo(last.sent, entry.flow.sent);
+    } else if (entry.flow.id != 0) {  // it passed into other hands this very moment
+        entry.flow.ended = FLOW_ENDED;
+        visit(entry.flow);
+    }
+    visit(last);
 }
 
 void BpfPrograms::forgetHandshakes() {
     std::vector<handshake_key> old;
     readTable<handshake_key>(m_Handshakes, [&](const handshake_key& key) { old.push_back(key); });
     for (const handshake_key& key : old) {
-        bpf_map__delete_elem(m_Skeleton->maps.handshakes, &key, sizeof(key), 0);
+        handshake last{};
+        bpf_map__lookup_and_delete_elem(m_Skeleton->maps.handshakes, &key, sizeof(key), &last, sizeof(last),
+                                        0);
+        // Of packets since the reading, milliseconds ago.
+        __atomic_fetch_add(&m_Skeleton->bss->losses.bytes, last.received.wire + last.sent.wire,
+                           __ATOMIC_RELAXED);
     }
 }
 

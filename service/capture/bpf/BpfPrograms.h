@@ -42,8 +42,11 @@ class BpfPrograms {
      */
     void readEvents(const FlowVisitor& visit);
 
-    /** Visits every flow that moved bytes since it was visited before, or ended by its quiet. */
-    void readTables(const FlowVisitor& visit);
+    /**
+     * Visits every flow that moved bytes since it was visited before, or ended by its quiet. Those whose owner is
+     * not sure yet may wait for a later call, unless this is the last one.
+     */
+    void readTables(const FlowVisitor& visit, bool isLast);
 
     /** What is known of an executable; nothing when it is not, any more. */
     std::optional<executable> findExecutable(__u64 hash) const;
@@ -91,7 +94,9 @@ class BpfPrograms {
     template <class Record, class Visit>
     void readTable(const Link& table, const Visit& visit);
     void readFlows(const Link& table, const FlowVisitor& visit);
-    void forgetEnded(const flow& ended);
+
+    /** Takes a flow that ended out of its table, and visits it with what it has moved to the last. */
+    void takeOut(const flow& ended, const FlowVisitor& visit);
     void forgetHandshakes();
 
     const std::unique_ptr<capture_bpf, Unload> m_Skeleton;

@@ -79,13 +79,13 @@ std::unique_ptr<BpfSource> BpfSource::create(std::string& error, const KernelFea
 BpfSource::BpfSource(std::unique_ptr<BpfPrograms> programs)
     : m_Programs(std::move(programs)), m_Names(*m_Programs) {}
 
-std::vector<TrafficSample> BpfSource::poll(Moment now) {
+std::vector<TrafficSample> BpfSource::read(Moment now, bool isLast) {
     m_Now = now;
     m_SinceBoot = sinceBoot();
     m_ClosingNext.clear();
     const auto enter = [this](const flow& reported) { this->enter(reported); };
     m_Programs->readEvents(enter);
-    m_Programs->readTables(enter);
+    m_Programs->readTables(enter, isLast);
     for (auto& [key, sample] : m_Closing) {
         sample.closed = true;
         m_Samples.push_back(std::move(sample));

@@ -29,7 +29,8 @@ class BpfSource : public TrafficSource {
                                              const KernelFeatures& features = KernelFeatures::ofThisKernel());
 
     std::string_view name() const override { return "bpf"; }
-    std::vector<TrafficSample> poll(Moment now) override;
+    std::vector<TrafficSample> poll(Moment now) override { return read(now, false); }
+    std::vector<TrafficSample> pollLast(Moment now) override { return read(now, true); }
     std::vector<StatusLine> status() const override;
 
   private:
@@ -44,6 +45,7 @@ class BpfSource : public TrafficSource {
 
     explicit BpfSource(std::unique_ptr<BpfPrograms> programs);
 
+    std::vector<TrafficSample> read(Moment now, bool isLast);
     TrafficSample sampleOf(const flow& reported);
     void enter(const flow& reported);
     void enterLate(TrafficSample& sample);

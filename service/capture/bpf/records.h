@@ -76,15 +76,13 @@ struct flow {
     __u8 direction;
     __u8 ended;             /* one of flow_end */
     __u8 lingers;           /* packets may still come after its end */
-    struct amount received; /* as told to the daemon: since it was told before */
+    struct amount received; /* since the daemon was told of it, which takes them out of here */
     struct amount sent;
 };
 
-/** A flow in its place in the kernel. Its bytes there are those since it began, and only ever grow. */
+/** A flow in its place in the kernel. */
 struct tracked_flow {
     struct flow flow;
-    struct amount told_received; /* what the daemon knows of them */
-    struct amount told_sent;
     __u32 quiet;    /* readings of the tables in a row that found nothing new */
     __u16 waited;   /* readings that left it out because its owner was not sure yet */
     __u16 is_known; /* to the daemon, by its id */

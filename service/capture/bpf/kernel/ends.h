@@ -32,9 +32,11 @@ static __always_inline __u64 payload_sent(void* sk) {
     return handed_down < sequence ? handed_down : sequence;
 }
 
-static __always_inline void raise_to(__u64* count, __u64 value) {
-    if ((__s64)(value - *count) > 0) {
-        *count = value;
+/** Adds what TCP has counted since `before`, where its count is kept; once, whoever does it at the same time. */
+static __always_inline void add_growth(__u64* payload, __u64* before, __u64 now) {
+    const __u64 known = *before;
+    if ((__s64)(now - known) > 0 && __sync_val_compare_and_swap(before, known, now) == known) {
+        __sync_fetch_and_add(payload, now - known);
     }
 }
 
@@ -44,8 +46,8 @@ static __always_inline void raise_to(__u64* count, __u64 value) {
  */
 static __always_inline void refresh_payload(struct socket_state* state, void* sk) {
     if (state->kind == KIND_STREAM && state->flow.flow.id) {
-        raise_to(&state->flow.flow.received.payload, payload_received(sk) - state->received_before);
-        raise_to(&state->flow.flow.sent.payload, payload_sent(sk) - state->sent_before);
+        add_growth(&state->flow.flow.received.payload, &state->received_before, payload_received(sk));
+        add_growth(&state->flow.flow.sent.payload, &state->sent_before, payload_sent(sk));
     }
 }
 
@@ -58,10 +60,10 @@ static __noinline int end_flow(struct socket_state* state, void* sk) {
     struct tracked_flow* tracked = &state->flow;
     const struct foreign none = {};
     refresh_payload(state, sk);
-    tell_end(tracked, &none);
+    tell_end(tracked, tracked->flow.executable, &none);
     if (tracked->flow.protocol == IPPROTO_TCP || tracked->flow.protocol == IPPROTO_UDP) {
         remember_past(&tracked->flow, BPF_CORE_READ(address, __sk_common.skc_net.net, ns.inum));
     }
-    __builtin_memset(tracked, 0, sizeof(*tracked));
+    free_place(tracked);
     return 0;
 }

@@ -62,25 +62,27 @@ static __always_inline int count_kernels(__u16 domain, __u16 protocol, const str
     return count_rest(&key, amount, way);
 }
 
-static __always_inline struct amount since(struct amount now, const struct amount* told) {
-    struct amount amount = {now.wire - told->wire, now.payload - told->payload};
-    return amount;
+/** Takes bytes out of their place: no other processor gets them as well, and none are lost that it adds meanwhile. */
+static __always_inline struct amount take(struct amount* place) {
+    struct amount taken = {__sync_lock_test_and_set(&place->wire, 0),
+                           __sync_lock_test_and_set(&place->payload, 0)};
+    return taken;
 }
 
-/** Makes `told` hold what happened since the flow was told of; returns the wire bytes of it. */
-static __always_inline __u64 whats_new(const struct tracked_flow* tracked, struct flow* told) {
-    *told = tracked->flow;
-    told->received = since(told->received, &tracked->told_received);
-    told->sent = since(told->sent, &tracked->told_sent);
-    return told->received.wire + told->sent.wire;
+static __always_inline int has_news(const struct flow* flow) {
+    return (flow->received.wire | flow->received.payload | flow->sent.wire | flow->sent.payload) != 0;
 }
 
-static __always_inline void mark_told(struct tracked_flow* tracked, const struct flow* told) {
-    tracked->told_received.wire += told->received.wire;
-    tracked->told_received.payload += told->received.payload;
-    tracked->told_sent.wire += told->sent.wire;
-    tracked->told_sent.payload += told->sent.payload;
-    tracked->is_known = 1;
+/** Makes `told` a copy of a flow, and takes its bytes out of it. */
+static __always_inline void take_news(struct flow* flow, struct flow* told) {
+    *told = *flow;
+    told->received = take(&flow->received);
+    told->sent = take(&flow->sent);
+}
+
+static __always_inline void put_back(struct flow* flow, const struct flow* told) {
+    add(&flow->received, &told->received);
+    add(&flow->sent, &told->sent);
 }
 
 static __always_inline struct flow_key key_of(const struct flow* flow) {
@@ -131,30 +133,34 @@ struct foreign {
     __u64 sent;
 };
 
-/** Takes payload out of an amount, with its part of the headers. */
-static __always_inline void leave_out(struct amount* amount, __u64 payload) {
-    const __u64 left_out = payload < amount->payload ? payload : amount->payload;
-    if (left_out) {
-        amount->wire -= (amount->wire << 16) / amount->payload * left_out >> 16;
-        amount->payload -= left_out;
+/** Puts payload back from `told` to its place, with its part of the headers. */
+static __always_inline void leave_out(struct amount* told, __u64 payload, struct amount* place) {
+    struct amount left_out = {.payload = payload < told->payload ? payload : told->payload};
+    if (left_out.payload) {
+        left_out.wire = (told->wire << 16) / told->payload * left_out.payload >> 16;
+        told->wire -= left_out.wire;
+        told->payload -= left_out.payload;
+        add(place, &left_out);
     }
 }
 
 /**
- * Tells at once that a flow has ended, but for the bytes that are `foreign`. Where it can't, its bytes go to the
- * rest.
+ * Tells at once that a flow of an executable has ended, but for the bytes that are `foreign`. Where it can't, its
+ * bytes go to the rest.
  */
-static __noinline int tell_end(struct tracked_flow* tracked, const struct foreign* foreign) {
+static __noinline int tell_end(struct tracked_flow* tracked, __u64 executable,
+                               const struct foreign* foreign) {
     struct flow told;
     if (!tracked || !foreign) {
         return 0;
     }
-    whats_new(tracked, &told);
-    leave_out(&told.received, foreign->received);
-    leave_out(&told.sent, foreign->sent);
-    if (!tracked->is_known && told.received.wire + told.sent.wire == 0) {
+    take_news(&tracked->flow, &told);
+    leave_out(&told.received, foreign->received, &tracked->flow.received);
+    leave_out(&told.sent, foreign->sent, &tracked->flow.sent);
+    if (!tracked->is_known && !has_news(&told)) {
         return 0;
     }
+    told.executable = executable;
     told.ended = FLOW_ENDED;
     if (bpf_ringbuf_output(&events, &told, sizeof(told), BPF_RB_NO_WAKEUP) && !put_aside(&told)) {
         LOSE(events, 1);
@@ -162,7 +168,6 @@ static __noinline int tell_end(struct tracked_flow* tracked, const struct foreig
         count_rest(&rest, &told.received, RECEIVED);
         count_rest(&rest, &told.sent, SENT);
     }
-    mark_told(tracked, &told);
     return 0;
 }
 
@@ -175,17 +180,33 @@ static __noinline int change_hands(struct tracked_flow* tracked, __u64 executabl
     if (!tracked || !foreign) {
         return 0;
     }
-    // What nobody was sure of, and was not told, was the new owner's all the time.
-    if (tracked->flow.executable != executable && (tracked->flow.grade == OWNER_SURE || tracked->is_known)) {
-        tell_end(tracked, foreign);
+    const __u64 before = tracked->flow.executable;
+    const int was_owned = tracked->flow.grade == OWNER_SURE || tracked->is_known;
+    tracked->flow.grade = grade;
+    if (before == executable ||
+        __sync_val_compare_and_swap(&tracked->flow.executable, before, executable) != before) {
+        return 0;
+    }
+    if (was_owned) {  // else what was not told was the new owner's all the time
+        tell_end(tracked, before, foreign);
         tracked->flow.opened = bpf_ktime_get_boot_ns();
         tracked->flow.id = new_id();
         tracked->is_known = 0;
         tracked->waited = 0;
     }
-    tracked->flow.executable = executable;
-    tracked->flow.grade = grade;
     return 0;
+}
+
+/** Makes room for another flow where one has ended. Its counts stay: somebody may be adding to them. */
+static __always_inline void free_place(struct tracked_flow* tracked) {
+    tracked->quiet = 0;
+    tracked->waited = 0;
+    tracked->is_known = 0;
+    tracked->flow.ended = FLOW_LIVES;
+    tracked->flow.lingers = 0;
+    barrier();
+    tracked->flow.id = 0;
+    tracked->flow.opened = 0;
 }
 
 /** What a socket is to its flows; read from its storage and from the socket itself. */

@@ -40,7 +40,7 @@ struct socket_state {
     __u64 id;     /* unique until the next start */
     __u64 parent; /* the listener whose handshake it has not taken over yet; else 0 */
     __u64 executable;
-    __u64 received_before; /* payload of a TCP socket that is older than its flow */
+    __u64 received_before; /* TCP's own counts of payload, as far as the flow has them or is younger */
     __u64 sent_before;
     __u64 new_flows; /* since the latest reading of the tables */
 };
@@ -178,6 +178,7 @@ struct {
 const volatile __u64 path_seed = 0; /* so that nobody can make a path with the hash of another */
 
 __u32 scan_pass = SCAN_OWNERS;
+__u32 is_last_reading = 0; /* of the tables: nothing can wait for another one */
 __u64 next_id = 1;
 __u64 machine_root = 0; /* a dentry's address; set before any hook is attached */
 __u64 names = 0;        /* of entries in `executables`; the daemon counts down those that it takes out */

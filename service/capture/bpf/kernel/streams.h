@@ -73,15 +73,15 @@ static __always_inline void take_handshake(struct __sk_buff* skb, struct socket_
     if (!found) {
         return;
     }
-    struct handshake handshake = *found;
-    if (bpf_map_delete_elem(&handshakes, &key) == 0) {
-        __sync_fetch_and_add(&flow->received.wire, handshake.received.wire);
-        __sync_fetch_and_add(&flow->sent.wire, handshake.sent.wire);
-        flow->opened = handshake.opened;
-        if (way == RECEIVED && was_at_listener(skb, &handshake)) {
-            flow->received.wire -= skb->len;
-        }
+    struct amount received = take(&found->received);
+    struct amount sent = take(&found->sent);
+    flow->opened = found->opened;
+    if (way == RECEIVED && received.wire >= skb->len && was_at_listener(skb, found)) {
+        received.wire -= skb->len;
     }
+    bpf_map_delete_elem(&handshakes, &key);
+    __sync_fetch_and_add(&flow->received.wire, received.wire);
+    __sync_fetch_and_add(&flow->sent.wire, sent.wire);
 }
 
 /** The socket's own ends: address translation may have changed the packet's. */

@@ -22,15 +22,11 @@ static __noinline int report(struct seq_file* sequence, struct tracked_flow* tra
     if (!sequence || !tracked || !tracked->flow.id) {
         return 0;
     }
-    const __u64 news = whats_new(tracked, &told);
-    if (told.ended) {  // put aside when there was no room to tell of its end
-        if (bpf_seq_write(sequence, &told, sizeof(told)) == 0) {
-            mark_told(tracked, &told);
-        }
-        return 0;
-    }
-    if (!news) {
+    struct flow* flow = &tracked->flow;
+    if (!has_news(flow) && !flow->ended) {
         const __u32 quiet = tracked->quiet + 1;
+        told = *flow;
+        told.received = told.sent = (struct amount){};  // what comes just now is told another time
         told.ended = ends_by_quiet && quiet >= QUIET_READINGS;
         if (told.ended && bpf_seq_write(sequence, &told, sizeof(told))) {
             return 0;
@@ -39,12 +35,16 @@ static __noinline int report(struct seq_file* sequence, struct tracked_flow* tra
         return told.ended;
     }
     tracked->quiet = 0;
-    if (told.grade != OWNER_SURE && tracked->waited < MAX_WAIT) {
+    // One that has ended was put aside when there was no room to tell of its end.
+    if (flow->grade != OWNER_SURE && tracked->waited < MAX_WAIT && !flow->ended && !is_last_reading) {
         ++tracked->waited;
         return 0;
     }
-    if (bpf_seq_write(sequence, &told, sizeof(told)) == 0) {
-        mark_told(tracked, &told);
+    take_news(flow, &told);
+    if (bpf_seq_write(sequence, &told, sizeof(told))) {
+        put_back(flow, &told);
+    } else {
+        tracked->is_known = 1;
     }
     return 0;
 }
@@ -62,18 +62,18 @@ int read_sockets(struct bpf_iter__bpf_sk_storage_map* context) {
     refresh_payload(state, sk);
     const int ends_by_quiet = state->kind != KIND_STREAM;
     if (state->flow.flow.id && report(context->meta->seq, &state->flow, ends_by_quiet)) {
-        __builtin_memset(&state->flow, 0, sizeof(state->flow));
+        free_place(&state->flow);
     }
     return 0;
 }
 
-/** For `flows` and `rests`. The daemon takes those that ended out of the former. */
+/** For `flows` and `rests`. The daemon takes out those that ended. */
 SEC("iter/bpf_map_elem")
 int read_flows(struct bpf_iter__bpf_map_elem* context) {
     struct tracked_flow* tracked = context->value;
     if (tracked) {
         ++*(tracked->flow.socket ? &occupancy.flows : &occupancy.rests);
-        report(context->meta->seq, tracked, tracked->flow.socket != 0);
+        report(context->meta->seq, tracked, 1);
     }
     return 0;
 }
@@ -90,13 +90,12 @@ int read_handshakes(struct bpf_iter__bpf_map_elem* context) {
         return 0;
     }
     ++occupancy.handshakes;
-    if (bpf_ktime_get_boot_ns() - handshake->opened < MAX_HANDSHAKE_NS) {
+    if (bpf_ktime_get_boot_ns() - handshake->opened < MAX_HANDSHAKE_NS && !is_last_reading) {
         return 0;
     }
     if (bpf_seq_write(context->meta->seq, (void*)key, sizeof(*key)) == 0) {
-        struct amount received = handshake->received;
-        struct amount sent = handshake->sent;
-        __builtin_memset(&handshake->received, 0, 2 * sizeof(struct amount));
+        struct amount received = take(&handshake->received);
+        struct amount sent = take(&handshake->sent);
         struct rest_key rest =
             rest_of(handshake->executable, handshake->domain, IPPROTO_TCP, DIRECTION_INPUT);
         count_rest(&rest, &received, RECEIVED);

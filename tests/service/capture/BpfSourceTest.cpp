@@ -30,6 +30,23 @@ std::string ownPath() {
     return std::filesystem::read_symlink("/proc/self/exe").string();
 }
 
+sockaddr_in loopback(std::uint16_t port) {
+    return {AF_INET, htons(port), {htonl(INADDR_LOOPBACK)}, {}};
+}
+
+FileDescriptor datagramSocketAt(std::uint16_t port) {
+    FileDescriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    const sockaddr_in address = loopback(port);
+    EXPECT_EQ(::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
+    return socket;
+}
+
+void send(const FileDescriptor& socket, std::uint16_t port) {
+    const sockaddr_in address = loopback(port);
+    EXPECT_EQ(
+        ::sendto(socket.get(), "123", 3, 0, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 3);
+}
+
 /** In a network namespace of its own: it counts for the whole machine, and is to see nothing else there. */
 class BpfSourceTest : public ::testing::Test {
   protected:
@@ -134,13 +151,48 @@ TEST_F(BpfSourceTest, SaysSoAsLongAsTheTablesCannotBeRead) {
     EXPECT_EQ(failure(), "");
 }
 
+TEST_F(BpfSourceTest, HoldsNothingBackWhenAskedForTheLastTime) {
+    const FileDescriptor receiver = datagramSocketAt(4010);  // never read: it may be another program's yet
+    send(datagramSocketAt(4011), 4010);
+    std::int64_t payload = 0;
+    for (const TrafficSample& sample : m_Source->pollLast(systemClock())) {
+        payload += sample.local.port == 4010 ? sample.payload.received : 0;
+    }
+    EXPECT_EQ(payload, 3);
+}
+
+TEST_F(BpfSourceTest, EndsByQuietWhatComesAfterAnEnd) {
+    const FileDescriptor sender = datagramSocketAt(4013);
+    {
+        const FileDescriptor receiver = datagramSocketAt(4012);
+        send(sender, 4012);
+        char piece[4];
+        EXPECT_EQ(::recv(receiver.get(), piece, sizeof(piece), 0), 3);
+    }
+    pollFor(ownPath(), 4012);
+    constexpr int late = 20, toldOneByOne = 16, datagram = 20 + 8 + 3;
+    for (int i = 0; i < late; ++i) {
+        send(sender, 4012);
+    }
+    std::map<std::uint16_t, TrafficSample> last;  // by port; 0 for what is counted without one
+    std::map<std::uint16_t, std::int64_t> received;
+    for (int i = 0; i < 62; ++i) {
+        for (const TrafficSample& sample : m_Source->poll(systemClock())) {
+            if (sample.application->path == ownPath() && sample.direction == Direction::Input) {
+                last[sample.local.port] = sample;
+                received[sample.local.port] += sample.moved.received;
+            }
+        }
+    }
+    EXPECT_EQ(received[4012], toldOneByOne * datagram);
+    EXPECT_EQ(received[0], (late - toldOneByOne) * datagram);
+    EXPECT_TRUE(last[4012].closed && last[0].closed);
+}
+
 TEST_F(BpfSourceTest, LeavesToTheKernelWhatTheKernelSays) {
     constexpr std::uint16_t none = 0;  // what the kernel says is not kept by peers
     pollFor("", none);
-    const FileDescriptor sender(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    const sockaddr_in nobody{AF_INET, htons(4004), {htonl(INADDR_LOOPBACK)}, {}};
-    EXPECT_EQ(::sendto(sender.get(), "123", 3, 0, reinterpret_cast<const sockaddr*>(&nobody), sizeof(nobody)),
-              3);
+    send(datagramSocketAt(4014), 4004);
     const auto found = pollFor("", none, 1);
     ASSERT_TRUE(found.contains(Direction::Undefined));
     constexpr int datagram = 20 + 8 + 3;

@@ -22,7 +22,7 @@ enum class Direction : std::int32_t { Input = 0, Output = 1, Undefined = 2 };
  */
 struct TrafficSample {
     std::uint64_t connectionKey = 0;  ///< unique within the source for the daemon's life
-    std::shared_ptr<const ApplicationIdentity> application;  ///< never null
+    std::shared_ptr<const ApplicationIdentity> application;  ///< never null; one for all samples of a key
     std::int32_t socketDomain = 0;                           ///< AF_INET or AF_INET6
     std::int32_t socketType = 0;                             ///< SOCK_STREAM, SOCK_DGRAM, ...
     std::int32_t socketProtocol = 0;                         ///< 6 TCP, 17 UDP, ...

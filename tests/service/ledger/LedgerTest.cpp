@@ -147,17 +147,6 @@ TEST_F(LedgerTest, AClearingThatIsGivenUpLeavesNoTrace) {
     EXPECT_EQ(after.connections[0].bytes.received, 103);
 }
 
-TEST_F(LedgerTest, AConnectionThatWasHandedOnBelongsToWhoMovedBytesLast) {
-    const LedgerChanges changes = apply(3, {sampleOf(1, "/listener", {1, 0}), sampleOf(1, "/worker", {10, 0}),
-                                            sampleOf(1, "/listener", {}, true)});
-    ASSERT_EQ(changes.applications.size(), 2u);
-    EXPECT_EQ(changes.applications[0].counters.total().received, 1);
-    EXPECT_EQ(changes.applications[1].counters.total().received, 10);
-    ASSERT_EQ(changes.connections.size(), 1u);
-    EXPECT_EQ(changes.connections[0].applicationId, changes.applications[1].id);
-    EXPECT_EQ(changes.connections[0].bytes.received, 11);
-}
-
 TEST_F(LedgerTest, NothingIsLeftOfAnApplicationThatIsNotRecorded) {
     Ledger strict({}, allBut("/a"));
     strict.apply({sampleOf(1, "/a", {5, 5}), sampleOf(2, "/a", {5, 5}, true)}, at(1));

@@ -27,11 +27,17 @@ OURS = [ipaddress.ip_network(text) for text in ("10.66.0.0/16", "10.76.0.0/14", 
 KERNEL = ""
 FOLDER_PREFIX = "nevtora-capture-"
 INPUT, OUTPUT = 0, 1
-BESIDES = ("test_nothing_is_booked_to_strangers", "test_connections_add_up_to_their_applications")
+NEVER = ("lost", "no room for an end", "no memory for a socket", "no room for a name", "not understood")
+BESIDES = (
+    "test_nothing_is_lost",
+    "test_nothing_is_booked_to_strangers",
+    "test_connections_add_up_to_their_applications",
+)
 
 options = None
 trials = {}  # by kind's name
 booked = {}  # by executable, as the daemon tells
+losses = {}  # by name, of those that no kind should bring about
 kept = {}  # as it has written in the end
 connections = []
 
@@ -60,6 +66,7 @@ def setUpModule():
         return inside if (path == inside) != (inside in apart) else f"wrongly {path}"
 
     booked.update((executable(path), application) for path, application in daemon.applications().items())
+    losses.update((name, text) for name, text in daemon.status().items() if name in NEVER)
     daemon.stop()
     connections.extend(row._replace(path=executable(row.path)) for row in daemon.connections())
     kept.update((executable(path), application) for path, application in daemon.history().items())
@@ -116,6 +123,9 @@ class AttributedTraffic(unittest.TestCase):
             if role not in trial.kind.silent:
                 with self.subTest(role=role):
                     self.assertEqual(seen, known, "directions of its connections")
+
+    def test_nothing_is_lost(self):
+        self.assertEqual(losses, {})
 
     def test_connections_add_up_to_their_applications(self):
         rows = Counter(), Counter()

@@ -59,6 +59,7 @@ class Connection(NamedTuple):
 
 class CapturingDaemon:
     def __init__(self, program, folder, capture="bpf"):
+        self.program = program
         self.database, self.log = folder / "history.sqlite", folder / "log"
         with socket.create_server(("127.0.0.1", 0)) as free:
             address = free.getsockname()
@@ -85,6 +86,12 @@ class CapturingDaemon:
         requests = [(wire.GET_APPLICATION_INFO, {"iteratorId": iterator, "index": index}) for index in range(count)]
         rows = self.client.ask_all(*requests)
         return {row["fullPath"]: Application((row["totalReceivedBytes"], row["totalSendedBytes"])) for row in rows}
+
+    def status(self):
+        """What it tells of itself: texts by name."""
+        command = [self.program, "--status", "--database", self.database]
+        lines = subprocess.run(command, check=True, capture_output=True, text=True).stdout.splitlines()
+        return dict(line.split(": ", 1) for line in lines if ": " in line)
 
     def kernel_programs(self):
         """The ids of those that it keeps."""
